@@ -1,0 +1,122 @@
+#include "kestrove/segment.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/shm.h>
+#include <unistd.h>
+
+#include "store/fail.h"
+#include "store/segment.h"
+
+ShmData* shm = nullptr;
+int32_t shm_lock_count = 0;
+uint32_t shm_errno = SHM_OK;
+
+namespace kestrove {
+namespace {
+
+constexpr char kLockFile[] = "/var/lock/shm";
+constexpr mode_t kLockFileMode = 0774;
+
+int lockFile = -1;
+
+// The one opener of the lock file: closing any other descriptor of it would drop this process's lock. Close-on-exec,
+// so that no program started here keeps it open.
+int openLockFile(int flags) {
+  if (lockFile == -1) lockFile = open(kLockFile, O_RDWR | O_CLOEXEC | flags, kLockFileMode);
+  return lockFile == -1 ? fail(SHM_ESYSTEM) : 0;
+}
+
+int requestLock(int command, short type) {
+  struct flock request = {};
+  request.l_type = type;
+  request.l_whence = SEEK_SET;
+  return fcntl(lockFile, command, &request);
+}
+
+int findSegment(size_t size) { return shmget(SHM_KEY, size, 0); }
+
+bool attachById(int id) {
+  void* address = id == -1 ? reinterpret_cast<void*>(-1) : shmat(id, nullptr, 0);
+  if (address == reinterpret_cast<void*>(-1)) return false;
+  shm = static_cast<ShmData*>(address);
+  return true;
+}
+
+int failOfSystem(const char* text) {
+  perror(text);
+  return -1;
+}
+
+int failWithoutSegment(const char* text) {
+  perror(text);
+  shm = nullptr;
+  return -1;
+}
+
+}  // namespace
+
+bool attachStore() {
+  if (shm || attachById(findSegment(SHM_SIZE))) return true;
+  shm_errno = SHM_EATTACH;
+  return false;
+}
+
+int takeStoreLock() {
+  if (openLockFile(0) != 0) return -1;
+  return requestLock(F_SETLKW, F_WRLCK) == -1 ? fail(SHM_ESYSTEM) : 0;
+}
+
+int createSegment() {
+  int id = shmget(SHM_KEY, SHM_SIZE, IPC_CREAT | IPC_EXCL | 0666);
+  if (id != -1) return attachById(id) ? 0 : failWithoutSegment("Error attaching to shared memory");
+  if (errno != EEXIST) return failWithoutSegment("Error getting shared memory ID");
+  if (findSegment(SHM_SIZE) == -1) return failOfSystem("Error getting shared memory ID");
+  return 0;
+}
+
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int create_lock_file(void) { return openLockFile(O_CREAT | O_TRUNC); }
+
+int shm_lock(void) {
+  if (shm_lock_count < 1) {
+    if (!attachStore() || takeStoreLock() != 0) return -1;
+  }
+  ++shm_lock_count;
+  return 0;
+}
+
+// Every release drops the file lock, an inner one of a nested pair too: kept on purpose.
+int shm_unlock(void) {
+  if (!shm || shm_lock_count <= 0) return fail(SHM_EINVAL);
+  if (requestLock(F_SETLK, F_UNLCK) == -1) {
+    if (close(lockFile) != 0) return fail(SHM_ESYSTEM);
+    lockFile = -1;
+  }
+  --shm_lock_count;
+  return 0;
+}
+
+int getSharedMemoryStatus(void) {
+  if (!shm && findSegment(1) == -1) return errno == ENOENT ? 0 : fail(SHM_ESYSTEM);
+  if (shm_lock() != 0) return -1;
+  int state = static_cast<int>(shm->operationalState);
+  shm_unlock();
+  return state;
+}
+
+int delete_shared_memory(void) {
+  int id = findSegment(1);
+  if (id == -1) return failOfSystem("Error getting shared memory ID");
+  if (shmctl(id, IPC_RMID, nullptr) == -1) return failOfSystem("Error deleting shared memory");
+  shm = nullptr;  // not detached: the kernel destroys the segment with its last user
+  return 0;
+}
+
+void shm_detach(void) {
+  if (shm) shmdt(shm);
+}

@@ -1,0 +1,17 @@
+// Attaching, creating and locking below the exported lock.
+#pragma once
+
+namespace kestrove {
+
+// For functions that work without the lock, called in a process that is not attached yet. False with code 1 when the
+// segment cannot be attached.
+bool attachStore();
+
+// Opens the lock file if needed and waits for the file lock; the count is left alone. 0, or -1 with code 2.
+int takeStoreLock();
+
+// Creates the segment and attaches it. 0 also when it exists already (then it is not attached); -1 with the reason on
+// standard error.
+int createSegment();
+
+}  // namespace kestrove

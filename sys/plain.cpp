@@ -1,0 +1,39 @@
+#include "sys/plain.h"
+
+namespace kestrove::sys {
+namespace {
+
+constexpr size_t kLongestInterface = 27;
+
+bool digit(char c) { return c >= '0' && c <= '9'; }
+bool letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool hexadecimal(char c) { return digit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+bool oneOf(char c, std::string_view set) { return set.find(c) != std::string_view::npos; }
+
+template <typename Test>
+bool all(std::string_view text, Test test) {
+  for (char c : text) {
+    if (!test(c)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool plainInterface(std::string_view name) {
+  return !name.empty() && name.size() <= kLongestInterface &&
+         all(name, [](char c) { return letter(c) || digit(c) || oneOf(c, "._-:@"); });
+}
+
+bool plainAddress(std::string_view text) {
+  return all(text, [](char c) { return hexadecimal(c) || oneOf(c, ".:/ "); });
+}
+
+bool plainPath(std::string_view path) {
+  return !path.empty() && path[0] == '/' &&
+         all(path, [](char c) { return letter(c) || digit(c) || oneOf(c, "/._-+:=@%,"); });
+}
+
+bool plainPid(std::string_view pid) { return all(pid, digit); }
+
+}  // namespace kestrove::sys

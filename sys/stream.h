@@ -1,0 +1,38 @@
+// Standard streams and pipes that close themselves.
+#pragma once
+
+#include <stdio.h>
+
+namespace kestrove::sys {
+
+template <int (*Close)(FILE*)>
+class StreamGuard {
+ public:
+  explicit StreamGuard(FILE* stream = nullptr) : stream_(stream) {}
+  ~StreamGuard() { close(); }
+  StreamGuard(StreamGuard&& other) noexcept : stream_(other.release()) {}
+  StreamGuard& operator=(StreamGuard&& other) noexcept {
+    if (this != &other) {
+      close();
+      stream_ = other.release();
+    }
+    return *this;
+  }
+
+  explicit operator bool() const { return stream_ != nullptr; }
+  FILE* get() const { return stream_; }
+  FILE* release() {
+    FILE* stream = stream_;
+    stream_ = nullptr;
+    return stream;
+  }
+  int close() { return stream_ ? Close(release()) : 0; }
+
+ private:
+  FILE* stream_;
+};
+
+using Stream = StreamGuard<fclose>;
+using Pipe = StreamGuard<pclose>;
+
+}  // namespace kestrove::sys
