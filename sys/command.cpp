@@ -21,19 +21,29 @@ void duplicate(int from, int to, const char* name) {
   if (dup2(from, to) == -1) syslog(LOG_ERR, "runCommand: Error duplicating %s: %m", name);
 }
 
+// A caller without standard streams gets one of their numbers from open: that one is the stream and stays.
+void closeExtra(int fd) {
+  if (fd > STDERR_FILENO) close(fd);
+}
+
 // A failure is logged and the child goes on with the stream it has; the duplication is tried all the same.
 int openStream(const char* path, int flags, const char* name) {
-  int fd = open(path, flags | O_CREAT | O_CLOEXEC, kStreamMode);
+  int fd = open(path, flags | O_CREAT, kStreamMode);
   if (fd == -1) syslog(LOG_ERR, "runCommand: Error opening file for %s: %m", name);
   return fd;
 }
 
-void redirectInput(const char* path) { duplicate(openStream(path, O_RDONLY, "stdin"), STDIN_FILENO, "stdin"); }
+void redirectInput(const char* path) {
+  int fd = openStream(path, O_RDONLY, "stdin");
+  duplicate(fd, STDIN_FILENO, "stdin");
+  closeExtra(fd);
+}
 
 void redirectOutput(const char* path) {
   int fd = openStream(path, O_WRONLY, "stdout");
   duplicate(fd, STDOUT_FILENO, "stdout");
   duplicate(fd, STDERR_FILENO, "stderr");
+  closeExtra(fd);
 }
 
 [[noreturn]] void becomeProgram(char* const argv[], const char* inputPath, const char* outputPath) {
