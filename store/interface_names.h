@@ -1,0 +1,54 @@
+// The names that the store holds for the interface numbers, for callers under the lock: unlike the exported accessors
+// these look-ups take none, so they cannot drop it.
+#pragma once
+
+#include "kestrove/segment.h"
+#include "store/text.h"
+
+namespace kestrove {
+
+constexpr char kBridge[] = "br0";
+
+struct InterfaceName {
+  char text[16] = "";
+};
+
+namespace interface_names {
+
+using Field = char (ConfigRecord::*)[16];
+
+struct Row {
+  Field current;
+  Field physical;
+};
+
+// By interface number: LAN, WAN, none, management port, bridge (fixed), bridge/router port.
+constexpr int kBridgeNumber = 4;
+constexpr Row kRows[] = {{&ConfigRecord::lanInterfaceName, &ConfigRecord::physicalLanInterfaceName},
+                         {&ConfigRecord::wanInterfaceName, &ConfigRecord::physicalWanInterfaceName},
+                         {nullptr, nullptr},
+                         {&ConfigRecord::managementInterfaceName, &ConfigRecord::managementInterfaceName},
+                         {nullptr, nullptr},
+                         {&ConfigRecord::bridgeRouterPhysicalName, &ConfigRecord::bridgeRouterPhysicalName}};
+
+inline bool copy(int number, Field Row::*column, InterfaceName& name) {
+  if (number == kBridgeNumber) {
+    memcpy(name.text, kBridge, sizeof kBridge);
+    return true;
+  }
+  if (static_cast<unsigned>(number) >= sizeof kRows / sizeof kRows[0] || !(kRows[number].*column)) return false;
+  copyField(name.text, sizeof name.text, shm->config.*(kRows[number].*column));
+  return true;
+}
+
+}  // namespace interface_names
+
+// The name in use now; in some modes LAN and WAN are not their physical ports. False for a number without a name.
+inline bool interfaceName(int number, InterfaceName& name) {
+  return interface_names::copy(number, &interface_names::Row::current, name);
+}
+inline bool physicalInterfaceName(int number, InterfaceName& name) {
+  return interface_names::copy(number, &interface_names::Row::physical, name);
+}
+
+}  // namespace kestrove
