@@ -1,0 +1,134 @@
+#include "kestrove/rules.h"
+
+#include <string.h>
+
+#include "kestrove/engine.h"
+#include "kestrove/persistence.h"
+#include "net/policy/normalise.h"
+#include "store/fail.h"
+#include "store/lock.h"
+#include "store/mode.h"
+#include "store/pending.h"
+#include "store/segment.h"
+
+namespace kestrove {
+namespace {
+
+FilterRule* rules() { return shm->filterTable.rule; }
+
+// The number of rules to work on, whatever a damaged count says.
+int usedRules() {
+  int32_t count = shm->filterTable.ruleCount;
+  if (count < 0) return 0;
+  return count < SHM_RULES ? count : SHM_RULES;
+}
+
+bool inUse(int position) { return position >= 0 && position < usedRules(); }
+bool isDefaultRule(int position) { return position == usedRules() - 1; }
+
+int checkEditable(int position) {
+  if (!inUse(position)) return fail(SHM_EINVAL);
+  return isDefaultRule(position) ? fail(SHM_EREADONLY) : 0;
+}
+
+void shiftRules(int from, int to, int count) {
+  memmove(rules() + to, rules() + from, static_cast<size_t>(count) * sizeof(FilterRule));
+}
+
+// Runs last: the save lets other processes in, so the table must be whole by then.
+int tellOfChange() {
+  if (configurationMode()) return -1;
+  save_shared_memory();
+  if (debugMode()) return 0;
+  markPending(kPendingRules);
+  notifyKestrove();
+  return 0;
+}
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int insertRule(int position, FilterRule* rule) {
+  if (!rule) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  clearOtherFamilies(*rule);
+  if (!masksAreValid(*rule)) return fail(SHM_EMASK);
+  if (!inUse(position)) return fail(SHM_EINVAL);
+  int count = usedRules();
+  if (count == SHM_RULES) return fail(SHM_EFULL);
+  raiseBandwidth(*rule);
+  reduceActiveRule(*rule);
+  FilterRule stored = *rule;  // before the shift, for a caller that hands in a record of the table itself
+  stored.order = 0;
+  shiftRules(position, position + 1, count - position);
+  rules()[position] = stored;
+  shm->filterTable.ruleCount = count + 1;
+  tellOfChange();
+  return 0;
+}
+
+// The two last arguments are accepted for old callers and mean nothing.
+int addRule(int position, FilterRule* rule, int, int) { return insertRule(position, rule); }
+
+int moveRule(int from, int to) {
+  StoreLock lock;
+  if (!lock) return -1;
+  if (!inUse(to)) return fail(SHM_EINVAL);
+  if (checkEditable(from) != 0) return -1;
+  if (to == from || to == from + 1) return 0;
+  FilterRule moved = rules()[from];
+  int place = from > to ? to : to - 1;
+  if (from > to) {
+    shiftRules(to, to + 1, from - to);
+  } else {
+    shiftRules(from + 1, from, place - from);
+  }
+  rules()[place] = moved;
+  tellOfChange();
+  return 0;
+}
+
+int changeRule(int position, FilterRule* rule) {
+  if (!rule) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock || checkEditable(position) != 0) return -1;
+  raiseBandwidth(*rule);
+  clearOtherFamilies(*rule);
+  if (!masksAreValid(*rule)) return fail(SHM_EMASK);
+  reduceActiveRule(*rule);
+  rules()[position] = *rule;
+  tellOfChange();
+  return 0;
+}
+
+int deleteRule(int position) {
+  StoreLock lock;
+  if (!lock || checkEditable(position) != 0) return -1;
+  int left = usedRules() - 1;
+  shiftRules(position + 1, position, left - position);
+  shm->filterTable.ruleCount = left;
+  tellOfChange();
+  return 0;
+}
+
+int getRuleTableEntry(int position, FilterRule* out) {
+  if (!out) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  if (!inUse(position)) return fail(SHM_EINVAL);
+  *out = rules()[position];
+  return 0;
+}
+
+// Unlocks without a lock, too, and so leaves the code of that: kept on purpose.
+int getRuleCount(void) {
+  StoreLock lock;
+  if (lock) return shm->filterTable.ruleCount;
+  shm_unlock();
+  return -1;
+}
+
+int saveRuleTable(void) { return attachStore() ? tellOfChange() : -1; }
