@@ -1,0 +1,14 @@
+// Names of the codes that the store holds. The last row of each table is its default: unknown codes take its text.
+#pragma once
+
+#include "kestrove/segment.h"
+
+namespace kestrove {
+
+extern const MessageTable kStateNames;        // switches, operationalState, ipv6Support
+extern const MessageTable kCongestionNames;   // lanCongestionControl, wanCongestionControl
+extern const MessageTable kCompressionNames;  // ddupOperState
+extern const MessageTable kTaskNames;         // indexes of taskPids
+extern const MessageTable kRowStatusNames;    // routes and rules
+
+}  // namespace kestrove

@@ -1,0 +1,27 @@
+#include <time.h>
+
+#include "kestrove/text.h"
+
+namespace {
+
+constexpr size_t kTextSize = 256;
+
+// What strftime leaves of a text that does not fit is undefined.
+void writeTime(char* out, const char* format, const tm& when) {
+  if (strftime(out, kTextSize, format, &when) == 0) *out = '\0';
+}
+
+}  // namespace
+
+void formatTime(char* dateOut, char* timeOut, const char* format, const time_t* when) {
+  if (!when || (dateOut && !format)) return;
+  tm parts;
+  if (!gmtime_r(when, &parts)) return;
+  if (timeOut) writeTime(timeOut, "%T", parts);
+  if (dateOut) writeTime(dateOut, format, parts);
+}
+
+void getSystemTime(char* dateOut, char* timeOut, const char* format) {
+  time_t now = time(nullptr);
+  formatTime(dateOut, timeOut, format, &now);
+}

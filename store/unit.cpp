@@ -1,0 +1,154 @@
+#include "kestrove/unit.h"
+
+#include <net/if.h>
+#include <netinet/in.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+#include "kestrove/items.h"
+#include "store/fail.h"
+#include "store/lock.h"
+#include "store/text.h"
+#include "sys/descriptor.h"
+
+namespace kestrove {
+namespace {
+
+constexpr const char* kProducts[] = {
+    "Unknown Product", "Ostrel",    "Ostrel",          "Wendar box", "Ostrel V6", "DRELM",
+    "Kestrove",        "Ostrel-G2", "Pellam-Kestrove", "Kestrove",   "Kestrove",  "Kestrove ZEL",
+};
+constexpr uint32_t kProductCount = sizeof kProducts / sizeof kProducts[0];
+static_assert(kProductCount == 12);
+
+constexpr uint32_t kLoginSerial = 3;
+constexpr uint32_t kLoginSsh = 4;
+constexpr size_t kHardwareAddress = 6;
+
+struct Vendor {
+  uint8_t prefix[3];
+  uint8_t identifier;
+};
+constexpr Vendor kVendors[] = {
+    {{0x00, 0x06, 0xB0}, 255}, {{0x00, 0x0C, 0xBD}, 1}, {{0x00, 0xD0, 0xC9}, 2}, {{0x00, 0x04, 0x5F}, 3}};
+
+uint8_t vendorIdentifier(const uint8_t* hardwareAddress) {
+  for (const Vendor& vendor : kVendors) {
+    if (memcmp(vendor.prefix, hardwareAddress, sizeof vendor.prefix) == 0) return vendor.identifier;
+  }
+  return 0;
+}
+
+int storeWord(uint32_t ConfigRecord::*member, uint32_t value) {
+  StoreLock lock;
+  if (!lock) return -1;
+  shm->config.*member = value;
+  return 0;
+}
+
+int fetchWord(uint32_t ConfigRecord::*member, uint32_t* out) {
+  if (!out) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  *out = shm->config.*member;
+  return 0;
+}
+
+bool queryHardwareAddress(const char* name, uint8_t* out) {
+  sys::Descriptor socket(::socket(AF_INET, SOCK_RAW | SOCK_CLOEXEC, IPPROTO_TCP));
+  if (!socket) return false;
+  ifreq request = {};
+  setField(request.ifr_name, name, IFNAMSIZ - 1);
+  if (ioctl(socket.get(), SIOCGIFHWADDR, &request) == -1) return false;
+  memcpy(out, request.ifr_hwaddr.sa_data, kHardwareAddress);
+  return true;
+}
+
+// Null for a number that has no hardware address in the store.
+const uint8_t* storedHardwareAddress(int iface) {
+  switch (iface) {
+    case 0: return shm->lanHardwareAddress;
+    case 1: return shm->wanHardwareAddress;
+    case 3: return shm->managementHardwareAddress;
+    default: return nullptr;
+  }
+}
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int getKestroveProduct(uint32_t* out) { return fetchWord(&ConfigRecord::productId, out); }
+
+const char* getProductName(uint32_t code) { return kProducts[code < kProductCount ? code : 0]; }
+
+const char* getKestroveProductName(void) {
+  uint32_t product;
+  return getKestroveProduct(&product) == 0 ? getProductName(product) : nullptr;
+}
+
+int setHardwarePlatform(uint32_t v) { return storeWord(&ConfigRecord::hardwarePlatform, v); }
+
+int getHardwarePlatform(uint32_t* out) { return fetchWord(&ConfigRecord::hardwarePlatform, out); }
+
+int setZipType(uint32_t v) { return storeWord(&ConfigRecord::zipType, v); }
+
+int getZipType(uint32_t* out) { return fetchWord(&ConfigRecord::zipType, out); }
+
+int setLoginFrom(uint32_t v) {
+  if (v != kLoginSerial && v != kLoginSsh) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  shm->loginFrom = v;
+  return 0;
+}
+
+int getLoginFrom(void) {
+  StoreLock lock;
+  return lock ? static_cast<int>(shm->loginFrom) : -1;
+}
+
+int writeMacAddr(int iface, uint8_t out[6]) {
+  if (!out) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  char name[IFNAMSIZ] = {};
+  if (getPhysicalInterfaceName(iface, name, sizeof name) == 0 && queryHardwareAddress(name, out)) return 0;
+  memset(out, 0, kHardwareAddress);
+  return -1;
+}
+
+int readMacAddr(int iface, char* dst) {
+  if (!dst) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  constexpr uint8_t kNone[kHardwareAddress] = {};
+  const uint8_t* stored = storedHardwareAddress(iface);
+  const uint8_t* a = stored ? stored : kNone;
+  sprintf(dst, "%02X:%02X:%02X:%02X:%02X:%02X", a[0], a[1], a[2], a[3], a[4], a[5]);
+  return 0;
+}
+
+// The identifier is stored in any case; one that holds a zero byte, as that of an unknown vendor does, is a failure.
+int setGatewayId(void) {
+  StoreLock lock;
+  if (!lock) return -1;
+  uint8_t* id = shm->config.gatewayId;
+  const uint8_t* wan = shm->wanHardwareAddress;
+  id[0] = vendorIdentifier(wan);
+  memcpy(id + 1, wan + 3, 3);
+  return memchr(id, 0, sizeof shm->config.gatewayId) ? -1 : 0;
+}
+
+// No terminator is written: kept on purpose.
+int getGatewayId(char* dst) {
+  if (!dst) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  const char* id = reinterpret_cast<const char*>(shm->config.gatewayId);
+  memcpy(dst, id, strnlen(id, sizeof shm->config.gatewayId));
+  return 0;
+}
