@@ -55,23 +55,22 @@ using namespace kestrove;
 const char* shm_strerror(int code) { return messageOfRow(static_cast<uint32_t>(code)); }
 
 void shm_perror(const char* prefix) {
+  if (!prefix) return;
   int error = errno;
   const char* message = messageOfRow(shm_errno);
   switch (shm_errno) {
-    case SHM_ESYSTEM:
-      perror(prefix);
-      return;
+    case SHM_ESYSTEM: perror(prefix); return;
     case SHM_EOPEN:
-    case SHM_EIO:
-      fprintf(stderr, "%s: %s: %s\n", prefix, message, strerror(error));
-      return;
-    default:
-      fprintf(stderr, "%s: %s\n", prefix, message ? message : "(null)");
+    case SHM_EIO: fprintf(stderr, "%s: %s: %s\n", prefix, message, strerror(error)); return;
+    default: fprintf(stderr, "%s: %s\n", prefix, message ? message : "(null)");
   }
 }
 
 const char* shm_getMessage(const MessageTable* table, int code) {
-  if (!table || !table->entries || table->count < 1) return nullptr;
+  if (!table || !table->entries || table->count < 1) {
+    shm_errno = SHM_EINVAL;
+    return nullptr;
+  }
   const MessageEntry* entry = findEntry(*table, code);
   if (!entry) entry = findEntry(*table, table->defaultCode);
   return entry ? entry->message : table->entries[table->count - 1].message;

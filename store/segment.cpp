@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "store/fail.h"
+#include "store/lock.h"
 #include "store/segment.h"
 
 ShmData* shm = nullptr;
@@ -49,10 +50,10 @@ int failOfSystem(const char* text) {
   return -1;
 }
 
-int failWithoutSegment(const char* text) {
+Segment failToCreate(const char* text) {
   perror(text);
   shm = nullptr;
-  return -1;
+  return Segment::kFailed;
 }
 
 }  // namespace
@@ -68,12 +69,14 @@ int takeStoreLock() {
   return requestLock(F_SETLKW, F_WRLCK) == -1 ? fail(SHM_ESYSTEM) : 0;
 }
 
-int createSegment() {
+Segment createSegment() {
+  constexpr char kNoId[] = "Error getting shared memory ID";
   int id = shmget(SHM_KEY, SHM_SIZE, IPC_CREAT | IPC_EXCL | 0666);
-  if (id != -1) return attachById(id) ? 0 : failWithoutSegment("Error attaching to shared memory");
-  if (errno != EEXIST) return failWithoutSegment("Error getting shared memory ID");
-  if (findSegment(SHM_SIZE) == -1) return failOfSystem("Error getting shared memory ID");
-  return 0;
+  if (id != -1) return attachById(id) ? Segment::kCreated : failToCreate("Error attaching to shared memory");
+  if (errno != EEXIST) return failToCreate(kNoId);
+  if (findSegment(SHM_SIZE) != -1) return Segment::kExists;
+  perror(kNoId);
+  return Segment::kFailed;
 }
 
 }  // namespace kestrove
@@ -103,10 +106,8 @@ int shm_unlock(void) {
 
 int getSharedMemoryStatus(void) {
   if (!shm && findSegment(1) == -1) return errno == ENOENT ? 0 : fail(SHM_ESYSTEM);
-  if (shm_lock() != 0) return -1;
-  int state = static_cast<int>(shm->operationalState);
-  shm_unlock();
-  return state;
+  StoreLock lock;
+  return lock ? static_cast<int>(shm->operationalState) : -1;
 }
 
 int delete_shared_memory(void) {

@@ -10,8 +10,11 @@ bool attachStore();
 // Opens the lock file if needed and waits for the file lock; the count is left alone. 0, or -1 with code 2.
 int takeStoreLock();
 
-// Creates the segment and attaches it. 0 also when it exists already (then it is not attached); -1 with the reason on
-// standard error.
-int createSegment();
+enum class Segment {
+  kFailed,   // the reason stands on standard error
+  kExists,   // made by somebody else and left alone: not attached here
+  kCreated,  // zeroed and attached
+};
+Segment createSegment();
 
 }  // namespace kestrove

@@ -1,4 +1,7 @@
-/* Building the store, saving it, factory resets. */
+/* Building the store, saving it, factory resets.
+
+   Saving writes the whole store to the file named by configFileName. The file is replaced as a whole: a save that fails
+   keeps the old one. */
 #ifndef KESTROVE_PERSISTENCE_H
 #define KESTROVE_PERSISTENCE_H
 
@@ -8,13 +11,48 @@
 extern "C" {
 #endif
 
+/* Builds the store; for the start-up program, once, with no segment there. Creates the segment, reads
+   /etc/config/factory.defaults and then the configuration file (configPath, unless the factory defaults name another),
+   reads the event log back from eventLogPath, fills in hardware addresses, gateway identifier and short versions, and
+   resets the statistics (two events). A configuration file that cannot be read leaves the store in state 3
+   (Unconfigured) and is no failure. Paths are cut to 127 characters.
+   0; or -1 with code 3 for a null path, with the reason on standard error when the lock file or the segment cannot be
+   had, with code 1 when a segment is there already. After a failure behind the lock the process keeps the lock, with
+   count 1 and no segment attached. Takes the lock from start to end. */
 KESTROVE_API int init_shared_memory(const char* configPath, const char* eventLogPath);
+
+/* Reads a configuration file into the store, in Configuration Mode: rows are stored and nothing else happens. Further
+   arguments are ignored. Lines that make no sense are reported to syslog and skipped. 0, also at a read error; -2 when
+   the file does not exist, -1 when it cannot be opened (both logged), when the lock cannot be taken (its code) or when
+   path is null (code 3). Takes the lock. */
 KESTROVE_API int load_shared_memory(const char* path, ...);
+
+/* Saves the store in every state. 0; -1 with code 2 when the file cannot be opened for writing, with code 10 when
+   writing failed in a rule row. Takes the lock. */
 KESTROVE_API int write_shared_memory(void);
+
+/* Saves the store, except in Configuration Mode, where it does nothing and gives 0. Otherwise as write_shared_memory.
+ */
 KESTROVE_API int save_shared_memory(void);
+
+/* Moves the administrator account of the old keys ADMIN_USERNAME and ADMIN_PASSWORD, when both were in the
+   configuration file, to the accounts of today. 0; or a negative result with the code of the account operation that
+   failed: the account is then removed again and both keys are appended to /etc/config/kestrove.conf for the next start.
+   Takes the lock, saves, changes /etc/passwd. */
 KESTROVE_API int addOldUser(void);
+
+/* Factory reset on behalf of source and user: switches event logging off (item 36) and clears the event log, enters
+   Configuration Mode, removes all user accounts, the state of the SNMP agent, the configured marker, the event log file
+   and the configuration file, and puts the backup beside the configuration file (its name with ".bak") in its place.
+   0, and the store lock stays counted in the calling process, which is to restart the appliance next. -1 with the
+   lock's code, or with code 2 as soon as something cannot be removed; the lock is then released. */
 KESTROVE_API int restoreFactoryDefaults(uint32_t source, const char* user);
+
+/* As restoreFactoryDefaults, but keeps the user accounts and the configured marker. */
 KESTROVE_API int restoreZELFactoryDefaults(uint32_t source, const char* user);
+
+/* Throws the store away and runs /bin/shm-init and then /bin/restartKestrove. The result of the second: its exit
+   status, -1 when it could not be run. Takes no lock. */
 KESTROVE_API int ZELrestore(void);
 
 #ifdef __cplusplus
