@@ -1,0 +1,61 @@
+#include "kestrove/engine.h"
+
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+
+#include <algorithm>
+
+#include "kestrove/system.h"
+#include "store/fail.h"
+#include "store/lock.h"
+#include "store/pending.h"
+#include "sys/stream.h"
+
+namespace kestrove {
+namespace {
+
+constexpr char kPidFile[] = "/var/log/curpid";
+constexpr int kPidLineSize = 78;
+constexpr int kEngineTask = 4;
+constexpr int kLowestPid = 2;
+enum Product : uint32_t { kRestartsOnChange = 9, kWritesPidFile = 11 };
+
+// 0 when there is none: no file, an empty one, no number.
+int32_t pidFromFile() {
+  sys::Stream file(fopen(kPidFile, "re"));
+  char line[kPidLineSize];
+  if (!file || !fgets(line, sizeof line, file.get())) return 0;
+  long pid = strtol(line, nullptr, 10);
+  return static_cast<int32_t>(std::clamp<long>(pid, INT32_MIN, INT32_MAX));
+}
+
+int32_t enginePid() { return shm->config.productId == kWritesPidFile ? pidFromFile() : shm->taskPids[kEngineTask]; }
+
+bool ratesChanged() { return (shm->pendingChanges & (kPendingLanRate | kPendingWanRate)) != 0; }
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int notifyKestrove(void) {
+  StoreLock lock;
+  if (!lock) return -1;
+  int32_t pid = enginePid();
+  if (pid < kLowestPid) return -1;
+  if (kill(pid, SIGUSR1) != 0) {
+    lock.leaveHeld();  // the caller's process keeps this level of the lock: kept on purpose
+    return fail(SHM_ESYSTEM);
+  }
+  if (shm->config.productId == kRestartsOnChange && !ratesChanged()) restart_kestrove(0, "--");
+  return 0;
+}
+
+int receiveKestroveEvent(uint32_t* mask) {
+  if (!mask) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  *mask = takePending();
+  return 0;
+}

@@ -1,0 +1,145 @@
+#include <stddef.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <algorithm>
+#include <charconv>
+
+#include "kestrove/engine.h"
+#include "store/fail.h"
+#include "store/lock.h"
+#include "store/text.h"
+
+namespace kestrove {
+namespace {
+
+static_assert(sizeof(EngineLink) == 128);
+static_assert(offsetof(EngineLink, congestionFlagA) == 60);
+static_assert(offsetof(EngineLink, hardwareAddress) == 108);
+static_assert(offsetof(EngineConfiguration, wanIpDefaultRtt) == 256);
+static_assert(offsetof(EngineConfiguration, ruleCount) == 300);
+static_assert(offsetof(EngineConfiguration, rule) == 304);
+static_assert(offsetof(EngineConfiguration, singleInterfaceMode) == 852276);
+static_assert(offsetof(EngineConfiguration, ddupStartupOptions) == 852284);
+static_assert(sizeof(EngineConfiguration) == 852544);
+
+enum Side : uint32_t { kLanSide, kWanSide };
+
+struct Congestion {
+  uint8_t code;
+  uint8_t mode;
+  uint8_t flagA;
+  uint8_t flagB;
+};
+
+// A code without a row leaves all three zero.
+constexpr Congestion kCongestion[] = {{2, 2, 0, 0}, {3, 2, 1, 0}, {4, 2, 0, 1}, {5, 0, 0, 0}};
+constexpr uint8_t kGlobalCongestion = 1;
+
+// The rules of a snapshot, one line each, gathered so that the stream is entered once for many.
+class RuleLines {
+ public:
+  ~RuleLines() { flush(); }
+  void add(uint32_t ruleAction) {
+    if (static_cast<size_t>(buffer_ + sizeof buffer_ - end_) < kLongestLine) flush();
+    append(kHead);
+    end_ = std::to_chars(end_, buffer_ + sizeof buffer_, static_cast<int32_t>(ruleAction)).ptr;
+    append(kTail);
+  }
+
+ private:
+  static constexpr std::string_view kHead = "shm->filterTable.rule[rule].ruleAction: ";
+  static constexpr std::string_view kTail = " ACTIVE: 3\n";
+  static constexpr size_t kLongestLine = kHead.size() + 11 + kTail.size();
+
+  void append(std::string_view text) {
+    memcpy(end_, text.data(), text.size());
+    end_ += text.size();
+  }
+  void flush() {
+    fwrite(buffer_, 1, static_cast<size_t>(end_ - buffer_), stdout);
+    end_ = buffer_;
+  }
+
+  char buffer_[8192];
+  char* end_ = buffer_;
+};
+
+void setCongestion(EngineLink& link, uint8_t code) {
+  for (const Congestion& row : kCongestion) {
+    if (row.code != code) continue;
+    link.congestionMode = row.mode;
+    link.congestionFlagA = row.flagA;
+    link.congestionFlagB = row.flagB;
+  }
+}
+
+void fillLan(EngineLink& link, const ConfigRecord& config) {
+  memcpy(link.interfaceName, config.lanInterfaceName, fieldLength(config.lanInterfaceName));
+  link.sendBufferSize = config.lanSendBufferSize;
+  link.receiveBufferSize = config.lanReceiveBufferSize;
+  link.linkRate = config.lanLinkRate;
+  link.side = kLanSide;
+  setCongestion(link, config.lanCongestionControl);
+  memcpy(link.hardwareAddress, shm->lanHardwareAddress, sizeof link.hardwareAddress);
+}
+
+void fillWan(EngineLink& link, const ConfigRecord& config) {
+  memcpy(link.interfaceName, config.wanInterfaceName, fieldLength(config.wanInterfaceName));
+  link.sendBufferSize = config.wanSendBufferSize;
+  link.receiveBufferSize = config.wanReceiveBufferSize;
+  link.linkRate = config.wanLinkRate;
+  link.side = kWanSide;
+  setCongestion(link, config.wanCongestionControl);
+  memcpy(link.hardwareAddress, shm->wanHardwareAddress, sizeof link.hardwareAddress);
+}
+
+void fillSettings(EngineConfiguration& block, const ConfigRecord& config) {
+  block.lan.mtu = block.wan.mtu = std::min<uint32_t>(config.lanMaximumTransferUnit, config.wanMaximumTransferUnit);
+  block.wanIpDefaultRtt = config.wanIpDefaultRtt;
+  block.bridging = config.transparentBridgeOperState == SHM_ON;
+  block.ipv6Support = config.ipv6Support == SHM_ON;
+  block.item38Value = config.item38Value;
+  block.managementAddress = config.managementAddress;
+  block.managementAddressMask = config.managementAddressMask;
+  memcpy(block.gatewayId, config.gatewayId, sizeof block.gatewayId);
+  block.compression = config.compression == SHM_ON;
+  block.globalCongestion = config.wanCongestionControl == kGlobalCongestion;
+  block.accumulationInterval = shm->statistics.accumulationInterval;
+  block.constant8 = 8;
+  block.singleInterfaceMode = config.singleInterfaceMode;
+  block.ddupOperState = config.ddupOperState;
+  memcpy(block.ddupStartupOptions, shm->ddupStartupOptions, fieldLength(shm->ddupStartupOptions));
+}
+
+// The engine numbers its rules by their place, whatever they carry in the store.
+void fillRules(EngineConfiguration& block, const FilterTable& table) {
+  RuleLines lines;
+  uint32_t count = std::min<uint32_t>(static_cast<uint32_t>(table.ruleCount), SHM_RULES);
+  block.ruleCount = static_cast<int32_t>(count);
+  memcpy(block.rule, table.rule, count * sizeof(FilterRule));
+  for (uint32_t i = 0; i < count; ++i) {
+    FilterRule& rule = block.rule[i];
+    lines.add(rule.ruleAction);
+    rule.order = i + 1;
+    if (rule.target > 0) rule.target = static_cast<int32_t>(i + 1);
+  }
+}
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int setConfiguration(void* block) {
+  if (!block) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  memset(block, 0, sizeof(EngineConfiguration));
+  EngineConfiguration& snapshot = *static_cast<EngineConfiguration*>(block);
+  fillLan(snapshot.lan, shm->config);
+  fillWan(snapshot.wan, shm->config);
+  fillSettings(snapshot, shm->config);
+  fillRules(snapshot, shm->filterTable);
+  return 0;
+}

@@ -1,0 +1,63 @@
+#include <string.h>
+
+#include "kestrove/items.h"
+#include "kestrove/persistence.h"
+#include "store/fail.h"
+#include "store/lock.h"
+#include "store/text.h"
+
+namespace kestrove {
+namespace {
+
+constexpr size_t kTextSize = 256;
+using TextField = char (ConfigRecord::*)[kTextSize];
+
+struct TextItem {
+  int id;
+  TextField field;
+  bool settable;
+};
+
+constexpr TextItem kTexts[] = {
+    {1, &ConfigRecord::sysName, true},         {2, &ConfigRecord::sysLocation, true},
+    {3, &ConfigRecord::sysContact, true},      {4, &ConfigRecord::sysDescription, false},
+    {8, &ConfigRecord::httpEncryptedId, true},
+};
+
+const TextItem* findText(int id) {
+  for (const TextItem& text : kTexts) {
+    if (text.id == id) return &text;
+  }
+  return nullptr;
+}
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int getShmString(int id, char* buffer, int size) {
+  if (!buffer || size < static_cast<int>(kTextSize)) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  const TextItem* text = findText(id);
+  if (!text) return fail(SHM_EINVAL);
+  // A text of the field's whole width comes without a terminator when the buffer is no longer than that.
+  std::string_view value = fieldView(shm->config.*text->field);
+  memcpy(buffer, value.data(), value.size());
+  if (value.size() < static_cast<size_t>(size)) buffer[value.size()] = '\0';
+  return 0;
+}
+
+int setShmString(int id, const char* text) {
+  if (!text) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  const TextItem* item = findText(id);
+  if (!item || !item->settable || strnlen(text, kTextSize + 1) > kTextSize) return fail(SHM_EINVAL);
+  char(&field)[kTextSize] = shm->config.*item->field;
+  if (fieldView(field) == text) return 0;
+  setField(field, text);
+  save_shared_memory();  // its failure leaves a code; the text is set all the same
+  return 0;
+}

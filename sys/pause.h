@@ -1,0 +1,8 @@
+#pragma once
+
+namespace kestrove::sys {
+
+// Waits the whole time, signals or not.
+void pauseSeconds(unsigned seconds);
+
+}  // namespace kestrove::sys
