@@ -23,7 +23,30 @@ static_assert(offsetof(EngineConfiguration, singleInterfaceMode) == 852276);
 static_assert(offsetof(EngineConfiguration, ddupStartupOptions) == 852284);
 static_assert(sizeof(EngineConfiguration) == 852544);
 
-enum Side : uint32_t { kLanSide, kWanSide };
+struct LinkFields {
+  uint32_t side;
+  char (ConfigRecord::*name)[16];
+  uint32_t ConfigRecord::*sendBufferSize;
+  uint32_t ConfigRecord::*receiveBufferSize;
+  uint32_t ConfigRecord::*linkRate;
+  uint8_t ConfigRecord::*congestionControl;
+  uint8_t (ShmData::*hardwareAddress)[6];
+};
+
+constexpr LinkFields kLan = {0,
+                             &ConfigRecord::lanInterfaceName,
+                             &ConfigRecord::lanSendBufferSize,
+                             &ConfigRecord::lanReceiveBufferSize,
+                             &ConfigRecord::lanLinkRate,
+                             &ConfigRecord::lanCongestionControl,
+                             &ShmData::lanHardwareAddress};
+constexpr LinkFields kWan = {1,
+                             &ConfigRecord::wanInterfaceName,
+                             &ConfigRecord::wanSendBufferSize,
+                             &ConfigRecord::wanReceiveBufferSize,
+                             &ConfigRecord::wanLinkRate,
+                             &ConfigRecord::wanCongestionControl,
+                             &ShmData::wanHardwareAddress};
 
 struct Congestion {
   uint8_t code;
@@ -74,28 +97,19 @@ void setCongestion(EngineLink& link, uint8_t code) {
   }
 }
 
-void fillLan(EngineLink& link, const ConfigRecord& config) {
-  memcpy(link.interfaceName, config.lanInterfaceName, fieldLength(config.lanInterfaceName));
-  link.sendBufferSize = config.lanSendBufferSize;
-  link.receiveBufferSize = config.lanReceiveBufferSize;
-  link.linkRate = config.lanLinkRate;
-  link.side = kLanSide;
-  setCongestion(link, config.lanCongestionControl);
-  memcpy(link.hardwareAddress, shm->lanHardwareAddress, sizeof link.hardwareAddress);
-}
-
-void fillWan(EngineLink& link, const ConfigRecord& config) {
-  memcpy(link.interfaceName, config.wanInterfaceName, fieldLength(config.wanInterfaceName));
-  link.sendBufferSize = config.wanSendBufferSize;
-  link.receiveBufferSize = config.wanReceiveBufferSize;
-  link.linkRate = config.wanLinkRate;
-  link.side = kWanSide;
-  setCongestion(link, config.wanCongestionControl);
-  memcpy(link.hardwareAddress, shm->wanHardwareAddress, sizeof link.hardwareAddress);
+void fillLink(EngineLink& link, const LinkFields& fields) {
+  const ConfigRecord& config = shm->config;
+  link.side = fields.side;
+  memcpy(link.interfaceName, config.*fields.name, fieldLength(config.*fields.name));
+  link.sendBufferSize = config.*fields.sendBufferSize;
+  link.receiveBufferSize = config.*fields.receiveBufferSize;
+  link.linkRate = config.*fields.linkRate;
+  link.mtu = std::min<uint32_t>(config.lanMaximumTransferUnit, config.wanMaximumTransferUnit);
+  setCongestion(link, config.*fields.congestionControl);
+  memcpy(link.hardwareAddress, shm->*fields.hardwareAddress, sizeof link.hardwareAddress);
 }
 
 void fillSettings(EngineConfiguration& block, const ConfigRecord& config) {
-  block.lan.mtu = block.wan.mtu = std::min<uint32_t>(config.lanMaximumTransferUnit, config.wanMaximumTransferUnit);
   block.wanIpDefaultRtt = config.wanIpDefaultRtt;
   block.bridging = config.transparentBridgeOperState == SHM_ON;
   block.ipv6Support = config.ipv6Support == SHM_ON;
@@ -115,14 +129,13 @@ void fillSettings(EngineConfiguration& block, const ConfigRecord& config) {
 // The engine numbers its rules by their place, whatever they carry in the store.
 void fillRules(EngineConfiguration& block, const FilterTable& table) {
   RuleLines lines;
-  uint32_t count = std::min<uint32_t>(static_cast<uint32_t>(table.ruleCount), SHM_RULES);
-  block.ruleCount = static_cast<int32_t>(count);
-  memcpy(block.rule, table.rule, count * sizeof(FilterRule));
-  for (uint32_t i = 0; i < count; ++i) {
+  block.ruleCount = std::clamp<int32_t>(table.ruleCount, 0, SHM_RULES);
+  memcpy(block.rule, table.rule, static_cast<size_t>(block.ruleCount) * sizeof(FilterRule));
+  for (int32_t i = 0; i < block.ruleCount; ++i) {
     FilterRule& rule = block.rule[i];
     lines.add(rule.ruleAction);
-    rule.order = i + 1;
-    if (rule.target > 0) rule.target = static_cast<int32_t>(i + 1);
+    rule.order = static_cast<uint32_t>(i + 1);
+    if (rule.target > 0) rule.target = i + 1;
   }
 }
 
@@ -137,8 +150,8 @@ int setConfiguration(void* block) {
   if (!lock) return -1;
   memset(block, 0, sizeof(EngineConfiguration));
   EngineConfiguration& snapshot = *static_cast<EngineConfiguration*>(block);
-  fillLan(snapshot.lan, shm->config);
-  fillWan(snapshot.wan, shm->config);
+  fillLink(snapshot.lan, kLan);
+  fillLink(snapshot.wan, kWan);
   fillSettings(snapshot, shm->config);
   fillRules(snapshot, shm->filterTable);
   return 0;

@@ -1,5 +1,4 @@
 #include <stddef.h>
-#include <string.h>
 
 #include "config/effects.h"
 #include "kestrove/iface.h"
@@ -7,8 +6,8 @@
 #include "kestrove/routes.h"
 #include "kestrove/system.h"
 #include "kestrove/text.h"
+#include "store/interface_names.h"
 #include "store/lock.h"
-#include "store/text.h"
 
 namespace kestrove {
 namespace {
@@ -24,13 +23,15 @@ struct NetworkItem {
   void (*action)() = nullptr;
 };
 
+constexpr int kWanPort = 1;
+
 void refreshServers() { refresh_userinterface_apps(); }
 
 void readdressWanPort() {
   const ConfigRecord& config = shm->config;
-  char name[sizeof config.physicalWanInterfaceName + 1];
-  copyField(name, sizeof name, config.physicalWanInterfaceName);
-  shm_ifconfig(name, config.wanIpAddress, config.wanIpAddressMask, config.wanBroadcastAddress);
+  InterfaceName name;
+  physicalInterfaceName(kWanPort, name);
+  shm_ifconfig(name.text, config.wanIpAddress, config.wanIpAddressMask, config.wanBroadcastAddress);
 }
 
 #define FIELD(name) .place = offsetof(ConfigRecord, name)

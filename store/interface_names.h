@@ -31,13 +31,20 @@ constexpr Row kRows[] = {{&ConfigRecord::lanInterfaceName, &ConfigRecord::physic
                          {nullptr, nullptr},
                          {&ConfigRecord::bridgeRouterPhysicalName, &ConfigRecord::bridgeRouterPhysicalName}};
 
+// Null for a number without a stored name.
+inline Field fieldOf(int number, Field Row::*column) {
+  return static_cast<unsigned>(number) < sizeof kRows / sizeof kRows[0] ? kRows[number].*column : nullptr;
+}
+inline Field currentField(int number) { return fieldOf(number, &Row::current); }
+
 inline bool copy(int number, Field Row::*column, InterfaceName& name) {
   if (number == kBridgeNumber) {
     memcpy(name.text, kBridge, sizeof kBridge);
     return true;
   }
-  if (static_cast<unsigned>(number) >= sizeof kRows / sizeof kRows[0] || !(kRows[number].*column)) return false;
-  copyField(name.text, sizeof name.text, shm->config.*(kRows[number].*column));
+  Field field = fieldOf(number, column);
+  if (!field) return false;
+  copyField(name.text, sizeof name.text, shm->config.*field);
   return true;
 }
 
