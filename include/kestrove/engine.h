@@ -41,8 +41,8 @@ typedef struct EngineConfiguration {
   uint32_t managementAddress;     /* network byte order */
   uint32_t managementAddressMask; /* network byte order */
   uint8_t gatewayId[4];
-  uint32_t compression;      /* 1 on, 0 off */
-  uint32_t globalCongestion; /* 1 when the WAN congestion code is 1 */
+  uint32_t compression;         /* 1 on, 0 off */
+  uint32_t globalCongestion;    /* 1 when the WAN congestion code is 1 */
   int32_t accumulationInterval; /* seconds */
   uint32_t constant8;           /* always 8 */
   int32_t ruleCount;

@@ -1,40 +1,174 @@
-/* Numbered configuration items and the small named accessors. */
+/* Numbered configuration items and the small named accessors.
+
+   Every accessor takes the store lock for its whole work (getShmFileBuffering and those with a takeLock argument as
+   said there) and gives -1 with the lock's code when it cannot be taken, with nothing changed. A null pointer where a
+   text or an output is needed gives -1 with SHM_EINVAL. "source" is the number of the front end and "user" the name
+   that events are stamped with; a null user counts as an empty name.
+
+   A setter changes its field only when the value differs; an equal value gives 0 and does nothing else. In
+   Configuration Mode it changes the field and does nothing else. Otherwise it goes on with what its row says, in that
+   order: log an event, save the store, set a change bit and signal the engine (not in Debug Mode), act on the system.
+   The results of the event and of the signal are ignored; an engine that cannot be signalled leaves one level of the
+   lock with the calling process. A failed save gives -1 with its code, after the rest is done; the new value stays. */
 #ifndef KESTROVE_ITEMS_H
 #define KESTROVE_ITEMS_H
 
-#include "kestrove/layout.h"
 #include <stdint.h>
+
+#include "kestrove/layout.h"
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
+/* Ids, fields, what is accepted (a switch is 1 for on, 2 for off) and what a change does:
+    1 lanLinkRate             10000 to 100000000                   save, bit 0
+    2 wanLinkRate             minRate to 2147483647                save, bit 1
+    3 wanIpDefaultRtt         not settable
+    4 wanMaximumTransferUnit  minMtu to 1500                       save, bit 3
+    5 lanMaximumTransferUnit  minMtu to 1500                       save, bit 2
+    6 lanLinkSetting          1 20 40 80 100 120 140               save, setSystemLinkSetting(0)
+    7 wanLinkSetting          as 6                                 save, setSystemLinkSetting(1)
+    8 managementLinkSetting   as 6                                 save, setSystemLinkSetting(3)
+    9 compression             switch                               event 9 or 10, save, bit 5
+   10 transparentBridgeOperState  not settable
+   11 snmpOperState           switch                               event 11 or 12, save
+   12 snmpVersion             1 to 3
+   13 httpOperState           switch                               event 18 or 19, save
+   14 cliOperState            switch                               save
+   15 kestroveOperState       switch
+   16 spareFlag               any, the low byte is kept
+   17 sshdOperState           switch                               event 37 or 38, save
+   18 bannerOperState         switch                               save
+   19 singleInterfaceMode     not settable, see setSingleInterfaceMode
+   20 pbrOperState            switch                               OpModeState with event 4 (on) or 5 (off), whose
+                                                                   result is given; it saves and signals itself
+   25 lanPbrRouteSet          any
+   26 wanPbrRouteSet          any
+   35 wanCongestionControl    2 to 5                               save, bit 6
+   36 loggingOperState        switch                               save
+   37 fileBuffering           switch                               save
+   38 item38Value             any                                  save, bit 10
+   39 failToWireAvailable     switch
+   40 failToWireStatus        any
+   41 failToWireConfig        1 bypass, 2 normal                   the relay's two commands, a second apart
+   43 opModeState             not settable
+   44 hardwarePlatform        0 to 15
+   47 ipv6Support             not settable
+   48 wanOptSupport           not settable; reads 0 on any platform but 14
+   52 minRate                 not settable
+   53 minMtu                  not settable
+   54 httpSessionTimeout      any
+   55 to 58 flags             0 or 1                               save */
+
+/* SHM_EINVAL: no such id. */
 KESTROVE_API int getKestroveConfigItem(int id, uint32_t* out);
+
+/* SHM_ERANGE: a value of items 1, 2, 4 or 5 out of its bounds. SHM_EINVAL: any other value that is not accepted, an id
+   that is not listed or not settable. */
 KESTROVE_API int setKestroveConfigItem(int id, uint32_t value, uint32_t source, const char* user);
-typedef int (*ConfigHook)(void *, void *);
-KESTROVE_API int setKestroveConfigItemPreAct(int id, uint32_t value, uint32_t source, const char* user, ConfigHook hook, void* a, void* b);
-KESTROVE_API int setKestroveConfigItemPostAct(int id, uint32_t value, uint32_t source, const char* user, ConfigHook hook, void* a, void* b);
+
+/* Called outside the lock with the two arguments as given. A null hook is skipped. */
+typedef int (*ConfigHook)(void*, void*);
+
+/* The hook, whose result is ignored, and then the set, whose result is given. */
+KESTROVE_API int setKestroveConfigItemPreAct(int id, uint32_t value, uint32_t source, const char* user, ConfigHook hook,
+                                             void* a, void* b);
+
+/* The set and, when it succeeded, the hook, whose result is given. -1 when the set failed. */
+KESTROVE_API int setKestroveConfigItemPostAct(int id, uint32_t value, uint32_t source, const char* user,
+                                              ConfigHook hook, void* a, void* b);
+
+/* Addresses, all in network byte order, and the event that drives the operating modes on a change:
+    1 managementAddress           12; while policy routing is on also bit 13 with a signal to the engine, before the
+                                  event; after it refresh_userinterface_apps
+    2 12 managementAddressMask    12; 0 and masks with holes are refused, also when equal to the stored one
+    3 13 managementBroadcastAddress  12
+    4 lanIpAddress                14     7 wanIpAddress         13
+    5 lanIpAddressMask            18     8 wanIpAddressMask     17
+    6 lanBroadcastAddress         14     9 wanBroadcastAddress  13
+   14 lanGateway                  16; before the change the WAN gateway's ARP entry is deleted
+   15 wanGateway                  none; before the change its old ARP entry is deleted, after it the physical WAN port
+                                  gets its address again (shm_ifconfig) */
+
+/* SHM_EINVAL: no such id. */
 KESTROVE_API int getNetworkConfigItem(int id, uint32_t* out);
+
+/* After the event saves the store and refreshes the route table with the source and user. What the system refuses
+   (ARP entry, address, event) does not fail the set. SHM_EINVAL: no such id. SHM_EMASK: mask refused. */
 KESTROVE_API int setNetworkConfigItem(int id, const uint32_t* value, uint32_t source, const char* user);
-KESTROVE_API int setNetworkConfigItemPostAct(int id, const uint32_t* value, uint32_t source, const char* user, ConfigHook hook, void* a, void* b);
+
+/* As setKestroveConfigItemPostAct. */
+KESTROVE_API int setNetworkConfigItemPostAct(int id, const uint32_t* value, uint32_t source, const char* user,
+                                             ConfigHook hook, void* a, void* b);
+
+/* Texts: 1 sysName, 2 sysLocation, 3 sysContact, 4 sysDescription (not settable), 8 httpEncryptedId. */
+
+/* size: of the buffer, at least 256. A text of 256 characters fills a buffer of 256 without a terminator.
+   SHM_EINVAL: no such id, a smaller size. */
 KESTROVE_API int getShmString(int id, char* buffer, int size);
+
+/* Up to 256 characters. A change saves the store; a failed save leaves its code, the result is 0 all the same.
+   SHM_EINVAL: id not listed or not settable, a longer text. */
 KESTROVE_API int setShmString(int id, const char* text);
+
+/* Interface numbers: 0 LAN, 1 WAN, 3 management port, 4 management bridge, 5 bridge/router port. The buffer holds at
+   least size bytes, and a name that does not fit is cut; it is always terminated. */
+
+/* The names now in use for 0 and 1, otherwise as getPhysicalInterfaceName. */
 KESTROVE_API int getInterfaceName(int number, char* buffer, int size);
+
+/* SHM_EINVAL: a size below 15, a number without a name (2, and all beyond 5). */
 KESTROVE_API int getPhysicalInterfaceName(int number, char* buffer, int size);
+
+/* Sets the names of 0, 1, 3 and 5, cut to 15 characters. size is only checked to be 15 or more. Not saved.
+   SHM_EINVAL: as above, and number 4. */
 KESTROVE_API int setInterfaceName(int number, const char* name, int size);
+
+/* bridgeRouterPhysicalName and physicalLanInterfaceName into buffers of 16 bytes. takeLock 0: the caller holds the
+   lock; the store is then attached if needed (-1 with SHM_EATTACH when it cannot be). */
 KESTROVE_API int getBridgeRouterLanWanPhysName(char* base, char* lan, int takeLock);
+
+/* The VLAN ids; a null pointer is skipped. takeLock as above. */
 KESTROVE_API int getLanWanVlanId(uint32_t* lan, uint32_t* wan, int takeLock);
+
+/* The operational state, 0 to 5 (SHM_STATE_*). */
 KESTROVE_API int getShmOperationalState(void);
+
+/* Not saved. SHM_EINVAL: above 5. */
 KESTROVE_API int setShmOperationalState(uint32_t state);
+
+/* cliOperState. */
 KESTROVE_API int getCliOperationalState(void);
+
+/* fileBuffering, read without the lock. -1 with SHM_EATTACH without a store. */
 KESTROVE_API int getShmFileBuffering(void);
+
+/* 1 when notification n (1 to 3) is set, else 0; reading clears it. SHM_EINVAL: another n. */
 KESTROVE_API int getNotificationStatus(int n);
+
+/* Sets notification n. Not saved. SHM_EINVAL as above. */
 KESTROVE_API int setNotificationStatus(int n);
+
+/* The front end on whose behalf the process acts. */
 KESTROVE_API int getShmSourceComponent(void);
+
+/* Not saved. SHM_EINVAL: above 8. */
 KESTROVE_API int setShmSourceComponent(uint32_t component);
+
+/* The name stamped on events, cut to 31 characters. A change saves the store; a failed save leaves its code, the
+   result is 0 all the same. */
 KESTROVE_API int setEventSourceUsername(const char* name);
+
+/* Into a buffer of 32 bytes, terminated. */
 KESTROVE_API int getEventSourceUsername(char* buffer);
+
+/* singleInterfaceMode and both VLAN ids. */
 KESTROVE_API int getSingleInterfaceMode(uint32_t* mode, uint32_t* lanVlan, uint32_t* wanVlan);
+
+/* mode: 1 on, with two ids other than 0; 2 off, which ignores the ids and switches policy routing off with the mode.
+   Outside Configuration Mode a change drives OpModeState, which saves and signals: event 2 for on, 3 for off, 6 for
+   other ids while on; its result is given. SHM_EINVAL: another mode, an id of 0 for on. */
 KESTROVE_API int setSingleInterfaceMode(uint32_t mode, uint32_t lanVlan, uint32_t wanVlan);
 
 #ifdef __cplusplus
