@@ -1,0 +1,93 @@
+#include "sandbox/layer.h"
+
+#include <dirent.h>
+#include <limits.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <memory>
+#include <string>
+
+#include "sandbox/files.h"
+#include "sandbox/report.h"
+#include "sandbox/stage.h"
+#include "sandbox/tools.h"
+
+namespace kestrove::sandbox {
+namespace {
+
+struct Folder {
+  const char* path;
+  mode_t mode;
+};
+
+constexpr Folder kFolders[] = {
+    {"/etc/config", 0755},
+    {"/etc/network", 0755},
+    {"/root", 0700},
+    {"/var/tmp", 01777},
+    {"/var/lock", 01777},
+    {"/var/log", 0755},
+    {"/var/log/kestrove", 0755},
+    {"/var/config", 0755},
+    {"/var/net-snmp", 0755},
+    {"/var/etc", 0755},
+    {"/var/etc/config", 0755},
+    {"/var/lib/dhcpcd", 0755},
+    {"/usr/local/apache2/htdocs", 0755},
+    {"/usr/local/apache2/logs", 0755},
+    {"/old_dir/var/log/kestrove", 0755},
+    {"/run/netns", 0755},
+    {"/run/kestrove/answers", 0777},
+};
+
+// Files of the machine that the appliance rewrites. Copies, because an ordinary user's own root may not write what
+// belongs to the machine's, even in an overlay.
+constexpr const char* kOwnCopies[] = {"/etc/passwd", "/etc/group", "/etc/hosts", "/etc/resolv.conf"};
+
+std::string ownFolder() {
+  char path[PATH_MAX];
+  ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
+  if (length == -1) giveUp("/proc/self/exe: %m");
+  return folderOf(std::string(path, static_cast<size_t>(length)));
+}
+
+// The scripts of the image lie below its folder as they lie below the appliance's root.
+void layImage(const std::string& from, const std::string& to) {
+  std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(from.c_str()), closedir);
+  if (!folder) giveUp("the appliance's image %s: %m", from.c_str());
+  while (const dirent* entry = readdir(folder.get())) {
+    std::string name = entry->d_name;
+    if (name == "." || name == "..") continue;
+    std::string source = from + "/" + name;
+    if (isFolder(source)) {
+      layImage(source, to + "/" + name);
+    } else {
+      struct stat status = {};
+      stat(source.c_str(), &status);
+      copyFile(source, place(to + "/" + name), status.st_mode & 0777);
+    }
+  }
+}
+
+void layMarkers() {
+  writeText(place(kMarkers + "/inside"), "", 0644);
+  for (const char* log : {"/commands", "/syslog"}) {
+    std::string path = place(kMarkers + log);
+    writeText(path, "", 0666);
+    chmod(path.c_str(), 0666);
+  }
+}
+
+}  // namespace
+
+void layAppliance(const Options& options) {
+  for (const Folder& folder : kFolders) placeFolder(folder.path, folder.mode);
+  for (const char* path : kOwnCopies) copyFile(path, place(path), 0644);
+  layMarkers();
+  const std::string home = ownFolder();
+  layImage(home + "/image", "");
+  layTools(home + "/kestrove-recorder", options.record);
+}
+
+}  // namespace kestrove::sandbox

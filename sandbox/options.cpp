@@ -1,0 +1,77 @@
+#include "sandbox/options.h"
+
+#include <getopt.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+
+#include "sandbox/report.h"
+
+namespace kestrove::sandbox {
+namespace {
+
+constexpr char kHelp[] =
+    "usage: kestrove-sandbox [OPTION...] [--] COMMAND [ARGUMENT...]\n"
+    "\n"
+    "Runs a command as root of a throw-away appliance. Nothing outside is changed, nothing is left behind.\n"
+    "\n"
+    "  --real       programs of the machine do the work; what must not run is recorded (default)\n"
+    "  --record     every program of the appliance is recorded instead of run\n"
+    "  --ports      eth0 (WAN side), eth1 (LAN side) and eth2 (management), with a host behind each (default)\n"
+    "  --no-ports   no ports, a quicker start\n"
+    "  --state DIR  keep /etc/config and /var/log/kestrove in DIR between runs\n"
+    "  --help       this text\n"
+    "\n"
+    "The exit status is the command's, 128 and the signal's number when it was killed, 125 when the sandbox could not\n"
+    "be made, 126 when the command cannot be run and 127 when it is not found.\n";
+
+enum Choice { kReal = 1, kRecord, kPorts, kNoPorts, kState, kHelpWanted };
+
+constexpr option kOptions[] = {
+    {"real", no_argument, nullptr, kReal},
+    {"record", no_argument, nullptr, kRecord},
+    {"ports", no_argument, nullptr, kPorts},
+    {"no-ports", no_argument, nullptr, kNoPorts},
+    {"state", required_argument, nullptr, kState},
+    {"help", no_argument, nullptr, kHelpWanted},
+    {nullptr, 0, nullptr, 0},
+};
+
+std::string stateFolder(const char* name) {
+  mkdir(name, 0755);
+  char* path = realpath(name, nullptr);
+  if (!path) giveUp("%s: %m", name);
+  std::string folder = path;
+  free(path);
+  return folder;
+}
+
+[[noreturn]] void help() {
+  fputs(kHelp, stdout);
+  exit(0);
+}
+
+void apply(int choice, Options& options) {
+  switch (choice) {
+    case kReal: options.record = false; return;
+    case kRecord: options.record = true; return;
+    case kPorts: options.ports = true; return;
+    case kNoPorts: options.ports = false; return;
+    case kState: options.state = stateFolder(optarg); return;
+    case kHelpWanted: help();
+    default: exit(kLauncherFailed);  // getopt has said what is wrong
+  }
+}
+
+}  // namespace
+
+Options readOptions(int argc, char** argv) {
+  Options options;
+  int choice = 0;
+  while ((choice = getopt_long(argc, argv, "+", kOptions, nullptr)) != -1) apply(choice, options);
+  options.command = argv + optind;
+  if (!*options.command) giveUp("no command given, see --help");
+  return options;
+}
+
+}  // namespace kestrove::sandbox

@@ -1,0 +1,18 @@
+// The launcher's command line.
+#pragma once
+
+#include <string>
+
+namespace kestrove::sandbox {
+
+struct Options {
+  bool record = false;
+  bool ports = true;
+  std::string state;         // absolute, empty without --state
+  char** command = nullptr;  // ended by a null pointer
+};
+
+// Ends the process on --help and on a line that cannot be understood.
+Options readOptions(int argc, char** argv);
+
+}  // namespace kestrove::sandbox

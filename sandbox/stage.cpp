@@ -1,0 +1,67 @@
+#include "sandbox/stage.h"
+
+#include <stdlib.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+#include "sandbox/files.h"
+#include "sandbox/report.h"
+
+namespace kestrove::sandbox {
+namespace {
+
+constexpr const char* kOwnFolders[] = {"/run", "/tmp", "/dev"};
+
+std::string realPath(const std::string& path) {
+  char* real = realpath(path.c_str(), nullptr);
+  std::string result = real ? real : "";
+  free(real);
+  return result;
+}
+
+std::string onStage(const std::string& real) {
+  for (const char* own : kOwnFolders) {
+    if (isBelow(real, own)) return kStage + real;
+  }
+  return real == "/" ? kUpper : kUpper + real;
+}
+
+// The path with every link of its existing part followed.
+std::string followLinks(const std::string& path) {
+  std::string real = realPath(path);
+  if (!real.empty() || path == "/") return real;
+  std::string folder = followLinks(folderOf(path));
+  return (folder == "/" ? "" : folder) + "/" + nameOf(path);
+}
+
+void copyOwner(const std::string& real, const std::string& staged, mode_t mode) {
+  struct stat status;
+  bool known = stat(real.c_str(), &status) == 0;
+  chmod(staged.c_str(), known ? status.st_mode & 07777 : mode);
+}
+
+void makeStaged(const std::string& real, mode_t mode) {
+  std::string staged = onStage(real);
+  if (exists(staged)) return;
+  makeStaged(folderOf(real), 0755);
+  makeFolder(staged, mode);
+  copyOwner(real, staged, mode);
+}
+
+}  // namespace
+
+void makeStage() {
+  if (mount("kestrove", kStage.c_str(), "tmpfs", 0, "mode=0755") == -1) giveUp("no memory file system: %m");
+  for (const char* folder : {"/upper", "/work", "/root", "/run", "/dev", "/tmp"}) makeFolder(kStage + folder, 0755);
+  chmod((kStage + "/tmp").c_str(), 01777);
+}
+
+std::string placeFolder(const std::string& path, mode_t mode) {
+  std::string real = followLinks(path);
+  makeStaged(real, mode);
+  return onStage(real);
+}
+
+std::string place(const std::string& path) { return placeFolder(folderOf(path)) + "/" + nameOf(path); }
+
+}  // namespace kestrove::sandbox
