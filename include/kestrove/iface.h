@@ -42,6 +42,7 @@ KESTROVE_API int addArpEntry(uint32_t address, const char* hardwareAddressText, 
 KESTROVE_API int delArpEntry(uint32_t address);
 KESTROVE_API int setPermArpEntry(uint32_t address, const char* name);
 KESTROVE_API int setSystemLinkSetting(int which);
+KESTROVE_API int getLinkStatus(int iface, char* first, char* second, char* third);
 KESTROVE_API int shm_netlinkConfig(const char* name, uint32_t address, uint32_t mask, uint32_t broadcast, int op);
 KESTROVE_API int inet_ntocidr(uint32_t mask);
 KESTROVE_API int setinBandWanGateway(char* text);

@@ -48,9 +48,6 @@ KESTROVE_API int setGatewayId(void);
 /* Copies the gateway identifier up to its first zero byte, at most four bytes, without a terminator. */
 KESTROVE_API int getGatewayId(char* dst);
 
-/* Link state of an interface: forwards to the query of the interface family, 0 standing for 5. */
-KESTROVE_API int getLinkStatus(int iface, char* first, char* second, char* third);
-
 #ifdef __cplusplus
 }
 #endif

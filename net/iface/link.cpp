@@ -1,0 +1,92 @@
+// Link speed and duplex, set and read by the MII tool.
+#include <stdio.h>
+#include <string.h>
+#include <unistd.h>
+
+#include "kestrove/iface.h"
+#include "store/fail.h"
+#include "store/interface_names.h"
+#include "store/lock.h"
+#include "sys/command.h"
+#include "sys/stream.h"
+
+using namespace kestrove;
+using sys::Word;
+
+namespace {
+
+constexpr char kRestartNegotiation[] = "/usr/bin/mii-diag -R %s > /dev/null 2>&1";
+constexpr char kForceMedium[] = "/usr/bin/mii-diag -F %d %s > /dev/null 2>&1";
+constexpr char kReadStatus[] = "/usr/bin/mii-diag -t %s > %s";
+constexpr char kStatusFile[] = "/tmp/mii.out";
+constexpr uint32_t kAutoNegotiate = 1;
+constexpr int kLanNumber = 0;
+constexpr int kBaseNumber = 5;
+constexpr int kLongestLine = 255;
+
+struct LinkRow {
+  int which;
+  uint32_t ConfigRecord::*setting;
+  int interfaceNumber;
+};
+
+constexpr LinkRow kLinks[] = {{kLanNumber, &ConfigRecord::lanLinkSetting, kBaseNumber},
+                              {1, &ConfigRecord::wanLinkSetting, 1},
+                              {3, &ConfigRecord::managementLinkSetting, 3}};
+
+const LinkRow* linkRow(int which) {
+  for (const LinkRow& row : kLinks) {
+    if (row.which == which) return &row;
+  }
+  return nullptr;
+}
+
+// The text behind ": " of the line's last colon; false for a line without one.
+bool copyValue(char* line, char* out) {
+  line[strcspn(line, "\n")] = '\0';
+  const char* colon = strrchr(line, ':');
+  if (!colon) return false;
+  strcpy(out, colon[1] == '\0' ? "" : colon + 2);
+  return true;
+}
+
+bool readValues(FILE* stream, char* const (&outputs)[3]) {
+  char line[kLongestLine + 1];
+  for (char* out : outputs) {
+    if (!fgets(line, sizeof line, stream) || !copyValue(line, out)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int setSystemLinkSetting(int which) {
+  const LinkRow* row = linkRow(which);
+  if (!row) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  InterfaceName name;
+  interfaceName(row->interfaceNumber, name);
+  uint32_t setting = shm->config.*row->setting;
+  if (setting == kAutoNegotiate) {
+    sys::runLine(kRestartNegotiation, {Word::interface(name.text)});
+  } else {
+    sys::runLine(kForceMedium, {Word::number(static_cast<int32_t>(setting)), Word::interface(name.text)});
+  }
+  return 0;
+}
+
+// The second line goes into the third buffer and the third into the second: kept on purpose.
+int getLinkStatus(int iface, char* first, char* second, char* third) {
+  if (!first || !second || !third) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  unlink(kStatusFile);
+  InterfaceName name;
+  if (!interfaceName(iface == kLanNumber ? kBaseNumber : iface, name)) return fail(SHM_EINVAL);
+  sys::runLine(kReadStatus, {Word::interface(name.text), Word::fixed(kStatusFile)});
+  sys::Stream status(fopen(kStatusFile, "re"));
+  bool complete = status && readValues(status.get(), {first, third, second});
+  unlink(kStatusFile);
+  return complete ? 0 : -1;
+}

@@ -1,0 +1,140 @@
+#include "net/opmode/actions.h"
+
+#include <stdio.h>
+#include <string.h>
+#include <syslog.h>
+
+#include "kestrove/iface.h"
+#include "kestrove/kernelrules.h"
+#include "kestrove/segment.h"
+#include "net/opmode/modes.h"
+#include "store/text.h"
+
+namespace kestrove::opmode {
+namespace {
+
+constexpr int kLockHeld = 0;
+
+// Cut to what the kernel takes as a name.
+void nameVlan(char (&name)[16], const char* base, uint32_t id) {
+  char whole[32];
+  snprintf(whole, sizeof whole, "%s.%d", base, static_cast<int32_t>(id));
+  copyField(name, sizeof name, whole);
+}
+
+Vlans vlansOn(const char* base, uint32_t lanId, uint32_t wanId) {
+  Vlans vlans = {lanId, wanId, "", ""};
+  nameVlan(vlans.lan, base, lanId);
+  nameVlan(vlans.wan, base, wanId);
+  return vlans;
+}
+
+Vlans vlansBefore(int event, const char* base, const OpModeContext& context) {
+  if (event != kVlanChange) return vlansOn(base, context.lanVlanId, context.wanVlanId);
+  if (context.lanVlanIdCopy == 0 && context.wanVlanIdCopy == 0) {
+    return vlansOn(base, shm->config.lanVlanId, shm->config.wanVlanId);
+  }
+  return vlansOn(base, context.lanVlanIdCopy, context.wanVlanIdCopy);
+}
+
+void clearAddress(const char* name) { shm_ifconfig(name, 0, 0, 0); }
+void takeDown(const char* name) { shm_ifconfig_down1(name, 0); }
+
+}  // namespace
+
+Ports portsOf(int event, const OpModeContext& context) {
+  const ConfigRecord& config = shm->config;
+  Ports ports = {};
+  copyField(ports.base, sizeof ports.base, config.bridgeRouterPhysicalName);
+  copyField(ports.lan, sizeof ports.lan, config.physicalLanInterfaceName);
+  copyField(ports.wan, sizeof ports.wan, config.physicalWanInterfaceName);
+  ports.before = vlansBefore(event, ports.base, context);
+  ports.after = vlansOn(ports.base, context.lanVlanId, context.wanVlanId);
+  return ports;
+}
+
+void clearPhysical(const Ports& ports) {
+  clearAddress(ports.base);
+  clearAddress(ports.lan);
+  clearAddress(ports.wan);
+}
+
+void clearVlans(const Ports& ports) {
+  clearAddress(ports.after.lan);
+  clearAddress(ports.lan);
+  clearAddress(ports.after.wan);
+}
+
+void addVlans(const Ports& ports) { shm_vconfig_add2(ports.base, ports.after.lanId, ports.after.wanId); }
+
+void takeDownVlans(const Ports& ports) {
+  takeDown(ports.before.lan);
+  takeDown(ports.lan);
+  takeDown(ports.before.wan);
+}
+
+void removeVlans(const Ports& ports) { shm_vconfig_rem2(ports.base, ports.before.lanId, ports.before.wanId); }
+
+void bridgeBase(const Ports& ports) { turnOnBridge(ports.base, ports.lan); }
+
+void bridgeBaseOfBridgingProduct(const Ports& ports) {
+  if (shm->config.productId != kUnbridgedProduct) bridgeBase(ports);
+}
+
+void bridgeVlan(const Ports& ports) { turnOnBridge(ports.after.lan, ports.lan); }
+
+// Policy routing is entered with the base interface named here, although the VLAN is in the bridge: kept on purpose.
+void unbridgeBase(const Ports& ports) { turnOffBridge(ports.base, ports.lan); }
+
+void unbridgeVlan(const Ports& ports) { turnOffBridge(ports.before.lan, ports.lan); }
+
+void logPolicyRoutingOn(const Ports& ports) {
+  syslog(LOG_DEBUG, "EVENT_PBR_ON");
+  syslog(LOG_DEBUG, "turnOnPBR: turnOffBridge %s %s", ports.base, ports.lan);
+}
+
+void giveLanAddress(const Ports& ports) {
+  const ConfigRecord& config = shm->config;
+  shm_ifconfig(ports.after.lan, config.lanIpAddress, config.lanIpAddressMask, config.lanBroadcastAddress);
+}
+
+void giveWanAddress(const Ports& ports) {
+  const ConfigRecord& config = shm->config;
+  shm_ifconfig(ports.lan, config.wanIpAddress, config.wanIpAddressMask, config.wanBroadcastAddress);
+}
+
+void forward(const Ports& ports) {
+  turnOnIpfoward(ports.after.lan);
+  turnOnIpfoward(ports.lan);
+}
+
+void stopForwarding(const Ports& ports) {
+  turnOffIpfoward(ports.before.lan);
+  turnOffIpfoward(ports.lan);
+}
+
+void routeByPolicy(const Ports&) { pbrPolicyRule(kLockHeld); }
+void resetPolicy(const Ports&) { resetPolicyRules(); }
+
+// The fields, not their items: an accessor would drop the lock in the middle of the transition.
+void markPolicyRoutesSet(const Ports&) {
+  shm->config.wanPbrRouteSet = SHM_ON;
+  shm->config.lanPbrRouteSet = SHM_ON;
+}
+
+void forgetGateways(const Ports&) {
+  delArpEntry(shm->config.lanGateway);
+  delArpEntry(shm->config.wanGateway);
+}
+
+void usePhysicalNames(const Ports& ports) {
+  setField(shm->config.wanInterfaceName, ports.wan);
+  setField(shm->config.lanInterfaceName, ports.lan);
+}
+
+void useVlanNames(const Ports& ports) {
+  setField(shm->config.wanInterfaceName, ports.after.wan);
+  setField(shm->config.lanInterfaceName, ports.lan);
+}
+
+}  // namespace kestrove::opmode

@@ -1,0 +1,78 @@
+#include "net/opmode/reapply.h"
+
+#include "kestrove/iface.h"
+#include "kestrove/ipv6.h"
+#include "kestrove/opmode.h"
+#include "kestrove/routes.h"
+#include "net/opmode/address_status.h"
+#include "store/fail.h"
+#include "store/interface_names.h"
+#include "store/segment.h"
+
+using namespace kestrove;
+using namespace kestrove::opmode;
+
+namespace {
+
+enum { kAddAddress = 0 };
+enum RouteStatus : uint32_t { kInactive = 1, kDisabled = 2, kActive = 3 };
+
+constexpr uint32_t kInUse = 1;
+
+// Both counts come from the store: a damaged one ends at the table's size.
+template <typename Entry, size_t N>
+size_t bounded(int32_t count, const Entry (&)[N]) {
+  if (count < 0) return 0;
+  return static_cast<size_t>(count) < N ? static_cast<size_t>(count) : N;
+}
+
+void addAddresses6() {
+  size_t count = bounded(shm->ip6Count, shm->ip6Address);
+  for (size_t i = 0; i < count; ++i) {
+    shm_if6config(kBridge, shm->ip6Address[i].address, shm->ip6Address[i].prefixLength, kAddAddress);
+  }
+}
+
+template <typename Slot>
+Slot* usedSlot(Slot (&slots)[SHM_ROUTES], uint32_t number) {
+  return number < SHM_ROUTES && slots[number].inUse == kInUse ? &slots[number] : nullptr;
+}
+
+void installRoute6(Route6Entry& stored) {
+  if (stored.status == kDisabled) return;
+  deleteKernelRoute6(&stored);
+  Route6Entry route = stored;  // the interface found for it belongs into the request only
+  stored.status = gatewayIsLocal6(&route) == 1 && addKernelRoute6(&route) == 0 ? kActive : kInactive;
+}
+
+void addAllRoutes6() {
+  Route6Entry* route = usedSlot(shm->routes6.slot, shm->routes6.head6);
+  for (int steps = 0; route && steps < SHM_ROUTES6; ++steps) {
+    installRoute6(*route);
+    route = usedSlot(shm->routes6.slot, route->next);
+  }
+}
+
+}  // namespace
+
+int addAddressesToInterfaces(OpModeContext* context) {
+  if (!context) return fail(SHM_EINVAL);
+  if (!attachStore()) return -1;
+  size_t count = bounded(shm->managementAddressCount, shm->managementAddress);
+  for (size_t i = 0; i < count; ++i) {
+    ManagementAddress& entry = shm->managementAddress[i];
+    entry.status = addressStatus(context->mode, entry.interfaceKind);
+    if (entry.status == kApplied && !applyAddress(entry)) entry.status = kNotApplied;
+  }
+  return 0;
+}
+
+namespace kestrove::opmode {
+
+void reapplyAddressesAndRoutes() {
+  addAddresses6();
+  if (usedSlot(shm->routes.slot, shm->routes.head)) addAllRoutes();
+  addAllRoutes6();
+}
+
+}  // namespace kestrove::opmode

@@ -1,0 +1,9 @@
+// Putting addresses and routes back after the interfaces were rebuilt.
+#pragma once
+
+namespace kestrove::opmode {
+
+// The IPv6 addresses on the bridge, then both route tables. Under the store lock, which the IPv4 half drops.
+void reapplyAddressesAndRoutes();
+
+}  // namespace kestrove::opmode

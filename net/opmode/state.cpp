@@ -1,0 +1,55 @@
+// Events of the operating modes, dispatched by the stored mode.
+#include "kestrove/engine.h"
+#include "kestrove/opmode.h"
+#include "kestrove/persistence.h"
+#include "net/opmode/modes.h"
+#include "net/opmode/reapply.h"
+#include "store/fail.h"
+#include "store/lock.h"
+#include "store/mode.h"
+#include "store/pending.h"
+#include "store/segment.h"
+
+using namespace kestrove;
+using namespace kestrove::opmode;
+
+namespace {
+
+constexpr OpModeHandler kHandlers[kModes] = {opModeDualIf, opModeSingleOnly, opModeSinglePBR};
+
+void fill(int event, OpModeContext& context) {
+  const ConfigRecord& config = shm->config;
+  context.word5 = context.word6 = 0;
+  context.mode = config.opModeState;
+  context.l7Mode = context.l7ModeCopy = config.opModeSubState;
+  if (event == kVlanChange) return;  // the caller's ids
+  context.wanVlanId = context.wanVlanIdCopy = config.wanVlanId;
+  context.lanVlanId = context.lanVlanIdCopy = config.lanVlanId;
+}
+
+bool rebuildsInterfaces(int event) { return event >= kPoweredOn && event <= kVlanChange; }
+bool changesMode(int event) { return event > kPoweredOn && event <= kVlanChange; }
+
+void tellEngine() {
+  markPending(kPendingOpMode);
+  notifyKestrove();
+}
+
+}  // namespace
+
+// In Debug Mode the engine is signalled all the same: kept on purpose.
+int OpModeState(int event, OpModeContext* context) {
+  if (!context) return fail(SHM_EINVAL);
+  StoreLock lock(context->locked == 0);
+  if (!lock || !attachStore()) return -1;
+  uint32_t mode = shm->config.opModeState;
+  if (mode >= kModes || event < 0 || event > kLastEvent) return fail(SHM_EINVAL);
+  fill(event, *context);
+  kHandlers[mode](event, context);
+  addAddressesToInterfaces(context);
+  shm->config.opModeState = context->mode;  // before the route table and the signal drop the file lock
+  if (rebuildsInterfaces(event) && !configurationMode() && !debugMode()) reapplyAddressesAndRoutes();
+  if (changesMode(event) && !configurationMode()) tellEngine();
+  save_shared_memory();
+  return 0;
+}
