@@ -1,0 +1,172 @@
+#include "tools/ctl/rows.h"
+
+#include <signal.h>
+
+#include <cerrno>
+#include <map>
+
+#include "kestrove/iface.h"
+
+namespace ctl {
+namespace {
+
+constexpr int kBitsPerKilobit = 1000;
+
+using Names = std::map<std::string, uint32_t>;
+const Names kProtocols = {{"any", 0}, {"tcp", 6}, {"udp", 17}};
+const Names kRuleStatus = {{"undefined", 0}, {"invalid", 1}, {"nis", 2}, {"active", 3}};
+const Names kKinds = {{"lan", 0}, {"wan", 1}, {"management", 3}, {"bridge", 4}, {"router", 5}};
+const Names kRouteStatus = {{"inactive", 1}, {"disabled", 2}, {"active", 3}};
+
+std::string nameOf(const Names& names, uint32_t value) {
+  for (const auto& [name, number] : names) {
+    if (number == value) return name;
+  }
+  return std::to_string(value);
+}
+
+uint32_t numberOf(const Names& names, const std::string& text, const char* what) {
+  auto found = names.find(text);
+  if (found != names.end()) return found->second;
+  if (text.empty() || text.size() > 3 || text.find_first_not_of("0123456789") != std::string::npos) {
+    throw Refusal(kUsage, text + ": no " + what);
+  }
+  return static_cast<uint32_t>(std::stoul(text));
+}
+
+std::string endText(const FilterRule& rule, bool source) {
+  if (rule.ipVersion == 6) {
+    return address6Text(source ? rule.srcAddr6 : rule.dstAddr6) + "/" +
+           std::to_string(source ? rule.srcPrefixLen6 : rule.dstPrefixLen6);
+  }
+  uint32_t mask = source ? rule.srcMask : rule.dstMask;
+  if (rule.ipVersion != 4 || mask == 0) return "any";
+  return addressText(source ? rule.srcAddr : rule.dstAddr) + "/" + std::to_string(inet_ntocidr(mask));
+}
+
+std::string portsText(int first, int last) {
+  if (first == 0) return "any";
+  return std::to_string(first) + (last != first ? "-" + std::to_string(last) : "");
+}
+
+const char* targetText(int target) { return target == 0 ? "drop" : target == -1 ? "bridge" : "accelerate"; }
+
+Json qosRow(const std::string& name, const QosRow& qos) {
+  return {{"class", name},
+          {"priority", +qos.priority},
+          {"bytes", +qos.bytesSent},
+          {"packets", +qos.packetsSent},
+          {"drops", +qos.packetsDropped},
+          {"current", +qos.currentRate},
+          {"average", +qos.averageRate},
+          {"maximum", +qos.maximumRate},
+          {"sessions", +qos.sessions}};
+}
+
+}  // namespace
+
+Json userRow(const UserAccount& account) {
+  return {{"name", text(account.username)},
+          {"administrator", account.superUser == 1},
+          {"lastLogin", +account.lastLoginSeconds},
+          {"lastPasswordChange", +account.lastPasswdChange}};
+}
+
+Json ruleRow(int position, const FilterRule& rule) {
+  return {{"position", position},
+          {"family", rule.ipVersion == 6   ? "IPv6"
+                     : rule.ipVersion == 4 ? "IPv4"
+                                           : "any"},
+          {"source", endText(rule, true)},
+          {"destination", endText(rule, false)},
+          {"protocol", nameOf(kProtocols, rule.proto)},
+          {"sourcePorts", portsText(rule.srcPort, rule.srcPortEnd)},
+          {"destinationPorts", portsText(rule.destPort, rule.destPortEnd)},
+          {"target", targetText(rule.target)},
+          {"priority", +rule.priority},
+          {"kbit/s", rule.bandwidth / kBitsPerKilobit},
+          {"acceleration", switchText(rule.accel)},
+          {"status", nameOf(kRuleStatus, rule.ruleAction)}};
+}
+
+Json managementRow(const ManagementAddress& entry) {
+  bool six = entry.ipVersion == 6;
+  return {{"address", six ? address6Text(entry.address6) : addressText(entry.address)},
+          {"mask", six ? std::to_string(entry.prefixLength6) : addressText(entry.mask)},
+          {"interface", nameOf(kKinds, static_cast<uint32_t>(entry.interfaceKind))},
+          {"status", entry.status == 1 ? "applied" : "not applied"}};
+}
+
+Json address6Row(const Ip6Address& entry) {
+  return {{"address", address6Text(entry.address)},
+          {"mask", std::to_string(entry.prefixLength)},
+          {"interface", "br0"},
+          {"status", "bridge's own"}};
+}
+
+Json routeRow(const RouteEntry& route) {
+  return {{"destination", addressText(route.destination)},
+          {"mask", addressText(route.netmask)},
+          {"gateway", addressText(route.gateway)},
+          {"status", nameOf(kRouteStatus, route.status)}};
+}
+
+Json route6Row(const Route6Entry& route) {
+  return {{"destination", address6Text(route.destination) + "/" + std::to_string(route.prefixLength)},
+          {"gateway", address6Text(route.gateway)},
+          {"interface", text(route.interfaceName)},
+          {"status", nameOf(kRouteStatus, route.status)}};
+}
+
+Json qosTable(const QosRow (&rows)[SHM_QOS_ROWS]) {
+  Json table = Json::array({qosRow("WAN", rows[0])});
+  for (int i = 1; i <= 8; ++i) table.push_back(qosRow("WAN " + std::to_string(i), rows[i]));
+  table.push_back(qosRow("LAN", rows[9]));
+  return table;
+}
+
+Json interfaceCounterRow(const char* name, const InterfaceCounters& counters) {
+  return {{"interface", name},
+          {"bytesSent", +counters.bytesSent},
+          {"bytesReceived", +counters.bytesReceived},
+          {"packetsSent", +counters.packetsSent},
+          {"packetsReceived", +counters.packetsReceived},
+          {"dropsSent", +counters.dropsSent},
+          {"dropsReceived", +counters.dropsReceived}};
+}
+
+Json statisticsObject(const StatisticsBlock& block) {
+  return {{"lastResetHundredths", +block.counterLastResetTime},
+          {"accumulationInterval", +block.accumulationInterval},
+          {"accumulatedIntervals", +block.accumulatedIntervals},
+          {"totalUncompressedDataSize", +block.totalUncompressedDataSize},
+          {"totalCompressedDataSize", +block.totalCompressedDataSize},
+          {"compressionRatio", +block.compressionRatio},
+          {"filterBytesIn", +block.filter_total_bytes_in},
+          {"filterBytesOut", +block.filter_total_bytes_out},
+          {"filterCompressionRatio", +block.filter_compression_ratio},
+          {"maxTcpSessionInitiationsPerSecond", +block.maxTcpSessionInitiationsPerSecond},
+          {"maxTcpSessionTerminationsPerSecond", +block.maxTcpSessionTerminationsPerSecond},
+          {"totalTcpSessionRequestsFailed", +block.totalTcpSessionRequestsFailed},
+          {"totalTcpSessionsTimedOut", +block.totalTcpSessionsTimedOut},
+          {"totalTcpSegmentsBadChecksum", +block.totalTcpSegmentsBadChecksum}};
+}
+
+Json taskTable(const int32_t (&pids)[SHM_TASKS]) {
+  constexpr const char* kTasks[SHM_TASKS] = {"snmpd", "httpd", "statsd", "sshd", "kestrove", "miscMonitor", "monitor"};
+  Json tasks = Json::array();
+  for (int i = 0; i < SHM_TASKS; ++i) {
+    tasks.push_back({{"task", i}, {"name", kTasks[i]}, {"pid", +pids[i]}, {"process", processLife(pids[i])}});
+  }
+  return tasks;
+}
+
+uint32_t protocolNumber(const std::string& text) { return numberOf(kProtocols, text, "protocol"); }
+uint32_t ruleStatusNumber(const std::string& text) { return numberOf(kRuleStatus, text, "status"); }
+
+const char* processLife(int pid) {
+  if (pid <= 0) return "none";
+  return kill(pid, 0) == 0 || errno == EPERM ? "alive" : "dead";
+}
+
+}  // namespace ctl

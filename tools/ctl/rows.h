@@ -1,0 +1,26 @@
+// The records of the store as JSON rows, for the list commands and the dump alike.
+#pragma once
+
+#include "kestrove/layout.h"
+#include "tools/ctl/session.h"
+
+namespace ctl {
+
+Json userRow(const UserAccount& account);
+Json ruleRow(int position, const FilterRule& rule);
+Json managementRow(const ManagementAddress& entry);
+Json address6Row(const Ip6Address& entry);
+Json routeRow(const RouteEntry& route);
+Json route6Row(const Route6Entry& route);
+Json qosTable(const QosRow (&rows)[SHM_QOS_ROWS]);
+Json interfaceCounterRow(const char* name, const InterfaceCounters& counters);
+Json statisticsObject(const StatisticsBlock& block);
+Json taskTable(const int32_t (&pids)[SHM_TASKS]);
+
+// Numbers by name where a command takes names: "any", "tcp", "udp"; "invalid", "nis", "active"; the ports.
+uint32_t protocolNumber(const std::string& text);
+uint32_t ruleStatusNumber(const std::string& text);
+
+const char* processLife(int pid);  // "none", "alive" or "dead"
+
+}  // namespace ctl
