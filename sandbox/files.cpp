@@ -1,10 +1,14 @@
 #include "sandbox/files.h"
 
+#include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <sys/mount.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <memory>
 
 #include "sandbox/report.h"
 #include "sys/descriptor.h"
@@ -27,6 +31,16 @@ std::string folderOf(const std::string& path) {
 }
 
 std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+std::vector<std::string> namesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(folder.c_str()), closedir);
+  while (const dirent* entry = stream ? readdir(stream.get()) : nullptr) {
+    std::string name = entry->d_name;
+    if (name != "." && name != "..") names.push_back(name);
+  }
+  return names;
+}
 
 bool isBelow(const std::string& path, const std::string& folder) {
   return path == folder || path.starts_with(folder == "/" ? folder : folder + "/");
@@ -58,6 +72,12 @@ bool copyFile(const std::string& from, const std::string& to, mode_t mode) {
 void link(const std::string& target, const std::string& path) {
   unlink(path.c_str());
   if (symlink(target.c_str(), path.c_str()) == -1) giveUp("cannot link %s: %m", path.c_str());
+}
+
+void bind(const std::string& from, const std::string& to) {
+  if (mount(from.c_str(), to.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == -1) {
+    giveUp("cannot mount %s: %m", from.c_str());
+  }
 }
 
 }  // namespace kestrove::sandbox

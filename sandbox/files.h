@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <vector>
 
 namespace kestrove::sandbox {
 
@@ -12,6 +13,9 @@ bool isFolder(const std::string& path);
 std::string folderOf(const std::string& path);
 std::string nameOf(const std::string& path);
 
+// What a folder holds, without "." and ".."; nothing when it cannot be read.
+std::vector<std::string> namesIn(const std::string& folder);
+
 // True when path is folder or lies below it.
 bool isBelow(const std::string& path, const std::string& folder);
 
@@ -19,5 +23,8 @@ void makeFolder(const std::string& path, mode_t mode);  // an existing one is le
 void writeText(const std::string& path, const std::string& text, mode_t mode);
 bool copyFile(const std::string& from, const std::string& to, mode_t mode);  // false when `from` cannot be read
 void link(const std::string& target, const std::string& path);               // a symbolic link, replacing a file
+
+// Shows a file or folder, with all that is mounted below it, at a second place, which exists.
+void bind(const std::string& from, const std::string& to);
 
 }  // namespace kestrove::sandbox

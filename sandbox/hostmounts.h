@@ -1,10 +1,12 @@
-// The machine's other file systems.
+// The machine's file systems, as they are mounted before the appliance's root is built.
 #pragma once
+
+#include <string>
+#include <vector>
 
 namespace kestrove::sandbox {
 
-// Every file system mounted below the machine's root stays visible at its place, read-only. What the appliance has of
-// its own (/proc, /sys, /dev, /run, /tmp) is left out.
-void mountHostFileSystems();
+// The mount points below /, parents first, without what the appliance has of its own.
+std::vector<std::string> hostMounts();
 
 }  // namespace kestrove::sandbox

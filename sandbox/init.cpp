@@ -15,8 +15,8 @@
 
 #include <string>
 
+#include "sandbox/appliance.h"
 #include "sandbox/collector.h"
-#include "sandbox/layer.h"
 #include "sandbox/ports.h"
 #include "sandbox/privileges.h"
 #include "sandbox/report.h"
@@ -60,7 +60,15 @@ int blockSignals() {
   return signalfd(-1, &children, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
+// A shell at a terminal wants to be in the foreground of a group that it can see.
+void takeTerminal() {
+  if (tcgetpgrp(STDIN_FILENO) == -1) return;
+  setpgid(0, 0);
+  tcsetpgrp(STDIN_FILENO, getpid());
+}
+
 [[noreturn]] void becomeCommand(char** command) {
+  takeTerminal();
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);

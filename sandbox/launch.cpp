@@ -49,7 +49,12 @@ void enterNamespaces() {
 // Interrupts from a terminal reach the command by themselves; what asks the launcher to end ends the appliance, since
 // process 1 dies with its launcher.
 void ignoreInterrupts() {
-  for (int number : {SIGINT, SIGQUIT}) signal(number, SIG_IGN);
+  for (int number : {SIGINT, SIGQUIT, SIGTTOU}) signal(number, SIG_IGN);
+}
+
+// The command had the terminal for itself.
+void takeTerminalBack() {
+  if (isatty(STDIN_FILENO)) tcsetpgrp(STDIN_FILENO, getpgrp());
 }
 
 int waitFor(pid_t init) {
@@ -73,7 +78,9 @@ int launch(const Options& options) {
     runInit(options, alive[0]);
   }
   ignoreInterrupts();
-  return waitFor(init);
+  int status = waitFor(init);
+  takeTerminalBack();
+  return status;
 }
 
 }  // namespace kestrove::sandbox

@@ -8,7 +8,9 @@ namespace kestrove::sandbox {
 struct Options {
   bool record = false;
   bool ports = true;
+  bool overlay = true;
   std::string state;         // absolute, empty without --state
+  std::string shared;        // absolute, empty without --share
   char** command = nullptr;  // ended by a null pointer
 };
 

@@ -3,10 +3,10 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/auxv.h>
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
@@ -23,10 +23,11 @@ namespace {
 
 constexpr int kCannotRun = 126;
 
-// The file that was started: the first argument may say anything.
-std::string programName(const char* fallback) {
-  const auto* path = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
-  std::string file = path ? path : fallback;
+// The file that runs: the first argument may say anything, and for a script it is the script's.
+std::string programName() {
+  char path[PATH_MAX];
+  ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+  std::string file(path, length > 0 ? static_cast<size_t>(length) : 0);
   return file.substr(file.rfind('/') + 1);
 }
 
@@ -119,7 +120,7 @@ void runReal(const std::string& name, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::string name = programName(argc > 0 ? argv[0] : "");
+  const std::string name = programName();
   if (name == "sh") {
     noteShell(argc, argv);
     runReal(name, argv);

@@ -1,82 +1,70 @@
 #include "sandbox/root.h"
 
-#include <linux/mount.h>
+#include <stdlib.h>
+#include <string.h>
 #include <sys/mount.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <string>
+
+#include "sandbox/devices.h"
 #include "sandbox/files.h"
-#include "sandbox/hostmounts.h"
+#include "sandbox/layers.h"
 #include "sandbox/report.h"
 #include "sandbox/stage.h"
 
 namespace kestrove::sandbox {
 namespace {
 
-constexpr const char* kDevices[] = {"null", "zero", "full", "random", "urandom", "tty"};
-
-struct Link {
-  const char* target;
-  const char* path;
-};
-constexpr Link kDeviceLinks[] = {
-    {"/proc/self/fd", "/dev/fd"},       {"/proc/self/fd/0", "/dev/stdin"}, {"/proc/self/fd/1", "/dev/stdout"},
-    {"/proc/self/fd/2", "/dev/stderr"}, {"pts/ptmx", "/dev/ptmx"},
-};
+constexpr unsigned long kKernelFlags = MS_NOSUID | MS_NODEV | MS_NOEXEC;
 
 // The kernel's switches outside the network are the machine's own, whoever is root here.
-constexpr const char* kReadOnly[] = {"/proc/sys", "/proc/sysrq-trigger", "/proc/irq", "/proc/bus"};
+constexpr const char* kReadOnly[] = {"/proc/sys", "/proc/sysrq-trigger", "/proc/irq", "/proc/bus", "/sys"};
 constexpr const char* kStillWritable = "/proc/sys/net";
 
-void bind(const std::string& from, const std::string& to, unsigned long flags = 0) {
-  if (mount(from.c_str(), to.c_str(), nullptr, MS_BIND | flags, nullptr) == -1) {
-    giveUp("cannot mount %s: %m", from.c_str());
-  }
-}
-
-void mountOverlay() {
-  const std::string layers = "lowerdir=/,upperdir=" + kUpper + ",workdir=" + kStage + "/work";
-  for (const char* extra : {"", ",userxattr"}) {
-    if (mount("kestrove", kRoot.c_str(), "overlay", 0, (layers + extra).c_str()) == 0) return;
-  }
-  giveUp("no overlay file system: %m");
-}
-
-void mountDevices() {
-  for (const char* device : kDevices) {
-    std::string node = kStage + "/dev/" + device;
-    writeText(node, "", 0666);
-    bind("/dev/" + nameOf(device), node);
-  }
-  for (const Link& row : kDeviceLinks) link(row.target, kStage + row.path);
-  for (const char* folder : {"/dev/pts", "/dev/shm"}) makeFolder(kStage + folder, 0755);
-  chmod((kStage + "/dev/shm").c_str(), 01777);
-  std::string terminals = kStage + "/dev/pts";
-  if (mount("devpts", terminals.c_str(), "devpts", MS_NOSUID | MS_NOEXEC, "newinstance,ptmxmode=0666,mode=0620") ==
-      -1) {
-    giveUp("no terminals: %m");
+void makeReadOnly(const std::string& path) {
+  if (!exists(path)) return;
+  bind(path, path);
+  if (mount(nullptr, path.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY | kKernelFlags, nullptr) == -1) {
+    giveUp("cannot make %s read-only: %m", path.c_str());
   }
 }
 
 void mountKernel() {
-  if (mount("proc", (kRoot + "/proc").c_str(), "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr) == -1) {
+  if (mount("proc", (kRoot + "/proc").c_str(), "proc", kKernelFlags, nullptr) == -1) {
     giveUp("no /proc of our own: %m");
   }
-  bind(kRoot + kStillWritable, kRoot + kStillWritable);
-  for (const char* path : kReadOnly) {
-    std::string target = kRoot + path;
-    if (!exists(target)) continue;
-    bind(target, target, MS_REC);
-    mount(nullptr, target.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY | MS_NOSUID | MS_NODEV | MS_NOEXEC,
-          nullptr);
-  }
   // A machine that hides parts of its own /sys gives no second one; nothing of the appliance depends on it.
-  mount("sysfs", (kRoot + "/sys").c_str(), "sysfs", MS_RDONLY | MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr);
+  mount("sysfs", (kRoot + "/sys").c_str(), "sysfs", kKernelFlags, nullptr);
+  bind(kRoot + kStillWritable, kRoot + kStillWritable);
+  for (const char* path : kReadOnly) makeReadOnly(kRoot + path);
 }
 
-void mountOwnFolders() {
-  for (const char* folder : {"/run", "/tmp", "/dev"}) bind(kStage + folder, kRoot + folder, MS_REC);
+// A build below /tmp or /run would be covered by the appliance's own: its topmost folder stays visible, read-only.
+void showCovered(const std::string& path) {
+  for (const char* own : {"/tmp/", "/run/"}) {
+    if (!path.starts_with(own)) continue;
+    const std::string top = path.substr(0, path.find('/', strlen(own)));
+    if (!isFolder(top) || exists(kStage + top)) return;
+    makeFolder(kStage + top, 0755);
+    bind(top, kStage + top);
+    makeReadOnly(kStage + top);
+  }
+}
+
+std::string realPath(const char* path) {
+  char* real = realpath(path, nullptr);
+  std::string result = real ? real : "";
+  free(real);
+  return result;
+}
+
+void mountOwnFolders(const Options& options) {
+  for (const char* needed : {".", "/proc/self/exe", const_cast<const char*>(options.command[0])}) {
+    showCovered(realPath(needed));
+  }
+  for (const char* folder : {"/run", "/tmp", "/dev"}) bind(kStage + folder, kRoot + folder);
 }
 
 void mountState(const std::string& state) {
@@ -87,14 +75,20 @@ void mountState(const std::string& state) {
   bind(state + "/log", kRoot + "/var/log/kestrove");
 }
 
+void mountShared(const std::string& folder) {
+  if (folder.empty()) return;
+  showCovered(folder);
+  bind(folder, kRoot + folder);
+}
+
 }  // namespace
 
 void mountRoot(const Options& options) {
-  mountOverlay();
-  mountDevices();
-  mountOwnFolders();
-  mountHostFileSystems();
+  mountLayers(options.overlay);
+  makeDevices();
+  mountOwnFolders(options);
   mountState(options.state);
+  mountShared(options.shared);
   mountKernel();
 }
 

@@ -10,7 +10,7 @@
 namespace kestrove::sandbox {
 namespace {
 
-constexpr const char* kOwnFolders[] = {"/run", "/tmp", "/dev"};
+constexpr const char* kOwnFolders[] = {"/run", "/tmp", "/dev", "/proc", "/sys"};
 
 std::string realPath(const std::string& path) {
   char* real = realpath(path.c_str(), nullptr);
@@ -20,9 +20,7 @@ std::string realPath(const std::string& path) {
 }
 
 std::string onStage(const std::string& real) {
-  for (const char* own : kOwnFolders) {
-    if (isBelow(real, own)) return kStage + real;
-  }
+  if (isOwn(real)) return kStage + real;
   return real == "/" ? kUpper : kUpper + real;
 }
 
@@ -50,9 +48,17 @@ void makeStaged(const std::string& real, mode_t mode) {
 
 }  // namespace
 
+bool isOwn(const std::string& path) {
+  for (const char* own : kOwnFolders) {
+    if (isBelow(path, own)) return true;
+  }
+  return false;
+}
+
 void makeStage() {
   if (mount("kestrove", kStage.c_str(), "tmpfs", 0, "mode=0755") == -1) giveUp("no memory file system: %m");
   for (const char* folder : {"/upper", "/work", "/root", "/run", "/dev", "/tmp"}) makeFolder(kStage + folder, 0755);
+  if (mount(kRoot.c_str(), kRoot.c_str(), nullptr, MS_BIND, nullptr) == -1) giveUp("cannot make a root: %m");
   chmod((kStage + "/tmp").c_str(), 01777);
 }
 

@@ -1,7 +1,7 @@
 // The appliance's root while it is being built.
 //
-// One memory file system holds everything that the appliance may write: `upper` lies over the machine's root file
-// system, and /run, /tmp and /dev are the appliance's alone. Files are laid into it before it is mounted, which is far
+// One memory file system holds everything that the appliance may write: `upper` lies over the machine's folders,
+// and /run, /tmp and /dev are the appliance's alone. Files are laid into it before it is mounted, which is far
 // quicker than writing through the finished root.
 #pragma once
 
@@ -20,6 +20,9 @@ inline const std::string kRoot = kStage + "/root";
 inline const std::string kMarkers = "/run/kestrove";
 
 void makeStage();
+
+// True for what the appliance has apart from the machine: /proc, /sys, /dev, /run and /tmp with all below them.
+bool isOwn(const std::string& path);
 
 // The place on the stage of a path of the appliance. Folders on the way that are links on the machine are followed,
 // missing ones are made, with the machine's mode where the machine has them.

@@ -59,6 +59,8 @@ constexpr Tool kTools[] = {
     {"/sbin/shutdown", Use::kNever},
 };
 
+constexpr const char* kBuilt[] = {"/bin/shm-init", "/bin/kestrovectl", "/bin/kestrove-sim"};
+
 constexpr const char* kMachinePaths[] = {"/usr/local/sbin/", "/usr/local/bin/", "/usr/sbin/",
                                          "/usr/bin/",        "/sbin/",          "/bin/"};
 
@@ -78,7 +80,8 @@ std::string machineProgram(const Tool& tool) {
 
 class ToolLayer {
  public:
-  ToolLayer(const std::string& recorder, bool record) : record_(record), recorder_(place(kMarkers + "/recorder")) {
+  ToolLayer(const std::string& home, bool record) : record_(record), recorder_(place(kMarkers + "/recorder")) {
+    const std::string recorder = home + "/kestrove-recorder";
     if (!copyFile(recorder, recorder_, 0755)) giveUp("the recorder %s: %m", recorder.c_str());
     real_ = placeFolder(kMarkers + "/real");
   }
@@ -115,10 +118,19 @@ class ToolLayer {
   std::string real_;
 };
 
+// The project's own programs, where this build has them.
+void layBuilt(const std::string& folder) {
+  for (const char* program : kBuilt) {
+    const std::string built = folder + "/" + nameOf(program);
+    if (access(built.c_str(), X_OK) == 0) link(built, place(program));
+  }
+}
+
 }  // namespace
 
-void layTools(const std::string& recorder, bool record) {
-  ToolLayer layer(recorder, record);
+void layTools(const std::string& home, bool record) {
+  layBuilt(folderOf(home) + "/tools");
+  ToolLayer layer(home, record);
   for (const Tool& tool : kTools) layer.lay(tool);
 }
 

@@ -6,6 +6,7 @@
 namespace kestrove::sandbox {
 
 // Puts a program at every path by which the appliance calls one: the machine's, the image's or the recorder.
-void layTools(const std::string& recorder, bool record);
+// `home` is the launcher's folder, with the recorder in it and the project's programs beside it.
+void layTools(const std::string& home, bool record);
 
 }  // namespace kestrove::sandbox

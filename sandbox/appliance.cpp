@@ -1,11 +1,9 @@
-#include "sandbox/layer.h"
+#include "sandbox/appliance.h"
 
-#include <dirent.h>
 #include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <memory>
 #include <string>
 
 #include "sandbox/files.h"
@@ -45,6 +43,9 @@ constexpr Folder kFolders[] = {
 // belongs to the machine's, even in an overlay.
 constexpr const char* kOwnCopies[] = {"/etc/passwd", "/etc/group", "/etc/hosts", "/etc/resolv.conf"};
 
+// What the machine keeps from an ordinary user begins empty.
+constexpr const char* kEmptyFiles[] = {"/etc/.pwd.lock"};
+
 std::string ownFolder() {
   char path[PATH_MAX];
   ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
@@ -54,11 +55,7 @@ std::string ownFolder() {
 
 // The scripts of the image lie below its folder as they lie below the appliance's root.
 void layImage(const std::string& from, const std::string& to) {
-  std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(from.c_str()), closedir);
-  if (!folder) giveUp("the appliance's image %s: %m", from.c_str());
-  while (const dirent* entry = readdir(folder.get())) {
-    std::string name = entry->d_name;
-    if (name == "." || name == "..") continue;
+  for (const std::string& name : namesIn(from)) {
     std::string source = from + "/" + name;
     if (isFolder(source)) {
       layImage(source, to + "/" + name);
@@ -84,10 +81,11 @@ void layMarkers() {
 void layAppliance(const Options& options) {
   for (const Folder& folder : kFolders) placeFolder(folder.path, folder.mode);
   for (const char* path : kOwnCopies) copyFile(path, place(path), 0644);
+  for (const char* path : kEmptyFiles) writeText(place(path), "", 0600);
   layMarkers();
   const std::string home = ownFolder();
   layImage(home + "/image", "");
-  layTools(home + "/kestrove-recorder", options.record);
+  layTools(home, options.record);
 }
 
 }  // namespace kestrove::sandbox

@@ -1,0 +1,4 @@
+#!/bin/sh
+# Gives the SNMP server the addresses at which it may be reached: the arguments, one to a line.
+
+printf '%s\n' "$@" > /var/etc/snmpd.addresses
