@@ -1,0 +1,103 @@
+#include "config/actions.h"
+
+#include <string.h>
+
+#include "config/values.h"
+#include "kestrove/management.h"
+#include "kestrove/segment.h"
+#include "kestrove/text.h"
+
+namespace kestrove {
+namespace {
+
+constexpr uint8_t kTcpCongestion = 3;
+constexpr int32_t kHighestProduct = 10;
+
+constexpr char kDdupSeparators[] = " \t+,-";
+constexpr uint32_t kDdupDisabled = 255;
+
+struct DdupWord {
+  std::string_view word;
+  uint32_t set;
+  uint32_t clear;
+};
+
+// The two LZ methods exclude each other, the last one named wins.
+constexpr DdupWord kDdupWords[] = {{"LZ", 1, 2}, {"LZP", 2, 1}, {"DDUP", 4, 0}, {"XHDR", 8, 0}};
+
+const DdupWord* findDdupWord(std::string_view word) {
+  for (const DdupWord& row : kDdupWords) {
+    if (row.word == word) return &row;
+  }
+  return nullptr;
+}
+
+// A first word NULL or DISABLED decides as soon as a word is met that is no method: at once, as it is none itself.
+uint32_t ddupMode(char* value) {
+  uint32_t mode = 0;
+  char* rest = nullptr;
+  const char* first = strtok_r(value, kDdupSeparators, &rest);
+  for (const char* word = first; word; word = strtok_r(nullptr, kDdupSeparators, &rest)) {
+    const DdupWord* row = findDdupWord(word);
+    if (row) {
+      mode = (mode | row->set) & ~row->clear;
+    } else if (strcmp(first, "NULL") == 0) {
+      return 0;
+    } else if (strcmp(first, "DISABLED") == 0) {
+      return kDdupDisabled;
+    }
+  }
+  return mode;
+}
+
+// Fills one half of the management entry that the two bridge keywords share. Once both halves are there every further
+// line of either adds the entry again, and the table refuses what it has.
+void readBridgeHalf(char* value, uint32_t* half, uint32_t* field) {
+  constexpr uint32_t kIpv4 = 4;
+  constexpr int32_t kBridge = 4;
+  readAddress(value, half);
+  if (manAddrEnt.address != 0 && manAddrEnt.mask != 0) {
+    manAddrEnt.ipVersion = kIpv4;
+    manAddrEnt.interfaceKind = kBridge;
+    addManagementAddr(&manAddrEnt);
+  }
+  readAddress(value, field);
+}
+
+}  // namespace
+
+void readLanCongestionFlag(const ConfigLine&) { shm->config.lanCongestionControl = kTcpCongestion; }
+
+void readDdupMode(const ConfigLine& line) { shm->config.ddupOperState = ddupMode(line.value); }
+
+void readProductId(const ConfigLine& line) {
+  int32_t product = numberOf(line.value);
+  shm->config.productId = product >= 1 && product <= kHighestProduct ? static_cast<uint32_t>(product) : 0;
+}
+
+void readBridgeAddress(const ConfigLine& line) {
+  readBridgeHalf(line.value, &manAddrEnt.address, &shm->config.managementAddress);
+}
+
+void readBridgeMask(const ConfigLine& line) {
+  readBridgeHalf(line.value, &manAddrEnt.mask, &shm->config.managementAddressMask);
+}
+
+void applyCifs() {
+  if (shm->config.cifsOperState == SHM_ON) shm->config.cifsConfigured = 1;
+}
+
+void applyWebCache() {
+  if (shm->config.webCacheOperState == SHM_ON) shm->config.cifsConfigured = 1;
+  applyResolver();
+}
+
+void applyResolver() {
+  if (shm->config.webCacheOperState == SHM_ON) {
+    changeDnsServerIp(shm->config.dnsAddress);
+  } else {
+    removeResolvConf();
+  }
+}
+
+}  // namespace kestrove

@@ -1,0 +1,80 @@
+#include <errno.h>
+#include <fcntl.h>
+#include <syslog.h>
+
+#include "config/reader.h"
+#include "config/writer.h"
+#include "kestrove/persistence.h"
+#include "store/fail.h"
+#include "store/lock.h"
+#include "store/mode.h"
+#include "store/text.h"
+#include "sys/descriptor.h"
+#include "sys/replace.h"
+
+namespace kestrove {
+namespace {
+
+// Rows that are loaded are only stored: no save into the file that is being read, no event, no kernel change, no
+// signal.
+class LoadingMode {
+ public:
+  LoadingMode() : before_(shm->operationalState) { shm->operationalState = SHM_STATE_CONFIGURATION; }
+  ~LoadingMode() { shm->operationalState = before_; }
+  LoadingMode(const LoadingMode&) = delete;
+  LoadingMode& operator=(const LoadingMode&) = delete;
+
+ private:
+  uint32_t before_;
+};
+
+// The file that was there stands when this fails.
+int reportLostSave(const char* path, int result) {
+  int error = errno;
+  syslog(LOG_ERR, "Error writing %s: %m", path);
+  errno = error;
+  return result == 0 ? 0 : fail(SHM_EIO);
+}
+
+int replaceConfigFile() {
+  char path[sizeof shm->config.configFileName + 1];
+  copyField(path, sizeof path, shm->config.configFileName);
+  sys::Replacement file(path);
+  if (!file) return fail(SHM_ESYSTEM);
+  sys::TextWriter out(file);
+  int result = writeConfigFile(out);
+  if (result != 0 || !out.flush() || !file.commit()) return reportLostSave(path, result);
+  return 0;
+}
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int load_shared_memory(const char* path, ...) {
+  if (!path) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  sys::Descriptor file(open(path, O_RDONLY | O_CLOEXEC));
+  if (!file) {
+    int error = errno;
+    syslog(LOG_ERR, "Error opening %s: %m", path);
+    return error == ENOENT ? -2 : -1;
+  }
+  LoadingMode mode;
+  if (!readConfigFile(path, file.get())) shm_errno = SHM_ESYSTEM;
+  return 0;
+}
+
+int write_shared_memory(void) {
+  StoreLock lock;
+  if (!lock) return -1;
+  return replaceConfigFile();
+}
+
+int save_shared_memory(void) {
+  StoreLock lock;
+  if (!lock) return -1;
+  return configurationMode() ? 0 : replaceConfigFile();
+}

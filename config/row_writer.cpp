@@ -1,0 +1,119 @@
+#include "config/row_writer.h"
+
+#include "config/line_writer.h"
+#include "config/values.h"
+#include "kestrove/segment.h"
+#include "store/bounds.h"
+#include "store/slots.h"
+#include "store/text.h"
+
+namespace kestrove {
+namespace {
+
+constexpr uint32_t kAnyFamily = 1;
+constexpr uint32_t kIpv6 = 6;
+
+constexpr std::string_view kRuleKeyword6 = "SELEC_ACCEL_V6";
+constexpr std::string_view kRuleKeywordAny = "SELEC_ACCEL_ANY";
+
+std::string_view targetWord(int32_t target) { return target == 0 ? "DROP" : target == -1 ? "BRIDGE" : "NONE"; }
+
+// A dropping or bridging rule has its priority negated, so that the row carries the target twice: kept on purpose.
+int32_t priorityColumn(const FilterRule& rule) {
+  if (rule.target != 0 && rule.target != -1) return rule.priority;
+  return static_cast<int32_t>(0 - static_cast<uint32_t>(rule.priority));
+}
+
+// No blank between the last port and the priority: part of the format.
+void finishRule(LineWriter& line, const FilterRule& rule) {
+  line.number<9>(rule.proto).number<9>(rule.srcPort).number<9>(rule.srcPortEnd);
+  line.number<9>(rule.destPort).number<9>(rule.destPortEnd).adjacent<9>(priorityColumn(rule));
+  line.textRight<6>(targetWord(rule.target));
+  line.number<9>(rule.bandwidth).number<9>(rule.accel).number<9>(rule.ruleAction).end();
+}
+
+void writeRule4(LineWriter line, const FilterRule& rule) {
+  line.quad<16>(rule.srcAddr).quad<16>(rule.srcMask).quad<16>(rule.dstAddr).quad<16>(rule.dstMask);
+  finishRule(line, rule);
+}
+
+void writeRule6(LineWriter line, const FilterRule& rule) {
+  line.address6<40>(rule.srcAddr6).number(rule.srcPrefixLen6);
+  line.address6<40>(rule.dstAddr6).number(rule.dstPrefixLen6);
+  finishRule(line, rule);
+}
+
+void writeRuleAny(LineWriter line, const FilterRule& rule) { finishRule(line, rule); }
+
+// The keyword follows the rule's family; whatever is neither 6 nor any is written as IPv4.
+void writeRule(std::string_view keyword, const FilterRule& rule, sys::TextWriter& out) {
+  switch (rule.ipVersion) {
+    case kIpv6: return writeRule6({out, kRuleKeyword6}, rule);
+    case kAnyFamily: return writeRuleAny({out, kRuleKeywordAny}, rule);
+    default: return writeRule4({out, keyword}, rule);
+  }
+}
+
+void writeManagementAddress(LineWriter line, const ManagementAddress& entry) {
+  line.number(entry.ipVersion);
+  if (entry.ipVersion == kIpv6) {
+    line.address6<32>(entry.address6).number(entry.prefixLength6);
+  } else {
+    line.quad<16>(entry.address).quad<16>(entry.mask);
+  }
+  line.number(entry.interfaceKind).end();
+}
+
+}  // namespace
+
+bool writeUserAccounts(std::string_view keyword, sys::TextWriter& out) {
+  int32_t count = boundedCount(shm->config.userCount, SHM_USERS);
+  for (int32_t i = 0; i < count; ++i) {
+    const UserAccount& account = shm->config.users[i];
+    LineWriter line(out, keyword);
+    line.text<25>(fieldView(account.username)).number<12>(fileSwitch(account.superUser));
+    line.number<12>(account.lastLoginSeconds).number(account.lastPasswdChange).end();
+  }
+  return true;
+}
+
+bool writeIp6Addresses(std::string_view keyword, sys::TextWriter& out) {
+  int32_t count = ip6Entries(*shm);
+  for (int32_t i = 0; i < count; ++i) {
+    const Ip6Address& entry = shm->ip6Address[i];
+    LineWriter(out, keyword).address6<32>(entry.address).number(entry.prefixLength).end();
+  }
+  return true;
+}
+
+bool writeManagementAddresses(std::string_view keyword, sys::TextWriter& out) {
+  int32_t count = managementEntries(*shm);
+  for (int32_t i = 0; i < count; ++i) writeManagementAddress({out, keyword}, shm->managementAddress[i]);
+  return true;
+}
+
+bool writeRoutes(std::string_view keyword, sys::TextWriter& out) {
+  return eachInOrder(shm->routes.slot, shm->routes.head, [&](const RouteEntry& route) {
+    LineWriter line(out, keyword);
+    line.quad<18>(route.destination).quad<18>(route.netmask).quad<18>(route.gateway);
+    line.number<18>(route.status).emptyColumn().end();
+    return true;
+  });
+}
+
+bool writeRoutes6(std::string_view keyword, sys::TextWriter& out) {
+  return eachInOrder(shm->routes6.slot, shm->routes6.head6, [&](const Route6Entry& route) {
+    LineWriter line(out, keyword);
+    line.address6<32>(route.destination).number<3>(route.prefixLength).address6<32>(route.gateway);
+    line.number<18>(route.status).emptyColumn().end();
+    return true;
+  });
+}
+
+bool writeRules(std::string_view keyword, sys::TextWriter& out) {
+  int32_t count = boundedCount(shm->filterTable.ruleCount, SHM_RULES);
+  for (int32_t i = 0; i < count - 1 && out.good(); ++i) writeRule(keyword, shm->filterTable.rule[i], out);
+  return out.good();
+}
+
+}  // namespace kestrove

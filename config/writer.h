@@ -1,0 +1,12 @@
+// The configuration file of the store.
+#pragma once
+
+#include "sys/text_writer.h"
+
+namespace kestrove {
+
+// Writes every line in its fixed order. 0 whatever the writing does, except -1 when it failed among the rules. The
+// store is attached and locked.
+int writeConfigFile(sys::TextWriter& out);
+
+}  // namespace kestrove

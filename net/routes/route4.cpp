@@ -1,0 +1,100 @@
+#include "kestrove/routes.h"
+#include "kestrove/text.h"
+#include "net/routes/operations.h"
+#include "net/routes/sorted_list.h"
+#include "store/bounds.h"
+#include "store/segment.h"
+
+namespace kestrove {
+namespace {
+
+constexpr uint32_t kIpv4 = 4;
+
+// Masks and addresses are compared as the words that lie in the store, so among equal masks the last byte of the
+// address counts most: kept on purpose, other programs walk the same list.
+struct Order4 {
+  using Record = RouteEntry;
+  static constexpr uint32_t kSlots = SHM_ROUTES;
+  static constexpr uint32_t kEmptyHead = 0;
+  static bool before(const RouteEntry& a, const RouteEntry& b) {
+    return a.netmask > b.netmask || (a.netmask == b.netmask && a.destination > b.destination);
+  }
+  static bool same(const RouteEntry& a, const RouteEntry& b) {
+    return a.netmask == b.netmask && a.destination == b.destination;
+  }
+};
+
+struct Routes4 {
+  using Record = RouteEntry;
+  using Given = const RouteEntry;
+  static constexpr uint32_t kSlots = SHM_ROUTES;
+  static SortedList<Order4> list() {
+    static uint32_t hint = SHM_NO_SLOT;
+    return {shm->routes.head, shm->routes.slot, hint};
+  }
+  static bool acceptable(const RouteEntry& route) { return validateNetmask(&route.netmask) == 0; }
+  static bool install(const RouteEntry& route) {
+    return v4AddressIsLocal(route.gateway) >= 0 && addKernelRoute(&route) >= 0;
+  }
+  static int uninstall(const RouteEntry& route) { return deleteKernelRoute(&route); }
+};
+
+RouteEntry keyOf(uint32_t destination, uint32_t netmask) {
+  RouteEntry key = {};
+  key.destination = destination;
+  key.netmask = netmask;
+  return key;
+}
+
+bool holds(const ManagementAddress& entry, uint32_t address) {
+  return entry.ipVersion == kIpv4 && (address & entry.mask) == (entry.address & entry.mask);
+}
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int addUserRoute(const RouteEntry* route) { return addRoute<Routes4>(route); }
+
+int replaceUserRoute(uint32_t oldDestination, uint32_t oldNetmask, const RouteEntry* route, uint32_t, const char*) {
+  return replaceRoute<Routes4>(keyOf(oldDestination, oldNetmask), route);
+}
+
+int deleteUserRoute(uint32_t destination, uint32_t netmask) {
+  return deleteRoute<Routes4>(keyOf(destination, netmask));
+}
+
+int getFirstRouteTableEntry(RouteEntry* out) { return getFirstRoute<Routes4>(out); }
+
+int getRouteTableEntry(uint32_t destination, uint32_t netmask, RouteEntry* out) {
+  return getRoute<Routes4>(keyOf(destination, netmask), out);
+}
+
+int getNextRouteTableEntry(uint32_t destination, uint32_t netmask, RouteEntry* out) {
+  return getNextRoute<Routes4>(keyOf(destination, netmask), out);
+}
+
+int freshenRouteTable(uint32_t, const char*) { return freshenRoutes<Routes4>(); }
+
+int addAllRoutes(void) {
+  StoreLock lock;
+  if (!lock) return -1;
+  RouteEntry* route = Routes4::list().first();
+  for (uint32_t step = 0; route && step < SHM_ROUTES; ++step) {
+    if (route->status != kRouteDisabled) {
+      deleteKernelRoute(route);
+      route->status = Routes4::install(*route) ? kRouteActive : kRouteInactive;
+    }
+    route = Routes4::list().next(*route);
+  }
+  return endOfWalk();
+}
+
+int v4AddressIsLocal(uint32_t address) {
+  if (!attachStore()) return -1;
+  for (int i = 0; i < managementEntries(*shm); ++i) {
+    if (holds(shm->managementAddress[i], address)) return i;
+  }
+  return -1;
+}

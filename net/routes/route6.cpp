@@ -1,0 +1,123 @@
+#include <string.h>
+
+#include "kestrove/ipv6.h"
+#include "net/routes/operations.h"
+#include "net/routes/sorted_list.h"
+#include "store/bounds.h"
+#include "store/interface_names.h"
+#include "store/segment.h"
+
+namespace kestrove {
+namespace {
+
+constexpr uint32_t kIpv6 = 6;
+
+// Unlike IPv4, the bytes of the address are compared in their natural order.
+struct Order6 {
+  using Record = Route6Entry;
+  static constexpr uint32_t kSlots = SHM_ROUTES6;
+  static constexpr uint32_t kEmptyHead = SHM_NO_SLOT;
+  static bool before(const Route6Entry& a, const Route6Entry& b) {
+    if (a.prefixLength != b.prefixLength) return a.prefixLength > b.prefixLength;
+    return memcmp(a.destination, b.destination, sizeof a.destination) > 0;
+  }
+  static bool same(const Route6Entry& a, const Route6Entry& b) {
+    return a.prefixLength == b.prefixLength && v6Match(a.destination, b.destination);
+  }
+};
+
+struct Routes6 {
+  using Record = Route6Entry;
+  using Given = Route6Entry;
+  static constexpr uint32_t kSlots = SHM_ROUTES6;
+  static SortedList<Order6> list() {
+    static uint32_t hint = SHM_NO_SLOT;
+    return {shm->routes6.head6, shm->routes6.slot, hint};
+  }
+  static bool acceptable(const Route6Entry&) { return true; }
+  // The name goes into the caller's record alone: the stored route keeps the one it was given.
+  static bool install(Route6Entry& route) { return gatewayIsLocal6(&route) == 1 && addKernelRoute6(&route) >= 0; }
+  static int uninstall(const Route6Entry& route) { return deleteKernelRoute6(&route); }
+};
+
+Route6Entry keyOf(const void* destination, uint32_t prefixLength) {
+  Route6Entry key = {};
+  memcpy(key.destination, destination, sizeof key.destination);
+  key.prefixLength = prefixLength;
+  return key;
+}
+
+bool holds(const ManagementAddress& entry, const uint8_t* address) {
+  uint8_t mask[16], ours[16], theirs[16];
+  convPrefixToMask(mask, static_cast<int>(entry.prefixLength6));
+  v6And(entry.address6, mask, ours);
+  v6And(address, mask, theirs);
+  return entry.ipVersion == kIpv6 && v6Match(ours, theirs);
+}
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int addUserRoute6(Route6Entry* route) { return addRoute<Routes6>(route); }
+
+int replaceUserRoute6(const void* oldDestination, uint32_t oldPrefixLength, Route6Entry* route, uint32_t, const char*) {
+  if (!oldDestination) return fail(SHM_EINVAL);
+  return replaceRoute<Routes6>(keyOf(oldDestination, oldPrefixLength), route);
+}
+
+int deleteUserRoute6(const void* destination16, uint32_t prefixLength) {
+  if (!destination16) return fail(SHM_EINVAL);
+  return deleteRoute<Routes6>(keyOf(destination16, prefixLength));
+}
+
+int getFirstRoute6TableEntry(Route6Entry* out) { return getFirstRoute<Routes6>(out); }
+
+int getRoute6TableEntry(const void* destination16, uint32_t prefixLength, Route6Entry* out) {
+  if (!destination16) return fail(SHM_EINVAL);
+  return getRoute<Routes6>(keyOf(destination16, prefixLength), out);
+}
+
+int getNextRoute6TableEntry(const void* destination16, uint32_t prefixLength, Route6Entry* out) {
+  if (!destination16) return fail(SHM_EINVAL);
+  return getNextRoute<Routes6>(keyOf(destination16, prefixLength), out);
+}
+
+int freshenRoute6Table(uint32_t, const char*) { return freshenRoutes<Routes6>(); }
+
+int gatewayIsLocal6(Route6Entry* route) {
+  if (!route) return fail(SHM_EINVAL);
+  if (!attachStore()) return 0;
+  for (int i = 0; i < managementEntries(*shm); ++i) {
+    const ManagementAddress& entry = shm->managementAddress[i];
+    if (!holds(entry, route->gateway)) continue;
+    InterfaceName name;
+    if (interfaceName(entry.interfaceKind, name)) memcpy(route->interfaceName, name.text, sizeof name.text);
+    return 1;
+  }
+  return 0;
+}
+
+void convPrefixToMask(void* mask16, int prefixLength) {
+  if (!mask16) return;
+  uint8_t* mask = static_cast<uint8_t*>(mask16);
+  memset(mask, 0, 16);
+  int whole = prefixLength / 8;
+  int rest = prefixLength - 8 * whole;
+  for (int i = 0; i < whole && i < 16; ++i) mask[i] = 255;
+  if (rest >= 1 && whole < 16) mask[whole] = static_cast<uint8_t>(255 << (8 - rest));
+}
+
+void v6And(const void* a16, const void* b16, void* out16) {
+  if (!a16 || !b16 || !out16) return;
+  const uint8_t* a = static_cast<const uint8_t*>(a16);
+  const uint8_t* b = static_cast<const uint8_t*>(b16);
+  uint8_t* out = static_cast<uint8_t*>(out16);
+  for (int i = 0; i < 16; ++i) out[i] = a[i] & b[i];
+}
+
+int v6Match(const void* a16, const void* b16) {
+  if (!a16 || !b16) return fail(SHM_EINVAL);
+  return memcmp(a16, b16, 16) == 0;
+}
