@@ -98,6 +98,7 @@ int runShell(const char* line, const char* caller) { return raiseUser(caller) ? 
 bool Word::plain() const {
   switch (kind_) {
     case Kind::kInterface: return plainInterface(text_);
+    case Kind::kName: return plainName(text_);
     case Kind::kAddress: return plainAddress(text_);
     case Kind::kPath: return plainPath(text_);
     case Kind::kPid: return plainPid(text_);

@@ -25,6 +25,7 @@ int runShell(const char* line, const char* caller = "callSystem");
 class Word {
  public:
   static Word interface(std::string_view name) { return {Kind::kInterface, name}; }
+  static Word name(std::string_view name) { return {Kind::kName, name}; }  // as interface, of any length
   static Word address(std::string_view text) { return {Kind::kAddress, text}; }
   static Word path(std::string_view path) { return {Kind::kPath, path}; }
   static Word pid(std::string_view pid) { return {Kind::kPid, pid}; }
@@ -36,7 +37,7 @@ class Word {
   bool appendTo(char*& position, const char* end) const;
 
  private:
-  enum class Kind { kInterface, kAddress, kPath, kPid, kFixed, kNumber };
+  enum class Kind { kInterface, kName, kAddress, kPath, kPid, kFixed, kNumber };
   Word(Kind kind, std::string_view text, long long value = 0) : kind_(kind), text_(text), value_(value) {}
 
   Kind kind_;

@@ -20,10 +20,11 @@ bool all(std::string_view text, Test test) {
 
 }  // namespace
 
-bool plainInterface(std::string_view name) {
-  return !name.empty() && name.size() <= kLongestInterface &&
-         all(name, [](char c) { return letter(c) || digit(c) || oneOf(c, "._-:@"); });
+bool plainName(std::string_view name) {
+  return !name.empty() && all(name, [](char c) { return letter(c) || digit(c) || oneOf(c, "._-:@"); });
 }
+
+bool plainInterface(std::string_view name) { return name.size() <= kLongestInterface && plainName(name); }
 
 bool plainAddress(std::string_view text) {
   return all(text, [](char c) { return hexadecimal(c) || oneOf(c, ".:/ "); });
