@@ -1,0 +1,23 @@
+// The table of user accounts, without the password file. To be used under the store lock.
+#pragma once
+
+#include <string_view>
+
+#include "kestrove/layout.h"
+#include "store/text.h"
+
+namespace kestrove {
+
+inline std::string_view accountName(const UserAccount& account) { return fieldView(account.username); }
+
+// The slot with exactly that name, -1 without one. All slots are searched, those behind the accounts in use too.
+int findAccount(std::string_view name);
+int findLastAccount(std::string_view name);
+
+// There must be room. The name fills its field without a terminator when it is 32 characters long.
+void appendAccount(const UserAccount& account);
+
+// Closes the gap that the account leaves.
+void dropAccount(int slot);
+
+}  // namespace kestrove

@@ -1,0 +1,98 @@
+// Adding and removing users, in the table and in the password file.
+#include "kestrove/persistence.h"
+#include "kestrove/users.h"
+#include "store/accounts.h"
+#include "store/fail.h"
+#include "store/lock.h"
+#include "store/mode.h"
+#include "users/login.h"
+#include "users/password_file.h"
+#include "users/password_hash.h"
+
+namespace kestrove {
+namespace {
+
+constexpr size_t kShortestName = 5;
+
+bool letterOrDigit(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); }
+
+int checkName(std::string_view name) {
+  for (char c : name) {
+    if (!letterOrDigit(c)) return fail(SHM_EINVAL);
+  }
+  return name.size() < kShortestName || name.size() == sizeof(UserAccount::username) ? fail(SHM_ERANGE) : 0;
+}
+
+// A failed save leaves the account where it is.
+void persist() {
+  if (!configurationMode()) save_shared_memory();
+}
+
+bool tableFull() { return static_cast<uint32_t>(shm->config.userCount) >= SHM_USERS; }
+
+// removeUser knows nobody who is not in the password file, so an account without a line is taken off by itself.
+void undoAdding(const char* name) {
+  if (removeUser(name) != 0) return;
+  StoreLock lock;
+  int slot = lock ? findLastAccount(name) : -1;
+  if (slot < 0) return;
+  dropAccount(slot);
+  persist();
+}
+
+struct AccountName {
+  explicit AccountName(const UserAccount& account) { copyField(text, sizeof text, account.username); }
+  char text[sizeof(UserAccount::username) + 1];
+};
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int shm_addUser(const UserAccount* account) {
+  if (!account) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  if (tableFull()) return fail(SHM_EFULL);
+  if (checkLogin(AccountName(*account).text, nullptr) == 1) return fail(SHM_EEXIST);
+  appendAccount(*account);
+  persist();
+  return 0;
+}
+
+int addUser(const UserAccount* account, const char* password) {
+  if (!account) return fail(SHM_EINVAL);
+  if (checkName(accountName(*account)) != 0 || shm_addUser(account) != 0) return -1;
+  AccountName name(*account);
+  if (!password) return 0;
+  if (validatePasswordComplexity(password, nullptr) == 0 && addPassword(name.text, password) == 0) return 0;
+  uint32_t code = shm_errno;
+  undoAdding(name.text);
+  return fail(static_cast<int>(code));
+}
+
+int addPassword(const char* name, const char* password) {
+  if (!name || !password) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  PasswordHash hash(password);
+  return hash ? appendPasswordLine(name, hash.text()) : fail(SHM_ESYSTEM);
+}
+
+int removeUser(const char* name) {
+  if (!name) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  int known = checkLogin(name, nullptr);
+  if (known != 1) return known;
+  int slot = findAccount(name);
+  if (slot < 0) {
+    shm_errno = SHM_ENOUSER;
+    return 0;
+  }
+  dropAccount(slot);
+  if (removePasswordLines(name) != 0) return -1;
+  persist();
+  return 1;
+}

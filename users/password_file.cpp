@@ -1,0 +1,86 @@
+#include "users/password_file.h"
+
+#include <pwd.h>
+#include <shadow.h>
+#include <stdio_ext.h>
+#include <stdlib.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include "store/fail.h"
+#include "sys/replace.h"
+#include "sys/stream.h"
+#include "users/kept_lines.h"
+
+namespace kestrove {
+namespace {
+
+constexpr char kPasswordFile[] = "/etc/passwd";
+
+// Keeps the system's own tools out. The work goes on without it: the appliance must be able to part with a user.
+class PasswordFileLock {
+ public:
+  PasswordFileLock() : held_(lckpwdf() == 0) {
+    if (!held_) syslog(LOG_WARNING, "%s cannot be locked: %m", kPasswordFile);
+  }
+  ~PasswordFileLock() {
+    if (held_) ulckpwdf();
+  }
+  PasswordFileLock(const PasswordFileLock&) = delete;
+  PasswordFileLock& operator=(const PasswordFileLock&) = delete;
+
+ private:
+  bool held_;
+};
+
+uid_t freeUserNumber() {
+  uid_t number = 0;
+  while (getpwuid(number)) number = static_cast<uid_t>(rand());
+  return number;
+}
+
+// An unfinished last line would swallow the new one.
+bool finishLastLine(FILE* file) {
+  if (fseeko(file, -1, SEEK_END) != 0) return true;  // an empty file
+  int last = fgetc(file);
+  if (fseeko(file, 0, SEEK_END) != 0) return false;
+  return last == '\n' || fputc('\n', file) != EOF;
+}
+
+bool append(FILE* file, const struct passwd& entry) {
+  if (fseeko(file, 0, SEEK_END) != 0) return false;
+  off_t size = ftello(file);
+  if (finishLastLine(file) && putpwent(&entry, file) == 0 && fflush(file) == 0) return true;
+  __fpurge(file);
+  if (ftruncate(fileno(file), size) != 0) syslog(LOG_ERR, "%s is left with part of a line: %m", kPasswordFile);
+  return false;
+}
+
+char* text(const char* constant) { return const_cast<char*>(constant); }  // struct passwd knows no const
+
+}  // namespace
+
+int appendPasswordLine(const char* name, const char* hash) {
+  struct passwd entry = {};
+  entry.pw_name = text(name);
+  entry.pw_passwd = text(hash);
+  entry.pw_uid = freeUserNumber();
+  entry.pw_gecos = text("");
+  entry.pw_dir = text("/root");
+  entry.pw_shell = text("/usr/bin/serialUi.sh");
+  PasswordFileLock lock;
+  sys::Stream file(fopen(kPasswordFile, "a+e"));
+  return file && append(file.get(), entry) ? 0 : fail(SHM_EOPEN);
+}
+
+int removePasswordLines(std::string_view name) {
+  PasswordFileLock lock;
+  KeptLines kept;
+  sys::Stream file(fopen(kPasswordFile, "re"));
+  if (!file || !kept.gather(file.get(), name)) return fail(SHM_EOPEN);
+  sys::Replacement replacement(kPasswordFile);
+  if (!replacement || !replacement.write(kept.data(), kept.size()) || !replacement.commit()) return fail(SHM_EOPEN);
+  return 0;
+}
+
+}  // namespace kestrove
