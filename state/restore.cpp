@@ -1,0 +1,71 @@
+#include <stdio.h>
+#include <syslog.h>
+
+#include "kestrove/events.h"
+#include "kestrove/state.h"
+#include "kestrove/system.h"
+#include "state/paths.h"
+#include "state/staging.h"
+#include "store/segment.h"
+#include "sys/command.h"
+
+namespace kestrove {
+namespace {
+
+using sys::Word;
+
+constexpr uint32_t kStateRestored = 40;
+constexpr char kUnpack[] = "/usr/bin/unzip -o -qq " STATE_DOCUMENTS "config*.zip -d " STATE_STAGING;
+constexpr size_t kLongestLine = 512;
+
+int failed(const char* line) {
+  syslog(LOG_ERR, "Failed: %s", line);
+  return -1;
+}
+
+int unpack() {
+  if (callSystem(kUnpack) != 0) return failed(kUnpack);
+  syslog(LOG_DEBUG, "%s", kUnpack);
+  return 0;
+}
+
+int copyBack(const char* copy, const char* path) {
+  if (sys::runLine(kCopy, {Word::path(copy), Word::path(path)}) == 0) return 0;
+  char line[kLongestLine];
+  snprintf(line, sizeof line, kCopy, copy, path);
+  return failed(line);
+}
+
+int copyAgentFileBack(const StateFile& file) {
+  if (exists(file.copy)) return copyBack(file.copy, file.path);
+  syslog(LOG_DEBUG, "%s missing", file.path);
+  return 0;
+}
+
+int putFilesBack() {
+  if (!exists(kConfigurationCopy)) return -1;
+  if (copyBack(kConfigurationCopy, ConfigurationPath().text()) != 0) return -1;
+  for (const StateFile& file : kAgentFiles) {
+    if (copyAgentFileBack(file) != 0) return -1;
+  }
+  return exists(kPasswordFile.copy) ? copyBack(kPasswordFile.copy, kPasswordFile.path) : -1;
+}
+
+void emptyStaging() {
+  if (callSystem(kEmptyStaging) != 0) failed(kEmptyStaging);
+  syslog(LOG_DEBUG, "%s", kEmptyStaging);
+}
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int loadSystemState(uint32_t source, const char* user) {
+  if (!attachStore()) return -1;
+  makeStaging();
+  if (unpack() != 0 || putFilesBack() != 0) return -1;
+  emptyStaging();
+  logEvent(kStateRestored, source, user);
+  return 0;
+}
