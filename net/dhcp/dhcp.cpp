@@ -1,0 +1,97 @@
+#include "kestrove/dhcp.h"
+
+#include <limits.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/times.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include "net/dhcp/lease.h"
+#include "store/fail.h"
+#include "sys/command.h"
+#include "sys/stream.h"
+
+namespace kestrove {
+namespace {
+
+using sys::Word;
+
+constexpr char kClient[] = "/sbin/dhcpcd";
+constexpr char kClientLine[] = "%s -t %d -L  %s";
+constexpr char kPidFile[] = "/var/run/dhcpcd-%.49s.pid";
+constexpr char kLeaseFile[] = "/var/lib/dhcpcd/dhcpcd-%.49s.info";
+constexpr size_t kPathSize = 128;
+constexpr size_t kPidLineSize = 120;
+constexpr size_t kClientLineSize = 1024;
+
+long ticksPerSecond = 0;
+
+// A client that still runs for the interface is stopped by the process id that it left.
+void stopStaleClient(const char* name) {
+  char path[kPathSize];
+  snprintf(path, sizeof path, kPidFile, name);
+  sys::Stream file(fopen(path, "re"));
+  char pid[kPidLineSize];
+  if (!file || !fgets(pid, sizeof pid, file.get())) return;
+  pid[strcspn(pid, "\n")] = '\0';
+  sys::runLine("kill %s", {Word::pid(pid)});
+}
+
+bool readTicks(clock_t& ticks, const char* format, const char* moment) {
+  struct tms unused;
+  ticks = times(&unused);
+  if (ticks != static_cast<clock_t>(-1)) return true;
+  syslog(LOG_ERR, format, moment);
+  return false;
+}
+
+// The tick counter may wrap.
+long elapsedSeconds(clock_t start, clock_t end) {
+  auto ticks = static_cast<long>(static_cast<unsigned long>(end) - static_cast<unsigned long>(start));
+  ticksPerSecond = sysconf(_SC_CLK_TCK);
+  if (ticksPerSecond < 0) syslog(LOG_ERR, "DHCP sysconf error\n");
+  return ticksPerSecond != 0 ? ticks / ticksPerSecond : 0;
+}
+
+int notAssigned() {
+  syslog(LOG_ERR, "DHCP err:  %s\n", "address NOT assigned");
+  return -1;
+}
+
+// A lease that cannot be read after a good run is logged and no more.
+void handLeaseOver(const char* name, DhcpCallback callback, uint32_t* kind) {
+  char path[kPathSize];
+  snprintf(path, sizeof path, kLeaseFile, name);
+  sys::Stream file(fopen(path, "re"));
+  if (!file) {
+    syslog(LOG_ERR, "DHCP file err %s\n", path);
+    return;
+  }
+  readLease(file.get(), callback, kind);
+}
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+// A lease that arrives only at the deadline counts as none.
+int dhcp_start(const char* name, int timeoutSeconds, DhcpCallback callback, uint32_t* kindOut) {
+  if (!name || !kindOut) return fail(SHM_EINVAL);
+  char line[kClientLineSize];
+  bool plain = sys::formatLine(line, sizeof line, kClientLine,
+                               {Word::fixed(kClient), Word::number(timeoutSeconds), Word::name(name)});
+  if (!plain) return notAssigned();
+  stopStaleClient(name);
+  clock_t start, end;
+  if (!readTicks(start, "DHCP time err %s\n", "start")) return -1;
+  int status = sys::runShell(line);
+  if (!readTicks(end, "DHCP time err:  %s\n", "end")) return -1;
+  if (status != 0) return notAssigned();
+  long seconds = elapsedSeconds(start, end);
+  printf("time_sec= %d;  timeout=%d \n ", static_cast<int>(seconds), timeoutSeconds);
+  if (seconds >= timeoutSeconds) return notAssigned();
+  handLeaseOver(name, callback, kindOut);
+  return 0;
+}
