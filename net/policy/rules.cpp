@@ -5,6 +5,7 @@
 #include "kestrove/engine.h"
 #include "kestrove/persistence.h"
 #include "net/policy/normalise.h"
+#include "store/bounds.h"
 #include "store/fail.h"
 #include "store/lock.h"
 #include "store/mode.h"
@@ -16,15 +17,8 @@ namespace {
 
 FilterRule* rules() { return shm->filterTable.rule; }
 
-// The number of rules to work on, whatever a damaged count says.
-int usedRules() {
-  int32_t count = shm->filterTable.ruleCount;
-  if (count < 0) return 0;
-  return count < SHM_RULES ? count : SHM_RULES;
-}
-
-bool inUse(int position) { return position >= 0 && position < usedRules(); }
-bool isDefaultRule(int position) { return position == usedRules() - 1; }
+bool inUse(int position) { return position >= 0 && position < ruleEntries(*shm); }
+bool isDefaultRule(int position) { return position == ruleEntries(*shm) - 1; }
 
 int checkEditable(int position) {
   if (!inUse(position)) return fail(SHM_EINVAL);
@@ -57,7 +51,7 @@ int insertRule(int position, FilterRule* rule) {
   clearOtherFamilies(*rule);
   if (!masksAreValid(*rule)) return fail(SHM_EMASK);
   if (!inUse(position)) return fail(SHM_EINVAL);
-  int count = usedRules();
+  int count = ruleEntries(*shm);
   if (count == SHM_RULES) return fail(SHM_EFULL);
   raiseBandwidth(*rule);
   reduceActiveRule(*rule);
@@ -107,7 +101,7 @@ int changeRule(int position, FilterRule* rule) {
 int deleteRule(int position) {
   StoreLock lock;
   if (!lock || checkEditable(position) != 0) return -1;
-  int left = usedRules() - 1;
+  int left = ruleEntries(*shm) - 1;
   shiftRules(position + 1, position, left - position);
   shm->filterTable.ruleCount = left;
   tellOfChange();
