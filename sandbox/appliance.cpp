@@ -2,6 +2,7 @@
 
 #include <limits.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <string>
@@ -17,26 +18,25 @@ namespace {
 struct Folder {
   const char* path;
   mode_t mode;
+  bool empty;  // whatever the machine has there stays out
 };
 
 constexpr Folder kFolders[] = {
-    {"/etc/config", 0755},
-    {"/etc/network", 0755},
-    {"/root", 0700},
-    {"/var/tmp", 01777},
-    {"/var/lock", 01777},
-    {"/var/log", 0755},
-    {"/var/log/kestrove", 0755},
-    {"/var/config", 0755},
-    {"/var/net-snmp", 0755},
-    {"/var/etc", 0755},
-    {"/var/etc/config", 0755},
-    {"/var/lib/dhcpcd", 0755},
-    {"/usr/local/apache2/htdocs", 0755},
-    {"/usr/local/apache2/logs", 0755},
-    {"/old_dir/var/log/kestrove", 0755},
-    {"/run/netns", 0755},
-    {"/run/kestrove/answers", 0777},
+    {"/etc/config", 0755, true},
+    {"/root", 0700, false},
+    {"/var/tmp", 01777, true},
+    {"/var/lock", 01777, true},
+    {"/var/log", 0755, false},
+    {"/var/log/kestrove", 0755, true},
+    {"/var/config", 0755, true},
+    {"/var/net-snmp", 0755, true},
+    {"/var/etc/config", 0755, true},
+    {"/var/lib/dhcpcd", 0755, true},
+    {"/usr/local/apache2/htdocs", 0755, true},
+    {"/usr/local/apache2/logs", 0755, true},
+    {"/old_dir/var/log/kestrove", 0755, true},
+    {"/run/netns", 0755, true},
+    {"/run/kestrove/answers", 0777, true},
 };
 
 // Files of the machine that the appliance rewrites. Copies, because an ordinary user's own root may not write what
@@ -45,6 +45,15 @@ constexpr const char* kOwnCopies[] = {"/etc/passwd", "/etc/group", "/etc/hosts",
 
 // What the machine keeps from an ordinary user begins empty.
 constexpr const char* kEmptyFiles[] = {"/etc/.pwd.lock"};
+
+void layFolder(const Folder& folder) {
+  const std::string staged = placeFolder(folder.path, folder.mode);
+  chmod(staged.c_str(), folder.mode);
+  if (!folder.empty) return;
+  // Which of the two an overlay heeds depends on who mounts it. A memory file system that keeps neither shows the
+  // machine's files, if there are any.
+  for (const char* mark : {"trusted.overlay.opaque", "user.overlay.opaque"}) setxattr(staged.c_str(), mark, "y", 1, 0);
+}
 
 std::string ownFolder() {
   char path[PATH_MAX];
@@ -79,7 +88,7 @@ void layMarkers() {
 }  // namespace
 
 void layAppliance(const Options& options) {
-  for (const Folder& folder : kFolders) placeFolder(folder.path, folder.mode);
+  for (const Folder& folder : kFolders) layFolder(folder);
   for (const char* path : kOwnCopies) copyFile(path, place(path), 0644);
   for (const char* path : kEmptyFiles) writeText(place(path), "", 0600);
   layMarkers();

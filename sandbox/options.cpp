@@ -21,32 +21,29 @@ constexpr char kHelp[] =
     "  --no-ports   no ports, a quicker start\n"
     "  --state DIR  keep /etc/config and /var/log/kestrove in DIR between runs\n"
     "  --share DIR  what the command changes in DIR is really changed, for measurements that are written there\n"
+    "  --bind PATH  show PATH, read-only, even where the appliance has its own files (/tmp, /run); may be repeated\n"
     "  --no-overlay as on a system that gives no overlay file system: most of the root is read-only, the start slower\n"
     "  --help       this text\n"
     "\n"
     "The exit status is the command's, 128 and the signal's number when it was killed, 125 when the sandbox could not\n"
     "be made, 126 when the command cannot be run and 127 when it is not found.\n";
 
-enum Choice { kReal = 1, kRecord, kPorts, kNoPorts, kState, kShare, kNoOverlay, kHelpWanted };
+enum Choice { kReal = 1, kRecord, kPorts, kNoPorts, kState, kShare, kBind, kNoOverlay, kHelpWanted };
 
 constexpr option kOptions[] = {
-    {"real", no_argument, nullptr, kReal},
-    {"record", no_argument, nullptr, kRecord},
-    {"ports", no_argument, nullptr, kPorts},
-    {"no-ports", no_argument, nullptr, kNoPorts},
-    {"state", required_argument, nullptr, kState},
-    {"share", required_argument, nullptr, kShare},
-    {"no-overlay", no_argument, nullptr, kNoOverlay},
-    {"help", no_argument, nullptr, kHelpWanted},
-    {nullptr, 0, nullptr, 0},
+    {"real", no_argument, nullptr, kReal},         {"record", no_argument, nullptr, kRecord},
+    {"ports", no_argument, nullptr, kPorts},       {"no-ports", no_argument, nullptr, kNoPorts},
+    {"state", required_argument, nullptr, kState}, {"share", required_argument, nullptr, kShare},
+    {"bind", required_argument, nullptr, kBind},   {"no-overlay", no_argument, nullptr, kNoOverlay},
+    {"help", no_argument, nullptr, kHelpWanted},   {nullptr, 0, nullptr, 0},
 };
 
-std::string folderNamed(const char* name) {
+std::string realName(const char* name) {
   char* path = realpath(name, nullptr);
   if (!path) giveUp("%s: %m", name);
-  std::string folder = path;
+  std::string real = path;
   free(path);
-  return folder;
+  return real;
 }
 
 [[noreturn]] void help() {
@@ -60,12 +57,13 @@ void apply(int choice, Options& options) {
     case kRecord: options.record = true; return;
     case kPorts: options.ports = true; return;
     case kNoPorts: options.ports = false; return;
+    case kBind: options.shown.push_back(realName(optarg)); return;
     case kNoOverlay: options.overlay = false; return;
     case kState:
       mkdir(optarg, 0755);
-      options.state = folderNamed(optarg);
+      options.state = realName(optarg);
       return;
-    case kShare: options.shared = folderNamed(optarg); return;
+    case kShare: options.shared = realName(optarg); return;
     case kHelpWanted: help();
     default: exit(kLauncherFailed);  // getopt has said what is wrong
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace kestrove::sandbox {
 
@@ -9,9 +10,10 @@ struct Options {
   bool record = false;
   bool ports = true;
   bool overlay = true;
-  std::string state;         // absolute, empty without --state
-  std::string shared;        // absolute, empty without --share
-  char** command = nullptr;  // ended by a null pointer
+  std::string state;               // absolute, empty without --state
+  std::string shared;              // absolute, empty without --share
+  std::vector<std::string> shown;  // absolute, one for each --bind
+  char** command = nullptr;        // ended by a null pointer
 };
 
 // Ends the process on --help and on a line that cannot be understood.

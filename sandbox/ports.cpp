@@ -117,7 +117,10 @@ void raiseLoopback() { raise("lo"); }
 void openPorts() {
   skipDuplicateDetection();
   sys::Descriptor appliance = currentNetwork();
-  for (const Port& port : kPorts) openPort(port, appliance);
+  for (const Port& port : kPorts) {
+    openPort(port, appliance);
+    raise(port.name);
+  }
 }
 
 }  // namespace kestrove::sandbox

@@ -41,13 +41,14 @@ void mountKernel() {
   for (const char* path : kReadOnly) makeReadOnly(kRoot + path);
 }
 
-// A build below /tmp or /run would be covered by the appliance's own: its topmost folder stays visible, read-only.
+// What lies below /tmp or /run would be covered by the appliance's own, a build for one: the topmost folder, or the
+// file itself, stays visible read-only.
 void showCovered(const std::string& path) {
   for (const char* own : {"/tmp/", "/run/"}) {
     if (!path.starts_with(own)) continue;
     const std::string top = path.substr(0, path.find('/', strlen(own)));
-    if (!isFolder(top) || exists(kStage + top)) return;
-    makeFolder(kStage + top, 0755);
+    if (!exists(top) || exists(kStage + top)) return;
+    isFolder(top) ? makeFolder(kStage + top, 0755) : writeText(kStage + top, "", 0644);
     bind(top, kStage + top);
     makeReadOnly(kStage + top);
   }
@@ -64,6 +65,7 @@ void mountOwnFolders(const Options& options) {
   for (const char* needed : {".", "/proc/self/exe", const_cast<const char*>(options.command[0])}) {
     showCovered(realPath(needed));
   }
+  for (const std::string& path : options.shown) showCovered(path);
   for (const char* folder : {"/run", "/tmp", "/dev"}) bind(kStage + folder, kRoot + folder);
 }
 

@@ -64,13 +64,17 @@ constexpr const char* kBuilt[] = {"/bin/shm-init", "/bin/kestrovectl", "/bin/kes
 constexpr const char* kMachinePaths[] = {"/usr/local/sbin/", "/usr/local/bin/", "/usr/sbin/",
                                          "/usr/bin/",        "/sbin/",          "/bin/"};
 
-// The machine's program of that name, all links followed; empty when it has none.
+// The machine's program of that name, all links followed; empty when it has none. Where the machine is an appliance of
+// this kind itself, the program behind its recorder.
 std::string machineProgram(const Tool& tool) {
-  std::string found = access(tool.path, X_OK) == 0 ? tool.path : "";
+  const std::string name = nameOf(tool.path);
+  std::string found;
+  for (const std::string& path : {kMarkers + "/real/" + name, std::string(tool.path)}) {
+    if (found.empty() && access(path.c_str(), X_OK) == 0) found = path;
+  }
   for (const char* folder : kMachinePaths) {
-    if (!found.empty()) break;
-    std::string path = folder + nameOf(tool.path);
-    if (access(path.c_str(), X_OK) == 0) found = path;
+    const std::string path = folder + name;
+    if (found.empty() && access(path.c_str(), X_OK) == 0) found = path;
   }
   char* real = found.empty() ? nullptr : realpath(found.c_str(), nullptr);
   std::string result = real ? real : "";
@@ -121,8 +125,10 @@ class ToolLayer {
 // The project's own programs, where this build has them.
 void layBuilt(const std::string& folder) {
   for (const char* program : kBuilt) {
-    const std::string built = folder + "/" + nameOf(program);
-    if (access(built.c_str(), X_OK) == 0) link(built, place(program));
+    for (const char* below : {"/", "/ctl/", "/init/", "/sim/"}) {
+      const std::string built = folder + below + nameOf(program);
+      if (access(built.c_str(), X_OK) == 0) link(built, place(program));
+    }
   }
 }
 
