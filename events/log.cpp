@@ -1,0 +1,98 @@
+#include <string.h>
+#include <syslog.h>
+#include <time.h>
+
+#include "events/catalogue.h"
+#include "events/format.h"
+#include "events/ring.h"
+#include "kestrove/events.h"
+#include "store/fail.h"
+#include "store/lock.h"
+#include "sys/command.h"
+
+namespace kestrove {
+namespace {
+
+constexpr char kEventLogFile[] = "/var/log/kestrove/event.log";
+constexpr char kNullDevice[] = "/dev/null";
+constexpr uint32_t kSystemRebooted = 3;
+constexpr uint32_t kEventLogCleared = 17;
+
+// A bogus event is told apart here only: it is logged like any other.
+void tellSyslog(uint32_t id, uint32_t source) {
+  if (id >= kEventKinds) {
+    syslog(LOG_WARNING, "Bogus Event: %d", static_cast<int>(id));
+    return;
+  }
+  const EventKind& kind = eventKind(id);
+  syslog(LOG_INFO, "Event logged: %s, %s, %s", kind.type, eventSourceText(source), kind.description);
+}
+
+int saveEvents() { return write_event_log(kEventLogFile, &shm->eventLog); }
+
+int copyForNewSystem() {
+  char program[] = "cp", keepAll[] = "-a", to[] = "/old_dir/var/log/kestrove/";
+  char from[sizeof kEventLogFile];
+  memcpy(from, kEventLogFile, sizeof from);
+  char* const command[] = {program, keepAll, from, to, nullptr};
+  return sys::runVector(command, kNullDevice, kNullDevice);
+}
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+// The change in the store stands even when the file cannot be written.
+int logEvent(uint32_t id, uint32_t source, const char* user) {
+  time_t now = time(nullptr);
+  tellSyslog(id, source);
+  if (now == static_cast<time_t>(-1)) return fail(SHM_ESYSTEM);
+  StoreLock lock;
+  if (!lock) return -1;
+  if (shm->config.loggingOperState == SHM_OFF) return fail(SHM_ELOGOFF);
+  appendEvent(shm->eventLog, static_cast<int32_t>(now), id, source, user ? user : "");
+  return saveEvents();
+}
+
+// The record is rendered after the lock is released: a listing never keeps a writer waiting, and may show a record that
+// is being overwritten.
+int getEventString(uint32_t index, char* buffer, int size, int layout) {
+  if (!buffer && size != 0) return fail(SHM_EINVAL);
+  if (index >= SHM_EVENTS) return 0;
+  StoreLock lock;
+  if (!lock) return -1;
+  const EventRecord* record = findEvent(shm->eventLog, index);
+  lock.release();
+  return record ? formatEventRecord(*record, buffer, size, layout) : 0;
+}
+
+int getEventCount(void) {
+  StoreLock lock;
+  if (!lock) return -1;
+  return shm->eventLog.eventLogFull ? SHM_EVENTS : static_cast<int>(shm->eventLog.writeIndex);
+}
+
+// The result is that of the file; whether its own event could be logged does not matter.
+int clearEventLog(uint32_t source, const char* user) {
+  StoreLock lock;
+  if (!lock) return -1;
+  emptyEvents(shm->eventLog);
+  int result = saveEvents();
+  logEvent(kEventLogCleared, source, user);
+  return result;
+}
+
+int wipeEventLog(void) {
+  StoreLock lock;
+  if (!lock) return -1;
+  emptyEvents(shm->eventLog);
+  return saveEvents();
+}
+
+int logSystemUpdateEvent(uint32_t id, uint32_t source, const char* user) {
+  wipeEventLog();
+  logEvent(id, source, user);
+  logEvent(kSystemRebooted, source, user);
+  return copyForNewSystem();
+}

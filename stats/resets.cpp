@@ -1,0 +1,105 @@
+// Every reset changes the store first and logs its events last: logging releases the store lock for a moment, and no
+// half reset counters may be seen then.
+#include <string.h>
+
+#include "kestrove/events.h"
+#include "kestrove/stats.h"
+#include "stats/ratio.h"
+#include "store/lock.h"
+#include "sys/command.h"
+
+namespace kestrove {
+namespace {
+
+constexpr uint32_t kCompressionRatioCleared = 14;
+constexpr uint32_t kOptimizationStatsCleared = 15;
+constexpr uint32_t kSystemStatsCleared = 16;
+
+constexpr char kRotateCacheLog[] = "/usr/local/squid/sbin/squid -k rotate  > /dev/null 2>& 1";
+constexpr char kEmptyCacheLog[] = "/bin/cat /dev/null > /sda1/squidG2/log/access.log";
+
+constexpr size_t kSessionEngineBytes = 68;
+constexpr size_t kFirstPeak = offsetof(StatisticsBlock, intervalPeak14);
+constexpr size_t kPeaksEnd = offsetof(StatisticsBlock, compressionRatio);
+constexpr size_t kFurtherCounters = offsetof(StatisticsBlock, furtherCounters);
+
+void zero(StatisticsBlock& block, size_t from, size_t to) {
+  memset(reinterpret_cast<char*>(&block) + from, 0, to - from);
+}
+
+void zeroCompression(StatisticsBlock& block) {
+  block.totalUncompressedDataSize = 0;
+  block.totalCompressedDataSize = 0;
+  block.compressionRatio = kRatioAfterReset;
+}
+
+void zeroFilter(StatisticsBlock& block) {
+  block.filter_total_bytes_in = 0;
+  block.filter_total_bytes_out = 0;
+  block.filter_compression_ratio = kRatioAfterReset;
+}
+
+// The engine's last record, the filter's totals and its last value outlive this reset.
+void zeroCounters(StatisticsBlock& block) {
+  uint32_t uptime = 0;
+  getSystemUptime(&uptime);
+  block.accumulatedIntervals = 0;
+  block.counterLastResetTime = uptime;
+  zero(block, kFirstPeak, kPeaksEnd);
+  zeroCompression(block);
+  zero(block, kFurtherCounters, sizeof block);
+}
+
+void zeroQueue(QosRow& row) {
+  int32_t priority = row.priority;
+  row = {};
+  row.priority = priority;
+}
+
+// With a de-duplication method set, the cache keeps its log.
+void clearCacheLog() {
+  if (shm->config.ddupOperState != 0) return;
+  sys::runShell(shm->config.webCacheOperState == SHM_ON ? kRotateCacheLog : kEmptyCacheLog);
+}
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int resetCompressionRatio(uint32_t source, const char* user) {
+  StoreLock lock;
+  if (!lock) return -1;
+  zeroCompression(shm->statistics);
+  logEvent(kCompressionRatioCleared, source, user);
+  return 0;
+}
+
+int resetFilterStats(void) {
+  StoreLock lock;
+  if (!lock) return -1;
+  zeroFilter(shm->statistics);
+  return 0;
+}
+
+int resetStats(uint32_t source, const char* user) {
+  StoreLock lock;
+  if (!lock) return -1;
+  zeroCounters(shm->statistics);
+  for (QosRow& row : shm->qos) zeroQueue(row);
+  logEvent(kSystemStatsCleared, source, user);
+  logEvent(kCompressionRatioCleared, source, user);
+  return 0;
+}
+
+int resetOptimizationStats(uint32_t source, const char* user) {
+  StoreLock lock;
+  if (!lock) return -1;
+  zeroCompression(shm->statistics);
+  zeroFilter(shm->statistics);
+  memset(&shm->sessionEngine, 0, kSessionEngineBytes);
+  logEvent(kCompressionRatioCleared, source, user);
+  clearCacheLog();
+  logEvent(kOptimizationStatsCleared, source, user);
+  return 0;
+}
