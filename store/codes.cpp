@@ -33,6 +33,10 @@ constexpr MessageEntry kRowStates[] = {
     {0, "* Undefined *"}, {1, "Invalid"}, {2, "NIS"}, {3, "Active"}, {4, "* No Such Value *"},
 };
 
+constexpr MessageEntry kLinks[] = {
+    {1, "auto"}, {40, "10baseT-FD"}, {80, "100baseTx"}, {100, "100baseTx-FD"}, {140, "1000baseTx-FD"}, {20, "10baseT"},
+};
+
 template <size_t N>
 constexpr MessageTable endingWithDefault(const MessageEntry (&entries)[N]) {
   return {static_cast<int32_t>(N), entries[N - 1].code, entries};
@@ -45,5 +49,6 @@ constexpr MessageTable kCongestionNames = endingWithDefault(kCongestion);
 constexpr MessageTable kCompressionNames = endingWithDefault(kCompression);
 constexpr MessageTable kTaskNames = endingWithDefault(kTasks);
 constexpr MessageTable kRowStatusNames = endingWithDefault(kRowStates);
+constexpr MessageTable kLinkNames = endingWithDefault(kLinks);
 
 }  // namespace kestrove

@@ -10,5 +10,6 @@ extern const MessageTable kCongestionNames;   // lanCongestionControl, wanConges
 extern const MessageTable kCompressionNames;  // ddupOperState
 extern const MessageTable kTaskNames;         // indexes of taskPids
 extern const MessageTable kRowStatusNames;    // routes and rules
+extern const MessageTable kLinkNames;         // link settings; the speeds that have no name of their own are 10baseT
 
 }  // namespace kestrove
