@@ -3,6 +3,7 @@
 #include "events/format.h"
 #include "kestrove/dump.h"
 #include "kestrove/events.h"
+#include "kestrove/segment.h"
 #include "store/segment.h"
 #include "sys/text_writer.h"
 

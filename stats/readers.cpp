@@ -1,3 +1,4 @@
+#include <stddef.h>
 #include <string.h>
 
 #include "kestrove/stats.h"

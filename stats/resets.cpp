@@ -1,5 +1,6 @@
 // Every reset changes the store first and logs its events last: logging releases the store lock for a moment, and no
 // half reset counters may be seen then.
+#include <stddef.h>
 #include <string.h>
 
 #include "kestrove/events.h"
