@@ -1,8 +1,8 @@
 // The route tables, quickly: a full dump writes thousands of rows.
 #include "config/dump_print.h"
 #include "config/dump_sections.h"
-#include "store/chain.h"
 #include "store/codes.h"
+#include "store/slots.h"
 
 namespace kestrove {
 namespace {
@@ -30,12 +30,13 @@ char* putRoute6(char* at, const Route6Entry& route) {
   return putStatus(at, route.status);
 }
 
-template <typename Slot, uint32_t N>
-void dumpChain(sys::TextWriter& out, uint32_t head, const Slot (&slots)[N], char* (*put)(char*, const Slot&)) {
+template <typename Slot, size_t N>
+void dumpList(sys::TextWriter& out, const Slot (&slots)[N], uint32_t head, char* (*put)(char*, const Slot&)) {
   bool empty = true;
-  walkChain(head, slots, [&](const Slot& route) {
-    empty = false;
+  eachInOrder(slots, head, [&](const Slot& route) {
     out.advance(put(out.room(kLongestRow), route));
+    empty = false;
+    return true;
   });
   if (empty) out.text("** No entries **\n");
 }
@@ -44,12 +45,12 @@ void dumpChain(sys::TextWriter& out, uint32_t head, const Slot (&slots)[N], char
 
 void dumpRoutes(sys::TextWriter& out) {
   print(out, "%-18s %-18s %-18s %s\n", "Dest Addr", "Dest Mask", "Next Hop", "Row Status");
-  dumpChain(out, shm->routes.head, shm->routes.slot, putRoute);
+  dumpList(out, shm->routes.slot, shm->routes.head, putRoute);
 }
 
 void dumpRoutes6(sys::TextWriter& out) {
   print(out, "%-43s\n   %-39s %s\n", "Destination Address/Prefix", "Next Hop", "Row Status");
-  dumpChain(out, shm->routes6.head6, shm->routes6.slot, putRoute6);
+  dumpList(out, shm->routes6.slot, shm->routes6.head6, putRoute6);
 }
 
 }  // namespace kestrove

@@ -1,9 +1,9 @@
 // The policy rules, two lines of columns each; IPv6 addresses, too long for a column, follow on lines of their own.
-#include <algorithm>
 #include <array>
 
 #include "config/dump_print.h"
 #include "config/dump_sections.h"
+#include "store/bounds.h"
 #include "store/codes.h"
 
 namespace kestrove {
@@ -130,8 +130,8 @@ void dumpRules(sys::TextWriter& out) {
   const FilterTable& table = shm->filterTable;
   print(out, "  ruleCount: \t\t%d\n", table.ruleCount);
   out.advance(putLine(putLine(out.room(kLongestBlock), kFirstLabels), kSecondLabels));
-  int32_t count = std::min<int32_t>(table.ruleCount, SHM_RULES);
-  for (int32_t i = 0; i < count; ++i) {
+  int count = boundedCount(table.ruleCount, SHM_RULES);
+  for (int i = 0; i < count; ++i) {
     if (i > 0) out.text("\n");
     out.advance(putRule(out.room(kLongestBlock), table.rule[i], i + 1));
   }

@@ -34,7 +34,7 @@ TEST_F(Clock, SecondsAreStoredAsTheyAre) {
   EXPECT_EQ(0, logEvent(21, 2, "admin"));
   EXPECT_EQ(1300094102, shm->eventLog.record[0].timestamp);
   char line[128];
-  EXPECT_EQ(57, getEventString(0, line, sizeof line, 2));
+  EXPECT_EQ(62, getEventString(0, line, sizeof line, 2));
   EXPECT_STREQ("14-03-2011,09:15:02,Information,HTTP,admin,Web interface login", line);
 }
 

@@ -13,7 +13,7 @@ constexpr int32_t kMarch = 1300094102;  // 14 March 2011, 09:15:02
 
 EventRecord record(const char* user = "admin", uint32_t id = 21, uint32_t source = 2, int32_t when = kMarch) {
   EventRecord made = {when, id, source, {}};
-  strncpy(made.userName, user, sizeof made.userName);
+  memcpy(made.userName, user, std::min(strlen(user), sizeof made.userName));
   return made;
 }
 

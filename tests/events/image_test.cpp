@@ -31,10 +31,10 @@ int openDescriptors() {
 TEST(Image, IsTheAreaByteForByte) {
   const std::string area = pattern(1);
   EXPECT_EQ(0, write_event_log(kFile, area.data()));
-  EXPECT_EQ(area, readFile(kFile));
+  EXPECT_TRUE(area == readFile(kFile));
   std::string back(kImage, '\0');
   EXPECT_EQ(0, read_event_log(kFile, back.data()));
-  EXPECT_EQ(area, back);
+  EXPECT_TRUE(area == back);
 }
 
 TEST(Image, IsOverwrittenInPlace) {
@@ -42,19 +42,19 @@ TEST(Image, IsOverwrittenInPlace) {
   ino_t inode = inodeOf(kFile);
   EXPECT_EQ(0, write_event_log(kFile, pattern(2).data()));
   EXPECT_EQ(inode, inodeOf(kFile));
-  EXPECT_EQ(pattern(2), readFile(kFile));
+  EXPECT_TRUE(pattern(2) == readFile(kFile));
 }
 
 TEST(Image, ALongerFileIsCutToItsSize) {
   writeFile(kFile, std::string(kImage + 5000, '#'));
   EXPECT_EQ(0, write_event_log(kFile, pattern(1).data()));
-  EXPECT_EQ(pattern(1), readFile(kFile));
+  EXPECT_TRUE(pattern(1) == readFile(kFile));
 }
 
 TEST(Image, AShorterFileGrows) {
   writeFile(kFile, "short");
   EXPECT_EQ(0, write_event_log(kFile, pattern(1).data()));
-  EXPECT_EQ(pattern(1), readFile(kFile));
+  EXPECT_TRUE(pattern(1) == readFile(kFile));
 }
 
 TEST(Image, IsMadeWithTheModeThatTheProcessGives) {
@@ -100,18 +100,18 @@ TEST(Image, MissingOrShortIsNotReadAndSetsNoCode) {
   EXPECT_EQ(-1, read_event_log("/tmp", area.data()));
   EXPECT_EQ(-1, read_event_log("/dev/null", area.data()));
   EXPECT_EQ(42u, shm_errno);
-  EXPECT_EQ(std::string(kImage, 'a'), area);
+  EXPECT_TRUE(std::string(kImage, 'a') == area);
 }
 
 TEST(Image, OfALongerFileTheFirstBlockIsRead) {
   writeFile(kFile, pattern(1) + "more");
   std::string area(kImage + 4, 'a');
   EXPECT_EQ(0, read_event_log(kFile, area.data()));
-  EXPECT_EQ(pattern(1) + "aaaa", area);
+  EXPECT_TRUE(pattern(1) + "aaaa" == area);
 }
 
 TEST(Image, PathAndAreaAreNeeded) {
-  char area[1];
+  char area[1] = {};
   EXPECT_FAILS_WITH(SHM_EINVAL, write_event_log(nullptr, area));
   EXPECT_FAILS_WITH(SHM_EINVAL, write_event_log(kFile, nullptr));
   EXPECT_FAILS_WITH(SHM_EINVAL, read_event_log(nullptr, area));

@@ -24,7 +24,7 @@ std::string listing() {
 void put(uint32_t slot, int second, uint32_t id, uint32_t source, const char* user) {
   EventRecord& record = shm->eventLog.record[slot];
   record = {1300094100 + second, id, source, {}};
-  strncpy(record.userName, user, sizeof record.userName);
+  memcpy(record.userName, user, std::min(strlen(user), sizeof record.userName));
 }
 
 class List : public StoreTest {};

@@ -1,4 +1,5 @@
 // The ring: what is recorded, what is dropped, what each call answers.
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -33,12 +34,15 @@ void logNumbered(uint32_t from, uint32_t to) {
   for (uint32_t i = from; i < to; ++i) ASSERT_EQ(0, logEvent(24, 3, std::to_string(i).c_str())) << i;
 }
 
-// Takes the lock's descriptor away behind the library's back.
-void closeLockFile() {
+// Puts a read-only descriptor, which takes no write lock, in the place of the lock file's.
+void breakLockFile() {
   for (int fd = 3; fd < 64; ++fd) {
     char path[64] = {};
     std::string link = "/proc/self/fd/" + std::to_string(fd);
-    if (readlink(link.c_str(), path, sizeof path - 1) > 0 && strstr(path, "/lock/shm")) close(fd);
+    if (readlink(link.c_str(), path, sizeof path - 1) <= 0 || !strstr(path, "/lock/shm")) continue;
+    int nothing = open("/dev/null", O_RDONLY);
+    dup2(nothing, fd);
+    close(nothing);
   }
 }
 
@@ -63,7 +67,7 @@ TEST_F(Log, AnEventIsRecordedWholeAndTheFileIsTheRing) {
   EXPECT_EQ(0u, shm->eventLog.readIndex);
   EXPECT_EQ(1u, shm->eventLog.writeIndex);
   EXPECT_EQ(1, getEventCount());
-  EXPECT_EQ(image(), readFile(kFile));
+  EXPECT_TRUE(image() == readFile(kFile));
   EXPECT_EQ(kImage, readFile(kFile).size());
   EXPECT_EQ(0, shm_lock_count);
 }
@@ -104,8 +108,8 @@ TEST_F(Log, SwitchedOffStoresNothingAndLeavesTheFile) {
   clearSyslog();
   EXPECT_FAILS_WITH(SHM_ELOGOFF, logEvent(3, 0, "--"));
   EXPECT_EQ(std::vector<std::string>{"info: Event logged: Information, System, System Rebooted"}, syslogLines());
-  EXPECT_EQ(before, readFile(kFile));
-  EXPECT_EQ(ring, image());
+  EXPECT_TRUE(before == readFile(kFile));
+  EXPECT_TRUE(ring == image());
   EXPECT_EQ(0, shm_lock_count);
 }
 
@@ -127,7 +131,7 @@ TEST_F(Log, WithoutStoreEveryCallFailsAsTheLockDoes) {
 }
 
 TEST_F(Log, ALockThatCannotBeTakenRecordsNothing) {
-  closeLockFile();
+  breakLockFile();
   EXPECT_FAILS_WITH(SHM_ESYSTEM, logEvent(2, 0, "--"));
   EXPECT_FAILS_WITH(SHM_ESYSTEM, getEventCount());
   EXPECT_EQ(0u, shm->eventLog.writeIndex);
@@ -158,7 +162,7 @@ TEST_F(Log, AtTheEndOfTheRing) {
   EXPECT_EQ(8192, getEventCount());
   EXPECT_EQ("1", user(0));
   EXPECT_EQ("8192", user(8191));
-  EXPECT_EQ(image(), readFile(kFile));
+  EXPECT_TRUE(image() == readFile(kFile));
 }
 
 TEST_F(Log, TheReaderWrapsToo) {
@@ -244,7 +248,7 @@ TEST_F(Log, ClearingEmptiesAndLogsItself) {
   EXPECT_EQ(0u, shm->eventLog.readIndex);
   EXPECT_EQ(",Information,HTTP,admin,System Event Log Cleared", text(0).substr(19));
   EXPECT_STREQ("1", shm->eventLog.record[1].userName) << "records stay where they are";
-  EXPECT_EQ(image(), readFile(kFile));
+  EXPECT_TRUE(image() == readFile(kFile));
   EXPECT_EQ(0, shm_lock_count);
 }
 
@@ -255,7 +259,7 @@ TEST_F(Log, ClearingWithLoggingOffLeavesItEmpty) {
   EXPECT_EQ(0, clearEventLog(2, "admin"));
   EXPECT_EQ(uint32_t(SHM_ELOGOFF), shm_errno);
   EXPECT_EQ(0, getEventCount());
-  EXPECT_EQ(image(), readFile(kFile));
+  EXPECT_TRUE(image() == readFile(kFile));
 }
 
 TEST_F(Log, ClearingTellsOfAFileThatCannotBeWrittenAndStillLogs) {
@@ -271,7 +275,7 @@ TEST_F(Log, WipingLogsNothing) {
   clearSyslog();
   EXPECT_EQ(0, wipeEventLog());
   EXPECT_EQ(0, getEventCount());
-  EXPECT_EQ(image(), readFile(kFile));
+  EXPECT_TRUE(image() == readFile(kFile));
   EXPECT_TRUE(syslogLines().empty());
   EXPECT_EQ(0, shm_lock_count);
 }
@@ -299,7 +303,7 @@ TEST_F(Log, ProcessesThatLogTogetherLoseNothing) {
   int counts[kWriters] = {};
   for (int i = 0; i < kWriters * kEach; ++i) ++counts[shm->eventLog.record[i].source % kWriters];
   for (int count : counts) EXPECT_EQ(kEach, count);
-  EXPECT_EQ(image(), readFile(kFile));
+  EXPECT_TRUE(image() == readFile(kFile));
 }
 
 }  // namespace
