@@ -25,6 +25,7 @@ namespace {
 
 struct Port {
   const char* name;
+  int index;
   const char* host;
   const char* address;   // of the host, /24
   const char* address6;  // of the host, /64
@@ -33,11 +34,12 @@ struct Port {
 };
 
 constexpr Port kPorts[] = {
-    {"eth0", "wan", "192.168.10.3", "fd00:10::3", {2, 0, 0, 0, 0, 1}, {2, 0, 0, 0, 1, 1}},
-    {"eth1", "lan", "192.168.10.2", "fd00:10::2", {2, 0, 0, 0, 0, 2}, {2, 0, 0, 0, 1, 2}},
-    {"eth2", "mgmt", "192.168.30.2", "fd00:30::2", {2, 0, 0, 0, 0, 3}, {2, 0, 0, 0, 1, 3}},
+    {"eth0", 2, "wan", "192.168.10.3", "fd00:10::3", {2, 0, 0, 0, 0, 1}, {2, 0, 0, 0, 1, 1}},
+    {"eth1", 3, "lan", "192.168.10.2", "fd00:10::2", {2, 0, 0, 0, 0, 2}, {2, 0, 0, 0, 1, 2}},
+    {"eth2", 4, "mgmt", "192.168.30.2", "fd00:30::2", {2, 0, 0, 0, 0, 3}, {2, 0, 0, 0, 1, 3}},
 };
 constexpr const char* kHostPort = "eth0";
+constexpr int kHostIndex = 10;
 constexpr const char* kNetmask = "255.255.255.0";
 constexpr uint32_t kPrefix6 = 64;
 
@@ -102,7 +104,7 @@ void openPort(const Port& port, const sys::Descriptor& appliance) {
   skipDuplicateDetection();
   raiseLoopback();
   nameNetwork(port.host);
-  addVeth({kHostPort, port.hostMac}, {port.name, port.mac}, appliance.get());
+  addVeth({kHostPort, kHostIndex, port.hostMac}, {port.name, port.index, port.mac}, appliance.get());
   setAddress(kHostPort, SIOCSIFADDR, port.address);
   setAddress(kHostPort, SIOCSIFNETMASK, kNetmask);
   raise(kHostPort);

@@ -43,6 +43,7 @@ class LinkRequest {
     attribute->rta_len = static_cast<unsigned short>(RTA_LENGTH(size));
   }
   void addEnd(const VethEnd& end) {
+    static_cast<ifinfomsg*>(append(sizeof(ifinfomsg)))->ifi_index = end.index;
     add(IFLA_IFNAME, end.name, strlen(end.name) + 1);
     add(IFLA_ADDRESS, end.mac.data(), end.mac.size());
   }
@@ -66,13 +67,11 @@ int transact(LinkRequest& request) {
 
 void addVeth(const VethEnd& here, const VethEnd& there, int otherNetwork) {
   LinkRequest request;
-  request.append(sizeof(ifinfomsg));
   request.addEnd(here);
   rtattr* info = request.open(IFLA_LINKINFO);
   request.add(IFLA_INFO_KIND, "veth", 4);
   rtattr* data = request.open(IFLA_INFO_DATA);
   rtattr* peer = request.open(VETH_INFO_PEER);
-  request.append(sizeof(ifinfomsg));
   request.addEnd(there);
   request.add(IFLA_NET_NS_FD, &otherNetwork, sizeof otherNetwork);
   request.close(peer);

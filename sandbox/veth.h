@@ -9,8 +9,11 @@ namespace kestrove::sandbox {
 
 using Mac = std::array<uint8_t, 6>;
 
+// Two ends with one index would look like an ordinary port to the kernel, which tells others of its carrier a second
+// late.
 struct VethEnd {
   const char* name;
+  int index;
   Mac mac;
 };
 
