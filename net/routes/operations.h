@@ -4,6 +4,7 @@
 //   Record                   the route; its inUse and next belong to the table
 //   Given                    a caller's route: const where the operations leave it alone
 //   list()                   the table as a sorted list
+//   unlink(key)              take the route with that key off the list
 //   acceptable(route)        may it be in the table
 //   install(route)           bring it into the kernel; false when its gateway is not local or the kernel refuses
 //   uninstall(route)         take it out of the kernel; negative when the kernel refuses
@@ -81,7 +82,7 @@ int deleteRoute(const typename Family::Record& key) {
     route->status = kRouteInactive;
     return -1;
   }
-  Family::list().unlink(key);
+  Family::unlink(key);
   save_shared_memory();
   return 0;
 }
@@ -99,7 +100,7 @@ int replaceMarked(const typename Family::Record& key, typename Family::Given& ro
     old->status = kRouteInactive;
     return fail(SHM_ESYSTEM);
   }
-  Family::list().unlink(key);
+  Family::unlink(key);
   save.mark();
   return placeRoute<Family>(route) ? 0 : -1;
 }

@@ -32,6 +32,7 @@ struct Routes4 {
     static uint32_t hint = SHM_NO_SLOT;
     return {shm->routes.head, shm->routes.slot, hint};
   }
+  static void unlink(const RouteEntry& key) { list().unlink(key); }
   static bool acceptable(const RouteEntry& route) { return validateNetmask(&route.netmask) == 0; }
   static bool install(const RouteEntry& route) {
     return v4AddressIsLocal(route.gateway) >= 0 && addKernelRoute(&route) >= 0;

@@ -34,6 +34,12 @@ struct Routes6 {
     static uint32_t hint = SHM_NO_SLOT;
     return {shm->routes6.head6, shm->routes6.slot, hint};
   }
+  // A head word of all ones in the other table is set right when the first IPv6 route leaves: kept on purpose.
+  static void unlink(const Route6Entry& key) {
+    uint32_t first = shm->routes6.head6;
+    list().unlink(key);
+    if (shm->routes6.head6 != first && shm->routes.head == SHM_NO_SLOT) shm->routes.head = 0;
+  }
   static bool acceptable(const Route6Entry&) { return true; }
   // The name goes into the caller's record alone: the stored route keeps the one it was given.
   static bool install(Route6Entry& route) { return gatewayIsLocal6(&route) == 1 && addKernelRoute6(&route) >= 0; }
