@@ -1,9 +1,8 @@
 // kestrovectl: the appliance's store from the command line.
-#include <unistd.h>
-
 #include <cstdlib>
 
-#include "kestrove/library.h"
+#include "tools/common/standard_output.h"
+#include "tools/common/version_text.h"
 #include "tools/ctl/commands.h"
 
 namespace {
@@ -12,22 +11,6 @@ constexpr char kExitCodes[] =
     "Exit status: 0 done; 1 refused by the library; 2 wrong usage; 3 no store; 4 findings (check, kernel show); 5 a "
     "file "
     "or program failed.";
-
-std::string versionText() {
-  char text[96];
-  snprintf(text, sizeof text, "kestrovectl %s, layout %016llx", kestrove_version(),
-           static_cast<unsigned long long>(kestrove_layout_hash()));
-  return text;
-}
-
-// The library prints on standard output in places; only the command's own output belongs there.
-FILE* takeStandardOutput() {
-  int own = dup(STDOUT_FILENO);
-  fflush(stdout);
-  if (own == -1 || dup2(STDERR_FILENO, STDOUT_FILENO) == -1) return stdout;
-  FILE* stream = fdopen(own, "w");
-  return stream ? stream : stdout;
-}
 
 int report(const ctl::Session& session, ctl::Exit exit, const std::string& message, int code) {
   if (message.empty()) return exit;  // the result that was printed says it all
@@ -66,7 +49,7 @@ int run(CLI::App& app, ctl::Session& session, int argc, char** argv) {
   } catch (const CLI::CallForHelp& call) {
     fputs(app.help("", CLI::AppFormatMode::All).c_str(), session.out);
   } catch (const CLI::CallForVersion&) {
-    fprintf(session.out, "%s\n", versionText().c_str());
+    fprintf(session.out, "%s\n", tools::versionText("kestrovectl").c_str());
   } catch (const CLI::Success&) {
     return ctl::kDone;
   } catch (const CLI::ParseError& error) {
@@ -82,14 +65,14 @@ int run(CLI::App& app, ctl::Session& session, int argc, char** argv) {
 
 int main(int argc, char** argv) {
   ctl::Session session;
-  session.out = takeStandardOutput();
+  session.out = tools::takeStandardOutput();
   if (const char* user = getenv("USER")) session.user = user;
 
   CLI::App app("Reads and changes the appliance's store.", "kestrovectl");
   app.require_subcommand(0, 1);
   app.fallthrough();
   app.footer(kExitCodes);
-  app.set_version_flag("--version", versionText);
+  app.set_version_flag("--version", tools::versionText("kestrovectl"));
   app.add_flag("--json", session.json, "Print JSON, errors included");
   app.add_option("--source", session.source, "Number of the front end that events name (0 System, 3 Serial, 4 SSH ...)")
       ->check(CLI::Range(0, 8));

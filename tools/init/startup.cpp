@@ -1,0 +1,193 @@
+#include "tools/init/startup.h"
+
+#include <fcntl.h>
+#include <sys/shm.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+
+#include "kestrove/kestrove.h"
+#include "tools/common/loading_note.h"
+
+namespace init {
+namespace {
+
+constexpr uint32_t kSystem = 0;
+constexpr char kNobody[] = "--";
+constexpr int kPoweredOn = 1;
+constexpr uint32_t kSystemStarted = 2;
+constexpr uint32_t kAnyFamily = 1;
+
+void warn(const std::string& text) { fprintf(stderr, "shm-init: %s\n", text.c_str()); }
+
+std::string reason() {
+  const char* text = shm_strerror(static_cast<int>(shm_errno));
+  return text ? text : "unknown reason";
+}
+
+class Lock {
+ public:
+  Lock() {
+    if (shm_lock() != 0) throw Failure(kNotBuilt, "the new store cannot be locked: " + reason());
+  }
+  ~Lock() { shm_unlock(); }
+  Lock(const Lock&) = delete;
+  Lock& operator=(const Lock&) = delete;
+};
+
+bool segmentExists() { return shmget(SHM_KEY, 1, 0) != -1 || errno != ENOENT; }
+
+void clearTheWay(const Options& options) {
+  if (!segmentExists()) return;
+  if (!options.replace) {
+    std::string note = getSharedMemoryStatus() >= 0 ? tools::repairAbandonedLoad() : "";
+    if (!note.empty()) warn(note);
+    throw Failure(kStoreExists, "there is a store already (--replace builds a new one)");
+  }
+  if (delete_shared_memory() != 0) throw Failure(kNotBuilt, "the present store cannot be removed");
+}
+
+bool readsToItsEnd(const std::string& path) {
+  int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd == -1) return false;
+  char buffer[65536];
+  ssize_t length;
+  while ((length = read(fd, buffer, sizeof buffer)) > 0) {
+  }
+  close(fd);
+  return length == 0;
+}
+
+// The first save would put what was read in the place of what could not be: such a file is moved aside.
+void keepUnreadable(const std::string& path) {
+  struct stat facts;
+  if (stat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode) || readsToItsEnd(path)) return;
+  std::string kept = path + ".unreadable";
+  if (rename(path.c_str(), kept.c_str()) == 0) {
+    warn(path + " cannot be read; kept as " + kept);
+  } else {
+    warn(path + " cannot be read and cannot be kept: " + strerror(errno));
+  }
+}
+
+void build(const Options& options) {
+  keepUnreadable(options.configPath);
+  if (init_shared_memory(options.configPath.c_str(), options.eventLogPath.c_str()) != 0 || !shm) {
+    throw Failure(kNotBuilt, "the store cannot be built");
+  }
+}
+
+bool isRuleRow(const std::string& line) {
+  size_t start = line.find_first_not_of("\t ");
+  if (start == std::string::npos) return false;
+  std::string keyword = line.substr(start, line.find_first_of("\t \n", start) - start);
+  return keyword == "SELEC_ACCEL" || keyword == "SELEC_ACCEL_V6" || keyword == "SELEC_ACCEL_ANY";
+}
+
+// The rule rows of the configuration file alone, in their order, in a file of their own.
+class RuleRows {
+ public:
+  explicit RuleRows(const std::string& configPath) {
+    char name[] = "/tmp/shm-init-rules-XXXXXX";
+    int fd = mkstemp(name);
+    if (fd == -1) throw Failure(kIncomplete, std::string("rule rows: ") + strerror(errno));
+    close(fd);
+    path_ = name;
+    std::ifstream source(configPath);
+    std::ofstream rows(path_);
+    for (std::string line; std::getline(source, line);) {
+      if (isRuleRow(line)) rows << line << '\n';
+    }
+  }
+  ~RuleRows() { unlink(path_.c_str()); }
+  RuleRows(const RuleRows&) = delete;
+  RuleRows& operator=(const RuleRows&) = delete;
+  const char* path() const { return path_.c_str(); }
+
+ private:
+  std::string path_;
+};
+
+void keepOnlyDefaultRule() {
+  FilterTable& table = shm->filterTable;
+  if (table.ruleCount > 1 && table.ruleCount <= SHM_RULES) table.rule[0] = table.rule[table.ruleCount - 1];
+  table.rule[0].ipVersion = kAnyFamily;
+  table.ruleCount = 1;
+}
+
+// Rows were read when IPv6 support was not known yet: read again now that it is, before anything saves.
+void rereadRules() {
+  std::string path(shm->config.configFileName, strnlen(shm->config.configFileName, sizeof shm->config.configFileName));
+  RuleRows rows(path);
+  {
+    Lock lock;
+    keepOnlyDefaultRule();
+  }
+  if (load_shared_memory(rows.path()) != 0) throw Failure(kIncomplete, "the rules cannot be read again");
+}
+
+void applyPlatform(const Platform& platform) {
+  bool had = shm->config.ipv6Support == SHM_ON;
+  {
+    Lock lock;
+    storePlatform(platform);
+  }
+  if (!had && shm->config.ipv6Support == SHM_ON) rereadRules();
+}
+
+void becomeOperational() {
+  Lock lock;
+  if (shm->operationalState != SHM_STATE_UNCONFIGURED) shm->operationalState = SHM_STATE_OPERATIONAL;
+}
+
+// The mode has no keyword: the two switches say which it is.
+void deriveMode() {
+  Lock lock;
+  ConfigRecord& config = shm->config;
+  bool single = config.singleInterfaceMode == SHM_ON;
+  config.opModeState = single && config.pbrOperState == SHM_ON ? 2 : single ? 1 : 0;
+}
+
+// A later step that fails is named; the ones behind it are tried all the same.
+bool finish() {
+  bool whole = true;
+  if (addOldUser() < 0) {
+    warn("the old administrator account cannot be moved: " + reason());
+    whole = false;
+  }
+  becomeOperational();
+  deriveMode();
+  OpModeContext context = {};
+  if (OpModeState(kPoweredOn, &context) != 0) {
+    warn("the operating mode cannot be set up: " + reason());
+    whole = false;
+  }
+  if (updateKernelRules() != 0) {
+    warn("the packet filter cannot be reset");
+    whole = false;
+  }
+  if (logEvent(kSystemStarted, kSystem, kNobody) != 0 && shm_errno != SHM_ELOGOFF) {
+    warn("the start cannot be logged: " + reason());
+  }
+  return whole;
+}
+
+}  // namespace
+
+Exit startUp(const Options& options) {
+  clearTheWay(options);
+  build(options);
+  applyPlatform(options.platform);
+  bool whole = finish();
+  if (shm->operationalState == SHM_STATE_UNCONFIGURED) {
+    warn("no configuration could be read; the store holds the factory defaults");
+    return kUnconfigured;
+  }
+  return whole ? kBuilt : kIncomplete;
+}
+
+}  // namespace init
