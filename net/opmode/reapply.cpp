@@ -5,6 +5,7 @@
 #include "kestrove/opmode.h"
 #include "kestrove/routes.h"
 #include "net/opmode/address_status.h"
+#include "store/bounds.h"
 #include "store/fail.h"
 #include "store/interface_names.h"
 #include "store/segment.h"
@@ -19,16 +20,8 @@ enum RouteStatus : uint32_t { kInactive = 1, kDisabled = 2, kActive = 3 };
 
 constexpr uint32_t kInUse = 1;
 
-// Both counts come from the store: a damaged one ends at the table's size.
-template <typename Entry, size_t N>
-size_t bounded(int32_t count, const Entry (&)[N]) {
-  if (count < 0) return 0;
-  return static_cast<size_t>(count) < N ? static_cast<size_t>(count) : N;
-}
-
 void addAddresses6() {
-  size_t count = bounded(shm->ip6Count, shm->ip6Address);
-  for (size_t i = 0; i < count; ++i) {
+  for (int i = 0; i < ip6Entries(*shm); ++i) {
     shm_if6config(kBridge, shm->ip6Address[i].address, shm->ip6Address[i].prefixLength, kAddAddress);
   }
 }
@@ -58,8 +51,7 @@ void addAllRoutes6() {
 int addAddressesToInterfaces(OpModeContext* context) {
   if (!context) return fail(SHM_EINVAL);
   if (!attachStore()) return -1;
-  size_t count = bounded(shm->managementAddressCount, shm->managementAddress);
-  for (size_t i = 0; i < count; ++i) {
+  for (int i = 0; i < managementEntries(*shm); ++i) {
     ManagementAddress& entry = shm->managementAddress[i];
     entry.status = addressStatus(context->mode, entry.interfaceKind);
     if (entry.status == kApplied && !applyAddress(entry)) entry.status = kNotApplied;
