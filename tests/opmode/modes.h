@@ -48,9 +48,7 @@ class ModeTest : public StoreTest {
     shm->config.opModeState = mode;
     return raise(event);
   }
-  std::string names() const {
-    return std::string(shm->config.lanInterfaceName) + " " + shm->config.wanInterfaceName;
-  }
+  std::string names() const { return std::string(shm->config.lanInterfaceName) + " " + shm->config.wanInterfaceName; }
 
   OpModeContext context_ = {};
 };
@@ -75,7 +73,8 @@ inline Lines vlansRemoved(const std::string& lan, const std::string& wan) {
           "run /sbin/vconfig rem base0." + wan + " > /dev/null 2>&1"};
 }
 inline Lines takenDown(const std::string& lan, const std::string& wan) {
-  return {"run /sbin/ifconfig base0." + lan + "  down> /dev/null 2>&1", "run /sbin/ifconfig plan0  down> /dev/null 2>&1",
+  return {"run /sbin/ifconfig base0." + lan + "  down> /dev/null 2>&1",
+          "run /sbin/ifconfig plan0  down> /dev/null 2>&1",
           "run /sbin/ifconfig base0." + wan + "  down> /dev/null 2>&1"};
 }
 inline Lines lanAddress(const std::string& name) {

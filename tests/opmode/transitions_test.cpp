@@ -56,10 +56,10 @@ TEST_F(Transitions, SinglePoweredOn) {
 }
 
 TEST_F(Transitions, SingleToDual) {
-  expectMove(kSingle, 3,
-             unbridged("base0.12") + takenDown("12", "13") + vlansRemoved("12", "13") + kPhysicalCleared +
-                 bridged("base0"),
-             "plan0 pwan0", kDual);
+  expectMove(
+      kSingle, 3,
+      unbridged("base0.12") + takenDown("12", "13") + vlansRemoved("12", "13") + kPhysicalCleared + bridged("base0"),
+      "plan0 pwan0", kDual);
 }
 
 TEST_F(Transitions, SingleToDualBridgesOnModelNineToo) {
@@ -246,7 +246,7 @@ TEST_F(Transitions, NamesWithShellCharactersReachNoShell) {
     for (int event = 1; event <= 6; ++event) EXPECT_EQ(0, raiseIn(mode, event));
   }
   for (const std::string& call : kernelCalls()) {
-    if (call.rfind("run ", 0) == 0) EXPECT_EQ(std::string::npos, call.find("reboot")) << call;
+    EXPECT_FALSE(call.rfind("run ", 0) == 0 && call.find("reboot") != std::string::npos) << call;
   }
 }
 
@@ -323,13 +323,13 @@ TEST(Names, AreThoseOfTheNumbers) {
               ElementsAre("OPMODE_DUAL_IF", "OPMODE_SINGLIF_ONLY", "OPMODE_SINGLIF_PBR"));
   EXPECT_THAT(Lines(l7mode_str, l7mode_str + 4),
               ElementsAre("L7MODE_NONE", "L7MODE_DOMO_ONLY", "L7MODE_SQUID_ONLY", "L7MODE_SQUID_DOMO"));
-  EXPECT_THAT(Lines(event_str, event_str + 18),
-              ElementsAre("EVENT_POWERED_ON", "EVENT_SINGLIF_INTERFACE_ON", "EVENT_SINGLIF_INTERFACE_OFF",
-                          "EVENT_PBR_ON", "EVENT_PBR_OFF", "EVENT_VLANID_CHANGE", "EVENT_SQUID_ON", "EVENT_SQUID_OFF",
-                          "EVENT_DOMO_ON", "EVENT_DOMO_OFF", "EVENT_OUTBAND_MGT_IP_CHANGE",
-                          "EVENT_INBAND_MGT_IP_CHANGE", "EVENT_WAN_IP_CHANGE", "EVENT_LAN_IP_CHANGE",
-                          "EVENT_WAN_GATEWAY_CHANGE", "EVENT_LAN_GATEWAY_CHANGE", "EVENT_WAN_NETMASK_CHANGE",
-                          "EVENT_LAN_NETMASK_CHANGE"));
+  EXPECT_THAT(
+      Lines(event_str, event_str + 18),
+      ElementsAre("EVENT_POWERED_ON", "EVENT_SINGLIF_INTERFACE_ON", "EVENT_SINGLIF_INTERFACE_OFF", "EVENT_PBR_ON",
+                  "EVENT_PBR_OFF", "EVENT_VLANID_CHANGE", "EVENT_SQUID_ON", "EVENT_SQUID_OFF", "EVENT_DOMO_ON",
+                  "EVENT_DOMO_OFF", "EVENT_OUTBAND_MGT_IP_CHANGE", "EVENT_INBAND_MGT_IP_CHANGE", "EVENT_WAN_IP_CHANGE",
+                  "EVENT_LAN_IP_CHANGE", "EVENT_WAN_GATEWAY_CHANGE", "EVENT_LAN_GATEWAY_CHANGE",
+                  "EVENT_WAN_NETMASK_CHANGE", "EVENT_LAN_NETMASK_CHANGE"));
   EXPECT_EQ(nullptr, event_str[18]);
   EXPECT_EQ(nullptr, event_str[19]);
 }
