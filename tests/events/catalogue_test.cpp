@@ -67,9 +67,9 @@ static_assert(sizeof kRows / sizeof kRows[0] == kCount);
 constexpr const char* kSources[] = {"System",  "Kestrove", "HTTP",    "Serial", "SSH",    "SNMP v1",
                                     "SNMP v2", "SNMP v3",  "unknown", "(null)", "(null)", "(null)"};
 
-class Catalogue : public StoreTest {};
+class EventCatalogue : public StoreTest {};
 
-TEST_F(Catalogue, EveryEventHasItsTypeAndDescription) {
+TEST_F(EventCatalogue, EveryEventHasItsTypeAndDescription) {
   clearSyslog();
   std::vector<std::string> expected;
   for (uint32_t id = 0; id < kCount; ++id) {
@@ -85,18 +85,18 @@ TEST_F(Catalogue, EveryEventHasItsTypeAndDescription) {
   }
 }
 
-TEST_F(Catalogue, IdsOutsideItAreUnknownEvents) {
+TEST_F(EventCatalogue, IdsOutsideItAreUnknownEvents) {
   for (uint32_t id : {49u, 50u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
     EXPECT_STREQ("Unknown event", getEventMessage(id)) << id;
   }
 }
 
-TEST_F(Catalogue, DescriptionsNeedNoStore) {
+TEST_F(EventCatalogue, DescriptionsNeedNoStore) {
   dropStore();
   EXPECT_STREQ("System Started", getEventMessage(2));
 }
 
-TEST_F(Catalogue, SourcesAreFoundByPositionAndTheUnnamedHaveNoName) {
+TEST_F(EventCatalogue, SourcesAreFoundByPositionAndTheUnnamedHaveNoName) {
   clearSyslog();
   std::vector<std::string> expected;
   for (uint32_t source = 0; source < 12; ++source) {
@@ -109,7 +109,7 @@ TEST_F(Catalogue, SourcesAreFoundByPositionAndTheUnnamedHaveNoName) {
   EXPECT_EQ(expected, syslogLines());
 }
 
-TEST_F(Catalogue, SourcesBeyondTheTableHaveNoName) {
+TEST_F(EventCatalogue, SourcesBeyondTheTableHaveNoName) {
   for (uint32_t source : {12u, 13u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     clearSyslog();
     EXPECT_EQ(0, logEvent(24, source, "admin"));

@@ -16,9 +16,9 @@ extern "C" __attribute__((visibility("default"))) time_t time(time_t* out) noexc
 namespace kestrove::testing {
 namespace {
 
-class Clock : public StoreTest {};
+class EventClock : public StoreTest {};
 
-TEST_F(Clock, UnreadableIsToldToSyslogAndNothingIsRecorded) {
+TEST_F(EventClock, UnreadableIsToldToSyslogAndNothingIsRecorded) {
   clockShows = -1;
   clearSyslog();
   EXPECT_FAILS_WITH(SHM_ESYSTEM, logEvent(2, 0, "--"));
@@ -29,7 +29,7 @@ TEST_F(Clock, UnreadableIsToldToSyslogAndNothingIsRecorded) {
   EXPECT_EQ(0, shm_lock_count);
 }
 
-TEST_F(Clock, SecondsAreStoredAsTheyAre) {
+TEST_F(EventClock, SecondsAreStoredAsTheyAre) {
   clockShows = 1300094102;
   EXPECT_EQ(0, logEvent(21, 2, "admin"));
   EXPECT_EQ(1300094102, shm->eventLog.record[0].timestamp);

@@ -24,55 +24,57 @@ std::string line(const EventRecord& event, int layout) {
   return text;
 }
 
-TEST(Format, List) {
+TEST(EventFormat, List) {
   EXPECT_EQ("14-Mar-2011 09:15:02  Information  HTTP      admin       Web interface login", line(record(), 1));
 }
 
-TEST(Format, Comma) { EXPECT_EQ("14-03-2011,09:15:02,Information,HTTP,admin,Web interface login", line(record(), 2)); }
+TEST(EventFormat, Comma) {
+  EXPECT_EQ("14-03-2011,09:15:02,Information,HTTP,admin,Web interface login", line(record(), 2));
+}
 
-TEST(Format, NarrowCutsTypeAndUser) {
+TEST(EventFormat, NarrowCutsTypeAndUser) {
   EXPECT_EQ("14-Mar-2011 09:15:02  Info  HTTP      administ  Web interface login", line(record("administrator"), 3));
   EXPECT_EQ("14-Mar-2011 09:15:02  ---   System    --        Unknown event", line(record("--", 0, 0), 3));
 }
 
-TEST(Format, EveryOtherLayoutIsTheList) {
+TEST(EventFormat, EveryOtherLayoutIsTheList) {
   for (int layout : {0, 4, -1, INT32_MAX, INT32_MIN}) EXPECT_EQ(line(record(), 1), line(record(), layout)) << layout;
 }
 
-TEST(Format, WideColumnsAreNotCutInTheList) {
+TEST(EventFormat, WideColumnsAreNotCutInTheList) {
   EXPECT_EQ("14-Mar-2011 09:15:02  Information  Kestrove  administrator  System Restored to Saved State",
             line(record("administrator", 40, 1), 1));
 }
 
-TEST(Format, EmptyUserLeavesItsColumn) {
+TEST(EventFormat, EmptyUserLeavesItsColumn) {
   EXPECT_EQ("14-Mar-2011 09:15:02  Warning      SSH                   CLI Login failed", line(record("", 25, 4), 1));
   EXPECT_EQ("14-03-2011,09:15:02,Warning,SSH,,CLI Login failed", line(record("", 25, 4), 2));
 }
 
-TEST(Format, AUserOfThirtyTwoCharactersEndsThere) {
+TEST(EventFormat, AUserOfThirtyTwoCharactersEndsThere) {
   EventRecord full[2] = {record("abcdefghijklmnopqrstuvwxyz012345"), record()};
   EXPECT_EQ("14-03-2011,09:15:02,Information,HTTP,abcdefghijklmnopqrstuvwxyz012345,Web interface login",
             line(full[0], 2));
 }
 
-TEST(Format, BogusIdsAreUnknownEvents) {
+TEST(EventFormat, BogusIdsAreUnknownEvents) {
   EXPECT_EQ("14-03-2011,09:15:02,---,HTTP,admin,Unknown event", line(record("admin", 49), 2));
   EXPECT_EQ("14-03-2011,09:15:02,---,HTTP,admin,Unknown event", line(record("admin", UINT32_MAX), 2));
 }
 
-TEST(Format, SourcesWithoutNamePrintAsNull) {
+TEST(EventFormat, SourcesWithoutNamePrintAsNull) {
   for (uint32_t source : {9u, 11u, 12u, UINT32_MAX}) {
     EXPECT_EQ("14-Mar-2011 09:15:02  Information  (null)    admin       Web interface login",
               line(record("admin", 21, source), 1));
   }
 }
 
-TEST(Format, DaysBelowTenArePaddedWithABlank) {
+TEST(EventFormat, DaysBelowTenArePaddedWithABlank) {
   EXPECT_EQ(" 1-Jan-1970 00:00:00", line(record("", 0, 0, 0), 1).substr(0, 20));
   EXPECT_EQ(" 1-01-1970,00:00:00", line(record("", 0, 0, 0), 2).substr(0, 19));
 }
 
-TEST(Format, TimesAreSignedSecondsInUtc) {
+TEST(EventFormat, TimesAreSignedSecondsInUtc) {
   setenv("TZ", "America/New_York", 1);
   tzset();
   EXPECT_EQ("31-Dec-1969 23:59:59", line(record("", 0, 0, -1), 1).substr(0, 20));
@@ -81,7 +83,7 @@ TEST(Format, TimesAreSignedSecondsInUtc) {
 }
 
 // The C library's own formatter is the judge.
-TEST(Format, EveryMonthReadsAsTheLibraryWritesIt) {
+TEST(EventFormat, EveryMonthReadsAsTheLibraryWritesIt) {
   for (int64_t step = 0; step < 4000; ++step) {
     auto when = static_cast<int32_t>(INT32_MIN + step * 1073707);
     time_t seconds = when;
@@ -95,7 +97,7 @@ TEST(Format, EveryMonthReadsAsTheLibraryWritesIt) {
   }
 }
 
-TEST(Format, EverySizeCutsAndTerminates) {
+TEST(EventFormat, EverySizeCutsAndTerminates) {
   const std::string whole = line(record(), 1);
   for (int size = 1; size <= static_cast<int>(whole.size()) + 3; ++size) {
     std::string text(whole.size() + 8, '#');
@@ -106,21 +108,21 @@ TEST(Format, EverySizeCutsAndTerminates) {
   }
 }
 
-TEST(Format, SizeZeroWritesNothing) {
+TEST(EventFormat, SizeZeroWritesNothing) {
   char text[] = "kept";
   EXPECT_EQ(0, formatEventRecord(record(), text, 0, 1));
   EXPECT_STREQ("kept", text);
   EXPECT_EQ(0, formatEventRecord(record(), nullptr, 0, 1));
 }
 
-TEST(Format, NegativeSizesAreRefused) {
+TEST(EventFormat, NegativeSizesAreRefused) {
   char text[] = "kept";
   EXPECT_FAILS_WITH(SHM_EINVAL, formatEventRecord(record(), text, -1, 1));
   EXPECT_FAILS_WITH(SHM_EINVAL, formatEventRecord(record(), text, INT32_MIN, 1));
   EXPECT_STREQ("kept", text);
 }
 
-TEST(Format, NoBufferIsRefused) { EXPECT_FAILS_WITH(SHM_EINVAL, formatEventRecord(record(), nullptr, 128, 1)); }
+TEST(EventFormat, NoBufferIsRefused) { EXPECT_FAILS_WITH(SHM_EINVAL, formatEventRecord(record(), nullptr, 128, 1)); }
 
 }  // namespace
 }  // namespace kestrove::testing

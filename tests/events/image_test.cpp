@@ -28,7 +28,7 @@ int openDescriptors() {
   return count;
 }
 
-TEST(Image, IsTheAreaByteForByte) {
+TEST(EventImage, IsTheAreaByteForByte) {
   const std::string area = pattern(1);
   EXPECT_EQ(0, write_event_log(kFile, area.data()));
   EXPECT_TRUE(area == readFile(kFile));
@@ -37,7 +37,7 @@ TEST(Image, IsTheAreaByteForByte) {
   EXPECT_TRUE(area == back);
 }
 
-TEST(Image, IsOverwrittenInPlace) {
+TEST(EventImage, IsOverwrittenInPlace) {
   EXPECT_EQ(0, write_event_log(kFile, pattern(1).data()));
   ino_t inode = inodeOf(kFile);
   EXPECT_EQ(0, write_event_log(kFile, pattern(2).data()));
@@ -45,19 +45,19 @@ TEST(Image, IsOverwrittenInPlace) {
   EXPECT_TRUE(pattern(2) == readFile(kFile));
 }
 
-TEST(Image, ALongerFileIsCutToItsSize) {
+TEST(EventImage, ALongerFileIsCutToItsSize) {
   writeFile(kFile, std::string(kImage + 5000, '#'));
   EXPECT_EQ(0, write_event_log(kFile, pattern(1).data()));
   EXPECT_TRUE(pattern(1) == readFile(kFile));
 }
 
-TEST(Image, AShorterFileGrows) {
+TEST(EventImage, AShorterFileGrows) {
   writeFile(kFile, "short");
   EXPECT_EQ(0, write_event_log(kFile, pattern(1).data()));
   EXPECT_TRUE(pattern(1) == readFile(kFile));
 }
 
-TEST(Image, IsMadeWithTheModeThatTheProcessGives) {
+TEST(EventImage, IsMadeWithTheModeThatTheProcessGives) {
   umask(027);
   EXPECT_EQ(0, write_event_log(kFile, pattern(1).data()));
   struct stat file;
@@ -65,7 +65,7 @@ TEST(Image, IsMadeWithTheModeThatTheProcessGives) {
   EXPECT_EQ(0640u, file.st_mode & 0777);
 }
 
-TEST(Image, NeitherCallKeepsADescriptor) {
+TEST(EventImage, NeitherCallKeepsADescriptor) {
   int before = openDescriptors();
   std::string area = pattern(1);
   EXPECT_EQ(0, write_event_log(kFile, area.data()));
@@ -76,20 +76,20 @@ TEST(Image, NeitherCallKeepsADescriptor) {
   EXPECT_EQ(before, openDescriptors());
 }
 
-TEST(Image, CannotBeOpenedForWriting) {
+TEST(EventImage, CannotBeOpenedForWriting) {
   EXPECT_FAILS_WITH(SHM_EOPEN, write_event_log("/tmp/no/such/folder", pattern(1).data()));
   EXPECT_FAILS_WITH(SHM_EOPEN, write_event_log("/tmp", pattern(1).data()));
 }
 
-TEST(Image, AFailedWriteKeepsItsError) {
+TEST(EventImage, AFailedWriteKeepsItsError) {
   errno = 0;
   EXPECT_FAILS_WITH(SHM_EIO, write_event_log("/dev/full", pattern(1).data()));
   EXPECT_EQ(ENOSPC, errno);
 }
 
-TEST(Image, GoesToADeviceWithoutCutting) { EXPECT_EQ(0, write_event_log("/dev/null", pattern(1).data())); }
+TEST(EventImage, GoesToADeviceWithoutCutting) { EXPECT_EQ(0, write_event_log("/dev/null", pattern(1).data())); }
 
-TEST(Image, MissingOrShortIsNotReadAndSetsNoCode) {
+TEST(EventImage, MissingOrShortIsNotReadAndSetsNoCode) {
   std::string area(kImage, 'a');
   shm_errno = 42;
   EXPECT_EQ(-1, read_event_log("/tmp/missing", area.data()));
@@ -103,14 +103,14 @@ TEST(Image, MissingOrShortIsNotReadAndSetsNoCode) {
   EXPECT_TRUE(std::string(kImage, 'a') == area);
 }
 
-TEST(Image, OfALongerFileTheFirstBlockIsRead) {
+TEST(EventImage, OfALongerFileTheFirstBlockIsRead) {
   writeFile(kFile, pattern(1) + "more");
   std::string area(kImage + 4, 'a');
   EXPECT_EQ(0, read_event_log(kFile, area.data()));
   EXPECT_TRUE(pattern(1) + "aaaa" == area);
 }
 
-TEST(Image, PathAndAreaAreNeeded) {
+TEST(EventImage, PathAndAreaAreNeeded) {
   char area[1] = {};
   EXPECT_FAILS_WITH(SHM_EINVAL, write_event_log(nullptr, area));
   EXPECT_FAILS_WITH(SHM_EINVAL, write_event_log(kFile, nullptr));

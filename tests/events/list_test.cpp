@@ -27,9 +27,9 @@ void put(uint32_t slot, int second, uint32_t id, uint32_t source, const char* us
   memcpy(record.userName, user, std::min(strlen(user), sizeof record.userName));
 }
 
-class List : public StoreTest {};
+class EventList : public StoreTest {};
 
-TEST_F(List, Empty) {
+TEST_F(EventList, Empty) {
   EXPECT_EQ(
       "  eventLogFull: \t\t0\n"
       "  readIndex: \t\t\t0\n"
@@ -38,7 +38,7 @@ TEST_F(List, Empty) {
       listing());
 }
 
-TEST_F(List, OldestFirst) {
+TEST_F(EventList, OldestFirst) {
   put(0, 1, 2, 0, "--");
   put(1, 2, 22, 2, "mallory");
   put(2, 3, 77, 9, "");
@@ -57,7 +57,7 @@ TEST_F(List, OldestFirst) {
       listing());
 }
 
-TEST_F(List, AFullRingStartsAtItsReader) {
+TEST_F(EventList, AFullRingStartsAtItsReader) {
   for (uint32_t slot = 0; slot < SHM_EVENTS; ++slot) put(slot, 0, 24, 3, std::to_string(slot).c_str());
   shm->eventLog.eventLogFull = 1;
   shm->eventLog.readIndex = shm->eventLog.writeIndex = 100;
@@ -69,12 +69,12 @@ TEST_F(List, AFullRingStartsAtItsReader) {
   EXPECT_EQ(SHM_EVENTS, static_cast<int>(std::count(text.begin(), text.end(), '\n')) - 7);
 }
 
-TEST_F(List, AFullRingWhoseWriterIsAtTheStartIsNotEmpty) {
+TEST_F(EventList, AFullRingWhoseWriterIsAtTheStartIsNotEmpty) {
   shm->eventLog.eventLogFull = 1;
   EXPECT_NE(std::string::npos, listing().find("- List of events:"));
 }
 
-TEST_F(List, DamagedIndexesAreShownAsTheyAreAndEndTheList) {
+TEST_F(EventList, DamagedIndexesAreShownAsTheyAreAndEndTheList) {
   shm->eventLog.writeIndex = UINT32_MAX;
   shm->eventLog.readIndex = 9000;
   const std::string text = listing();
@@ -82,21 +82,21 @@ TEST_F(List, DamagedIndexesAreShownAsTheyAreAndEndTheList) {
   EXPECT_EQ(SHM_EVENTS, static_cast<int>(std::count(text.begin(), text.end(), '\n')) - 7);
 }
 
-TEST_F(List, LinesAreCutAt127Characters) {
+TEST_F(EventList, TheLongestLineIsShownWhole) {
   put(0, 1, 40, 1, "abcdefghijklmnopqrstuvwxyz012345");
   shm->eventLog.writeIndex = 1;
   EXPECT_NE(std::string::npos, listing().find("Kestrove  abcdefghijklmnopqrstuvwxyz012345  System Restored to Saved "
                                               "State\n"));
 }
 
-TEST_F(List, GoesToStandardOutputWithoutAStream) {
+TEST_F(EventList, GoesToStandardOutputWithoutAStream) {
   ::testing::internal::CaptureStdout();
   EXPECT_EQ(0, printEventLog(nullptr));
   fflush(stdout);
   EXPECT_EQ(listing(), ::testing::internal::GetCapturedStdout());
 }
 
-TEST_F(List, LeavesTheCallersLockCounted) {
+TEST_F(EventList, LeavesTheCallersLockCounted) {
   put(0, 1, 2, 0, "--");
   shm->eventLog.writeIndex = 1;
   ASSERT_EQ(0, shm_lock());
@@ -105,7 +105,7 @@ TEST_F(List, LeavesTheCallersLockCounted) {
   shm_unlock();
 }
 
-TEST_F(List, AttachesByItself) {
+TEST_F(EventList, AttachesByItself) {
   ShmData* mapped = shm;
   shm = nullptr;
   EXPECT_NE(std::string::npos, listing().find("** No events **"));
@@ -113,7 +113,7 @@ TEST_F(List, AttachesByItself) {
   shm = mapped;
 }
 
-TEST_F(List, WithoutStoreFails) {
+TEST_F(EventList, WithoutStoreFails) {
   dropStore();
   EXPECT_FAILS_WITH(SHM_EATTACH, printEventLog(stdout));
 }

@@ -46,14 +46,14 @@ void breakLockFile() {
   }
 }
 
-class Log : public StoreTest {};
+class EventLogging : public StoreTest {};
 
-TEST_F(Log, EmptyHasNoEvents) {
+TEST_F(EventLogging, EmptyHasNoEvents) {
   EXPECT_EQ(0, getEventCount());
   EXPECT_EQ("result 0", text(0));
 }
 
-TEST_F(Log, AnEventIsRecordedWholeAndTheFileIsTheRing) {
+TEST_F(EventLogging, AnEventIsRecordedWholeAndTheFileIsTheRing) {
   time_t before = time(nullptr);
   memset(shm->eventLog.record[0].userName, '#', sizeof shm->eventLog.record[0].userName);
   EXPECT_EQ(0, logEvent(21, 2, "admin"));
@@ -72,7 +72,7 @@ TEST_F(Log, AnEventIsRecordedWholeAndTheFileIsTheRing) {
   EXPECT_EQ(0, shm_lock_count);
 }
 
-TEST_F(Log, BogusIdsAreWarnedAboutAndStoredAllTheSame) {
+TEST_F(EventLogging, BogusIdsAreWarnedAboutAndStoredAllTheSame) {
   clearSyslog();
   EXPECT_EQ(0, logEvent(49, 0, "x"));
   EXPECT_EQ(0, logEvent(UINT32_MAX, 0, "x"));
@@ -82,18 +82,18 @@ TEST_F(Log, BogusIdsAreWarnedAboutAndStoredAllTheSame) {
   EXPECT_EQ(",---,System,x,Unknown event", text(0).substr(19));
 }
 
-TEST_F(Log, LongUserNamesKeepTheirFirst32Bytes) {
+TEST_F(EventLogging, LongUserNamesKeepTheirFirst32Bytes) {
   EXPECT_EQ(0, logEvent(24, 3, "abcdefghijklmnopqrstuvwxyz0123456789"));
   EXPECT_EQ("abcdefghijklmnopqrstuvwxyz012345", std::string(shm->eventLog.record[0].userName, 32));
   EXPECT_EQ("abcdefghijklmnopqrstuvwxyz012345", user(0));
 }
 
-TEST_F(Log, NoUserCountsAsEmpty) {
+TEST_F(EventLogging, NoUserCountsAsEmpty) {
   EXPECT_EQ(0, logEvent(24, 3, nullptr));
   EXPECT_EQ(std::string(32, '\0'), std::string(shm->eventLog.record[0].userName, 32));
 }
 
-TEST_F(Log, WorksInEveryOperationalState) {
+TEST_F(EventLogging, WorksInEveryOperationalState) {
   for (uint32_t state = 0; state <= 6; ++state) {
     shm->operationalState = state;
     EXPECT_EQ(0, logEvent(24, 3, "x"));
@@ -101,7 +101,7 @@ TEST_F(Log, WorksInEveryOperationalState) {
   }
 }
 
-TEST_F(Log, SwitchedOffStoresNothingAndLeavesTheFile) {
+TEST_F(EventLogging, SwitchedOffStoresNothingAndLeavesTheFile) {
   EXPECT_EQ(0, logEvent(2, 0, "--"));
   const std::string before = readFile(kFile), ring = image();
   shm->config.loggingOperState = SHM_OFF;
@@ -113,14 +113,14 @@ TEST_F(Log, SwitchedOffStoresNothingAndLeavesTheFile) {
   EXPECT_EQ(0, shm_lock_count);
 }
 
-TEST_F(Log, OnlyTheValueTwoSwitchesItOff) {
+TEST_F(EventLogging, OnlyTheValueTwoSwitchesItOff) {
   for (int value : {0, 1, 3, 255}) {
     shm->config.loggingOperState = static_cast<uint8_t>(value);
     EXPECT_EQ(0, logEvent(2, 0, "--")) << value;
   }
 }
 
-TEST_F(Log, WithoutStoreEveryCallFailsAsTheLockDoes) {
+TEST_F(EventLogging, WithoutStoreEveryCallFailsAsTheLockDoes) {
   dropStore();
   char line[16];
   EXPECT_FAILS_WITH(SHM_EATTACH, logEvent(2, 0, "--"));
@@ -130,7 +130,7 @@ TEST_F(Log, WithoutStoreEveryCallFailsAsTheLockDoes) {
   EXPECT_FAILS_WITH(SHM_EATTACH, wipeEventLog());
 }
 
-TEST_F(Log, ALockThatCannotBeTakenRecordsNothing) {
+TEST_F(EventLogging, ALockThatCannotBeTakenRecordsNothing) {
   breakLockFile();
   EXPECT_FAILS_WITH(SHM_ESYSTEM, logEvent(2, 0, "--"));
   EXPECT_FAILS_WITH(SHM_ESYSTEM, getEventCount());
@@ -138,7 +138,7 @@ TEST_F(Log, ALockThatCannotBeTakenRecordsNothing) {
   EXPECT_FALSE(fileExists(kFile));
 }
 
-TEST_F(Log, AtTheEndOfTheRing) {
+TEST_F(EventLogging, AtTheEndOfTheRing) {
   logNumbered(0, 8191);
   EXPECT_EQ(0u, shm->eventLog.eventLogFull);
   EXPECT_EQ(8191u, shm->eventLog.writeIndex);
@@ -165,7 +165,7 @@ TEST_F(Log, AtTheEndOfTheRing) {
   EXPECT_TRUE(image() == readFile(kFile));
 }
 
-TEST_F(Log, TheReaderWrapsToo) {
+TEST_F(EventLogging, TheReaderWrapsToo) {
   shm->eventLog.eventLogFull = 1;
   shm->eventLog.readIndex = 8191;
   shm->eventLog.writeIndex = 8191;
@@ -175,7 +175,7 @@ TEST_F(Log, TheReaderWrapsToo) {
   EXPECT_EQ("0", user(8191));
 }
 
-TEST_F(Log, DamagedIndexesAreReduced) {
+TEST_F(EventLogging, DamagedIndexesAreReduced) {
   shm->eventLog.writeIndex = 8192 + 5;
   logNumbered(0, 1);
   EXPECT_EQ(6u, shm->eventLog.writeIndex);
@@ -191,7 +191,7 @@ TEST_F(Log, DamagedIndexesAreReduced) {
   EXPECT_EQ('1', shm->eventLog.record[8191].userName[0]);
 }
 
-TEST_F(Log, ADamagedCountIsToldAsItStands) {
+TEST_F(EventLogging, ADamagedCountIsToldAsItStands) {
   shm->eventLog.writeIndex = 70000;
   EXPECT_EQ(70000, getEventCount());
   EXPECT_NE("result 0", text(8191)) << "every slot lies below the damaged index";
@@ -200,13 +200,13 @@ TEST_F(Log, ADamagedCountIsToldAsItStands) {
   EXPECT_EQ(8192, getEventCount());
 }
 
-TEST_F(Log, IndexesBeyondTheRingNeedNoLock) {
+TEST_F(EventLogging, IndexesBeyondTheRingNeedNoLock) {
   dropStore();
   char line[16];
   for (uint32_t index : {8192u, 0x7FFFFFFFu, 0xFFFFFFFFu}) EXPECT_EQ(0, getEventString(index, line, sizeof line, 1));
 }
 
-TEST_F(Log, ABufferTooSmallCutsTheText) {
+TEST_F(EventLogging, ABufferTooSmallCutsTheText) {
   EXPECT_EQ(0, logEvent(2, 0, "--"));
   char line[16] = "###############";
   EXPECT_EQ(9, getEventString(0, line, 10, 1));
@@ -216,20 +216,20 @@ TEST_F(Log, ABufferTooSmallCutsTheText) {
   EXPECT_FAILS_WITH(SHM_EINVAL, getEventString(0, line, -1, 1));
 }
 
-TEST_F(Log, NoBufferIsRefusedAndReleasesTheLock) {
+TEST_F(EventLogging, NoBufferIsRefusedAndReleasesTheLock) {
   EXPECT_EQ(0, logEvent(2, 0, "--"));
   EXPECT_FAILS_WITH(SHM_EINVAL, getEventString(0, nullptr, 128, 1));
   EXPECT_EQ(0, shm_lock_count);
 }
 
-TEST_F(Log, AFileThatCannotBeOpenedLeavesTheRecord) {
+TEST_F(EventLogging, AFileThatCannotBeOpenedLeavesTheRecord) {
   ASSERT_EQ(0, mkdir(kFile, 0755));
   EXPECT_FAILS_WITH(SHM_EOPEN, logEvent(2, 0, "--"));
   EXPECT_EQ(1, getEventCount());
   EXPECT_EQ(0, shm_lock_count);
 }
 
-TEST_F(Log, AFullDiskLeavesTheRecordAndTellsWhy) {
+TEST_F(EventLogging, AFullDiskLeavesTheRecordAndTellsWhy) {
   ASSERT_EQ(0, symlink("/dev/full", kFile));
   errno = 0;
   EXPECT_FAILS_WITH(SHM_EIO, logEvent(2, 0, "--"));
@@ -238,7 +238,7 @@ TEST_F(Log, AFullDiskLeavesTheRecordAndTellsWhy) {
   EXPECT_EQ(0, shm_lock_count);
 }
 
-TEST_F(Log, ClearingEmptiesAndLogsItself) {
+TEST_F(EventLogging, ClearingEmptiesAndLogsItself) {
   logNumbered(0, 3);
   shm->eventLog.eventLogFull = 1;
   shm->eventLog.readIndex = 7;
@@ -252,7 +252,7 @@ TEST_F(Log, ClearingEmptiesAndLogsItself) {
   EXPECT_EQ(0, shm_lock_count);
 }
 
-TEST_F(Log, ClearingWithLoggingOffLeavesItEmpty) {
+TEST_F(EventLogging, ClearingWithLoggingOffLeavesItEmpty) {
   logNumbered(0, 3);
   shm->config.loggingOperState = SHM_OFF;
   shm_errno = 0;
@@ -262,7 +262,7 @@ TEST_F(Log, ClearingWithLoggingOffLeavesItEmpty) {
   EXPECT_TRUE(image() == readFile(kFile));
 }
 
-TEST_F(Log, ClearingTellsOfAFileThatCannotBeWrittenAndStillLogs) {
+TEST_F(EventLogging, ClearingTellsOfAFileThatCannotBeWrittenAndStillLogs) {
   logNumbered(0, 3);
   ASSERT_EQ(0, unlink(kFile));
   ASSERT_EQ(0, mkdir(kFile, 0755));
@@ -270,7 +270,7 @@ TEST_F(Log, ClearingTellsOfAFileThatCannotBeWrittenAndStillLogs) {
   EXPECT_EQ(1, getEventCount());
 }
 
-TEST_F(Log, WipingLogsNothing) {
+TEST_F(EventLogging, WipingLogsNothing) {
   logNumbered(0, 3);
   clearSyslog();
   EXPECT_EQ(0, wipeEventLog());
@@ -280,12 +280,12 @@ TEST_F(Log, WipingLogsNothing) {
   EXPECT_EQ(0, shm_lock_count);
 }
 
-TEST_F(Log, WipingTellsOfAFileThatCannotBeWritten) {
+TEST_F(EventLogging, WipingTellsOfAFileThatCannotBeWritten) {
   ASSERT_EQ(0, mkdir(kFile, 0755));
   EXPECT_FAILS_WITH(SHM_EOPEN, wipeEventLog());
 }
 
-TEST_F(Log, ProcessesThatLogTogetherLoseNothing) {
+TEST_F(EventLogging, ProcessesThatLogTogetherLoseNothing) {
   constexpr int kWriters = 4, kEach = 200;
   for (int writer = 0; writer < kWriters; ++writer) {
     if (fork() != 0) continue;

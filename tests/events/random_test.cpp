@@ -9,7 +9,7 @@
 namespace kestrove::testing {
 namespace {
 
-class Random : public StoreTest {
+class EventRandom : public StoreTest {
  protected:
   void scramble(uint32_t seed) {
     std::mt19937 numbers(seed);
@@ -19,7 +19,7 @@ class Random : public StoreTest {
   }
 };
 
-TEST_F(Random, BytesAreReadAndWrittenWithinTheRing) {
+TEST_F(EventRandom, BytesAreReadAndWrittenWithinTheRing) {
   for (uint32_t seed = 1; seed <= 20; ++seed) {
     scramble(seed);
     shm->eventLog.eventLogFull = seed % 2;
@@ -39,7 +39,7 @@ TEST_F(Random, BytesAreReadAndWrittenWithinTheRing) {
   }
 }
 
-TEST_F(Random, BytesAreListedToTheEnd) {
+TEST_F(EventRandom, BytesAreListedToTheEnd) {
   scramble(99);
   FILE* nowhere = fopen("/dev/null", "w");
   EXPECT_EQ(0, printEventLog(nowhere));

@@ -10,9 +10,9 @@ namespace {
 constexpr char kFile[] = "/var/log/kestrove/event.log";
 constexpr char kCopy[] = "/old_dir/var/log/kestrove/event.log";
 
-class Update : public StoreTest {};
+class EventUpdate : public StoreTest {};
 
-TEST_F(Update, StartsAFreshLogAndCopiesIt) {
+TEST_F(EventUpdate, StartsAFreshLogAndCopiesIt) {
   for (int i = 0; i < 5; ++i) ASSERT_EQ(0, logEvent(24, 3, "x"));
   clearRecords();
   EXPECT_EQ(0, logSystemUpdateEvent(4, 2, "admin"));
@@ -29,12 +29,12 @@ TEST_F(Update, StartsAFreshLogAndCopiesIt) {
   EXPECT_EQ(0, shm_lock_count);
 }
 
-TEST_F(Update, GivesTheCopysStatus) {
+TEST_F(EventUpdate, GivesTheCopysStatus) {
   answer("cp", "", 3);
   EXPECT_EQ(3, logSystemUpdateEvent(5, 2, "admin"));
 }
 
-TEST_F(Update, CopiesEvenWithLoggingOff) {
+TEST_F(EventUpdate, CopiesEvenWithLoggingOff) {
   shm->config.loggingOperState = SHM_OFF;
   clearRecords();
   EXPECT_EQ(0, logSystemUpdateEvent(4, 2, "admin"));
