@@ -13,6 +13,7 @@
 #include "store/segment.h"
 #include "store/short_version.h"
 #include "store/text.h"
+#include "sys/replace.h"
 
 namespace kestrove {
 namespace {
@@ -71,6 +72,7 @@ void nameFiles(const char* configPath, const char* eventLogPath) {
 void loadConfiguration() {
   char path[sizeof shm->config.configFileName + 1];
   copyField(path, sizeof path, shm->config.configFileName);
+  sys::removeLeftovers(path);  // of saves that were killed
   if (load_shared_memory(path) < 0) shm->operationalState = SHM_STATE_UNCONFIGURED;
 }
 
