@@ -66,6 +66,7 @@ void mountOwnFolders(const Options& options) {
     showCovered(realPath(needed));
   }
   for (const std::string& path : options.shown) showCovered(path);
+  showCovered(options.shared);
   for (const char* folder : {"/run", "/tmp", "/dev"}) bind(kStage + folder, kRoot + folder);
 }
 
@@ -78,9 +79,7 @@ void mountState(const std::string& state) {
 }
 
 void mountShared(const std::string& folder) {
-  if (folder.empty()) return;
-  showCovered(folder);
-  bind(folder, kRoot + folder);
+  if (!folder.empty()) bind(folder, kRoot + folder);
 }
 
 }  // namespace

@@ -11,52 +11,48 @@
 namespace kestrove::sandbox {
 namespace {
 
-enum class Use {
-  kNever,     // must not run: recorded in both modes
-  kReal,      // runs in real mode, recorded in record mode
-  kAlways,    // runs in both modes, recorded in record mode
-  kRecorded,  // runs and is recorded in both modes
-};
+enum class Deed { kRun, kRecord, kBoth };
 
 struct Tool {
   const char* path;
-  Use use;
+  Deed real;    // in real mode; a program that neither machine nor image has is recorded instead of run
+  Deed record;  // in record mode
 };
 
 constexpr Tool kTools[] = {
-    {"/bin/sh", Use::kRecorded},
-    {"/bin/date", Use::kRecorded},  // the recorder itself keeps back what would set the clock
-    {"/bin/cp", Use::kAlways},
-    {"/bin/rm", Use::kAlways},
-    {"/bin/mkdir", Use::kAlways},
-    {"/bin/cat", Use::kAlways},
-    {"/bin/kill", Use::kAlways},
-    {"/sbin/iptables-restore", Use::kReal},
-    {"/sbin/iptables", Use::kReal},
-    {"/sbin/ip6tables", Use::kReal},
-    {"/sbin/ip", Use::kReal},
-    {"/sbin/vconfig", Use::kReal},
-    {"/sbin/ifconfig", Use::kReal},
-    {"/sbin/dhcpcd", Use::kReal},
-    {"/sbin/FtwWdgCtl", Use::kReal},
-    {"/usr/sbin/brctl", Use::kReal},
-    {"/usr/bin/arping", Use::kReal},
-    {"/usr/bin/zip", Use::kReal},
-    {"/usr/bin/unzip", Use::kReal},
-    {"/usr/bin/killall", Use::kReal},
-    {"/usr/bin/init-bridging", Use::kReal},
-    {"/usr/bin/apacheConfig.sh", Use::kReal},
-    {"/usr/bin/snmpdConfig.sh", Use::kReal},
-    {"/usr/bin/sshdConfig.sh", Use::kReal},
-    {"/bin/restartKestrove", Use::kReal},
-    {"/bin/shm-init", Use::kReal},
-    {"/usr/bin/mii-diag", Use::kNever},
-    {"/usr/local/squid/sbin/squid", Use::kNever},
-    {"/sbin/hwclock", Use::kNever},
-    {"/sbin/reboot", Use::kNever},
-    {"/sbin/poweroff", Use::kNever},
-    {"/sbin/halt", Use::kNever},
-    {"/sbin/shutdown", Use::kNever},
+    {"/bin/sh", Deed::kBoth, Deed::kBoth},
+    {"/bin/date", Deed::kBoth, Deed::kRecord},  // the recorder itself keeps back what would set the clock
+    {"/bin/cp", Deed::kRun, Deed::kBoth},
+    {"/bin/rm", Deed::kRun, Deed::kBoth},
+    {"/bin/mkdir", Deed::kRun, Deed::kBoth},
+    {"/bin/cat", Deed::kRun, Deed::kBoth},
+    {"/bin/kill", Deed::kRun, Deed::kBoth},
+    {"/sbin/iptables-restore", Deed::kRun, Deed::kRecord},
+    {"/sbin/iptables", Deed::kRun, Deed::kRecord},
+    {"/sbin/ip6tables", Deed::kRun, Deed::kRecord},
+    {"/sbin/ip", Deed::kRun, Deed::kRecord},
+    {"/sbin/vconfig", Deed::kRun, Deed::kRecord},
+    {"/sbin/ifconfig", Deed::kRun, Deed::kRecord},
+    {"/sbin/dhcpcd", Deed::kRun, Deed::kRecord},
+    {"/sbin/FtwWdgCtl", Deed::kRun, Deed::kRecord},
+    {"/usr/sbin/brctl", Deed::kRun, Deed::kRecord},
+    {"/usr/bin/arping", Deed::kRun, Deed::kRecord},
+    {"/usr/bin/zip", Deed::kRun, Deed::kRecord},
+    {"/usr/bin/unzip", Deed::kRun, Deed::kRecord},
+    {"/usr/bin/killall", Deed::kRun, Deed::kRecord},
+    {"/usr/bin/init-bridging", Deed::kRun, Deed::kRecord},
+    {"/usr/bin/apacheConfig.sh", Deed::kRun, Deed::kRecord},
+    {"/usr/bin/snmpdConfig.sh", Deed::kRun, Deed::kRecord},
+    {"/usr/bin/sshdConfig.sh", Deed::kRun, Deed::kRecord},
+    {"/bin/restartKestrove", Deed::kRun, Deed::kRecord},
+    {"/bin/shm-init", Deed::kRun, Deed::kRecord},
+    {"/usr/bin/mii-diag", Deed::kRecord, Deed::kRecord},
+    {"/usr/local/squid/sbin/squid", Deed::kRecord, Deed::kRecord},
+    {"/sbin/hwclock", Deed::kRecord, Deed::kRecord},
+    {"/sbin/reboot", Deed::kRecord, Deed::kRecord},
+    {"/sbin/poweroff", Deed::kRecord, Deed::kRecord},
+    {"/sbin/halt", Deed::kRecord, Deed::kRecord},
+    {"/sbin/shutdown", Deed::kRecord, Deed::kRecord},
 };
 
 constexpr const char* kBuilt[] = {"/bin/shm-init", "/bin/kestrovectl", "/bin/kestrove-sim"};
@@ -91,19 +87,14 @@ class ToolLayer {
   }
 
   void lay(const Tool& tool) const {
-    std::string target = place(tool.path);
-    std::string machine = machineProgram(tool);
-    bool image = exists(target);
-    if (tool.use == Use::kRecorded || (record_ && tool.use == Use::kAlways)) {
-      if (!machine.empty()) keepReal(machine, nameOf(tool.path));
-      layRecorder(target);
-    } else if (record_ || tool.use == Use::kNever) {
-      layRecorder(target);
-    } else if (!image && machine.empty()) {
-      layRecorder(target);
-    } else if (!image && access(tool.path, X_OK) == -1) {
-      link(machine, target);
-    }
+    const Deed deed = record_ ? tool.record : tool.real;
+    const std::string target = place(tool.path);
+    const std::string machine = machineProgram(tool);
+    const bool there = exists(target) || access(tool.path, X_OK) == 0;
+    if (deed == Deed::kRun && there) return;
+    if (deed == Deed::kRun && !machine.empty()) return link(machine, target);
+    if (deed == Deed::kBoth && !machine.empty()) keepReal(machine, nameOf(tool.path));
+    layRecorder(target);
   }
 
  private:

@@ -1,0 +1,221 @@
+#!/bin/bash
+# The sandbox seen from outside: host_test.sh LAUNCHER TEST_PROGRAM CASE. Runs on the machine itself, and starts nothing
+# of the library but in the sandbox.
+set -u
+launcher=$1
+program=$2
+case=$3
+
+fail() {
+	echo "FAILED: $*" >&2
+	exit 1
+}
+
+equal() { [ "$1" = "$2" ] || fail "expected <$1>, found <$2>"; }
+
+# A line that no other process of the machine has in its arguments.
+mark=kestrove-sandbox-test-$$-$RANDOM
+scratch=$(mktemp -d)
+chmod 755 "$scratch"
+trap 'rm -rf "$scratch"' EXIT
+
+marked() { grep -lsa "[k]${mark#k}" /proc/[0-9]*/cmdline | wc -l; }
+
+until_marked() {
+	for _ in $(seq 100); do
+		[ "$(marked)" -"$1" 1 ] && return
+		sleep 0.05
+	done
+	fail "processes of the appliance: $(marked)"
+}
+
+# What the appliance's programs change: mounts, system files, segments, links, networks, bridges.
+machine() {
+	cut -d' ' -f 4- /proc/self/mountinfo
+	find /etc /var /usr/local /old_dir /run/kestrove -xdev \( -path /var/cache -o -path "$scratch" \) -prune -o \
+		-type d -printf '%p %m %u\n' -o -printf '%p %s %m %u %i %T@\n' 2>/dev/null
+	ls /tmp | grep -E 'restore_file|mii|mark-of-the-appliance'
+	ipcs -m
+	ip -o link
+	ip netns list
+	cat /proc/sys/kernel/hostname /proc/sys/net/ipv4/ip_forward
+}
+
+as_nobody() {
+	if [ "$(id -u)" = 0 ]; then
+		cp -r "$(dirname "$launcher")"/kestrove-* "$(dirname "$launcher")"/image "$scratch"
+		(cd "$scratch" && setpriv --reuid=65534 --regid=65534 --clear-groups ./kestrove-sandbox "$@")
+	else
+		"$launcher" "$@"
+	fi
+}
+
+# A script that does what the library may do, and worse.
+cat > "$scratch/mischief" <<END
+echo "intruder:x:0:0::/root:/bin/sh" >> /etc/passwd
+echo x > /etc/config/kestrove.conf
+mkdir -p /old_dir/mark /var/mark /tmp/mark-of-the-appliance
+ipcmk -M 4096
+hostname other
+/usr/bin/init-bridging eth0 eth1
+/sbin/vconfig add eth0 12
+echo 1 > /proc/sys/net/ipv4/ip_forward
+/sbin/iptables -A FORWARD -j DROP
+/sbin/ip rule flush
+/bin/date -s 2001-01-01
+/sbin/hwclock -u --systohc
+/sbin/reboot
+/sbin/poweroff
+chmod 600 /dev/null
+rm -rf /usr/local/bin
+bash -c "sleep 1000; echo $mark" &
+for _ in 1 2 3 4 5; do sleep 0.01; done
+END
+
+LeavesNothingBehind() {
+	before=$(machine)
+	"$launcher" --bind "$scratch" -- sh "$scratch/mischief" >"$scratch/output" 2>&1
+	equal 0 $?
+	grep -q "not permitted\|No such\|cannot" "$scratch/output" && fail "$(cat "$scratch/output")"
+	equal 0 "$(marked)"
+	diff <(echo "$before") <(machine) || fail "the machine has changed"
+}
+
+KilledLauncherTakesAllWithIt() {
+	for signal in KILL TERM; do
+		before=$(machine)
+		"$launcher" -- sh -c "sleep 1000 & exec bash -c 'sleep 1000; echo $mark'" &
+		until_marked ge
+		kill -$signal $!
+		wait $! 2>/dev/null
+		until_marked lt
+		diff <(echo "$before") <(machine) || fail "the machine has changed"
+	done
+}
+
+ExitStatusIsTheCommands() {
+	for status in 0 1 77 255; do
+		"$launcher" --no-ports -- sh -c "exit $status"
+		equal $status $?
+	done
+	"$launcher" --no-ports -- sh -c 'kill -9 $$'
+	equal 137 $?
+	"$launcher" --no-ports -- sh -c 'kill -SEGV $$'
+	equal 139 $?
+}
+
+FailuresToStartHaveTheirOwnStatus() {
+	equal 127 "$("$launcher" --no-ports -- no-such-program 2>/dev/null; echo $?)"
+	equal 126 "$("$launcher" --no-ports -- /etc/passwd 2>/dev/null; echo $?)"
+	equal 125 "$("$launcher" 2>/dev/null; echo $?)"
+	equal 125 "$("$launcher" --no-such-option -- true 2>/dev/null; echo $?)"
+	equal 125 "$("$launcher" --state /proc/none -- true 2>/dev/null; echo $?)"
+	equal 125 "$("$launcher" --bind /no/such/file -- true 2>/dev/null; echo $?)"
+}
+
+HelpNamesEveryOption() {
+	for option in real record ports no-ports state share bind no-overlay help; do
+		"$launcher" --help | grep -q -- "--$option" || fail "--$option"
+	done
+}
+
+# A user namespace has limits of its own; this one allows no networks below it.
+MissingNamespaceIsNamedInOneLine() {
+	text=$(unshare -Ur sh -c "echo 0 > /proc/sys/user/max_net_namespaces; exec '$launcher' -- true" 2>&1)
+	equal 125 $?
+	equal "kestrove-sandbox: this system gives no network namespace: No space left on device" "$text"
+	text=$(unshare -Ur sh -c "echo 0 > /proc/sys/user/max_user_namespaces
+		exec setpriv --bounding-set=-sys_admin --inh-caps=-all '$launcher' -- true" 2>&1)
+	equal 125 $?
+	equal "kestrove-sandbox: this system gives no user namespace to an ordinary user: No space left on device" "$text"
+}
+
+OrdinaryUserGetsTheSame() {
+	text=$(as_nobody -- sh -c '
+		id -u
+		echo "a:b" >> /etc/passwd && tail -n 1 /etc/passwd
+		echo x > /etc/config/kestrove.conf && cat /etc/config/kestrove.conf
+		/usr/bin/init-bridging eth0 eth1
+		ip netns exec lan ping -q -c 1 -W 3 192.168.10.3 | grep -o "1 received"
+		/sbin/reboot; grep -acx 12:/sbin/reboot /run/kestrove/commands')
+	equal "0 a:b x 1 received 1" "$(echo $text)"
+	equal "$(id -u)" "$(stat -c %u "$scratch")"
+}
+
+WithoutOverlayTheSame() {
+	text=$("$launcher" --no-overlay -- sh -c '
+		grep -c overlay /proc/mounts
+		echo "a:b" >> /etc/passwd && tail -n 1 /etc/passwd
+		echo x > /etc/config/kestrove.conf && cat /etc/config/kestrove.conf
+		/usr/bin/init-bridging eth0 eth1
+		ip netns exec lan ping -q -c 1 -W 3 192.168.10.3 | grep -o "1 received"
+		touch /usr/include/mark 2>/dev/null || echo read-only')
+	equal "0 a:b x 1 received read-only" "$(echo $text)"
+	grep -q '^a:b' /etc/passwd && fail "the machine has changed"
+	return 0
+}
+
+StateIsKept() {
+	"$launcher" --no-ports --state "$scratch/state" -- sh -c 'echo 1 > /etc/config/a; echo 2 > /var/log/kestrove/b; echo 3 > /etc/c'
+	equal "1 2" "$("$launcher" --no-ports --state "$scratch/state" -- sh -c 'cat /etc/config/a /var/log/kestrove/b /etc/c' 2>/dev/null | xargs)"
+	equal "a b" "$(ls "$scratch"/state/config "$scratch"/state/log | grep -v : | xargs)"
+}
+
+SharedFolderIsReallyChanged() {
+	mkdir "$scratch/shared"
+	"$launcher" --no-ports --share "$scratch/shared" -- sh -c "echo 1 > $scratch/shared/a; echo 2 > $scratch/b" 2>/dev/null
+	equal 1 "$(cat "$scratch/shared/a")"
+	[ ! -e "$scratch/b" ] || fail "another folder was changed"
+}
+
+ShownFileIsReadOnly() {
+	echo text > "$scratch/file"
+	equal text "$("$launcher" --no-ports --bind "$scratch/file" -- cat "$scratch/file")"
+	"$launcher" --no-ports --bind "$scratch/file" -- sh -c "echo other > $scratch/file" 2>/dev/null && fail "was written"
+	equal text "$(cat "$scratch/file")"
+}
+
+BuildBelowTmpIsVisible() {
+	mkdir -p "$scratch/build"
+	cp -r "$(dirname "$launcher")"/kestrove-* "$(dirname "$launcher")"/image "$scratch/build"
+	cd "$scratch/build" || fail "cd"
+	equal "$scratch/build" "$(./kestrove-sandbox --no-ports -- pwd)"
+	equal "$(basename "$scratch")" "$(./kestrove-sandbox --no-ports -- ls /tmp)"
+}
+
+RunsInsideItself() {
+	equal "inner 2 eth0" "$("$launcher" --no-ports -- "$launcher" --ports -- sh -c \
+		'echo inner; sh -c : ; grep -ac ^shell /run/kestrove/commands; ip -o link show eth0 | grep -o eth0' | xargs)"
+}
+
+# Were the privilege still there, the clock would be set to what it is.
+RootMayNotTouchTheMachine() {
+	text=$("$launcher" --no-ports -- sh -c '
+		/run/kestrove/real/date -s "@$(date +%s)" >/dev/null && echo clock
+		cat /proc/sys/kernel/panic > /proc/sys/kernel/panic && echo switch
+		true > /proc/sysrq-trigger && echo request
+		mknod /tmp/disk b 254 0 && echo device
+		touch /sys/mark && echo sys
+		ls -d /proc/[0-9]* | wc -l' 2>/dev/null)
+	[ "$text" -lt 8 ] || fail "$text"
+}
+
+# The guard of the test programs, tried where a failing guard does no harm.
+TestProgramsRefuseToRunOutside() {
+	text=$("$launcher" --no-ports -- sh -c "rm /run/kestrove/inside; '$program' --gtest_filter=Inside.*" 2>&1)
+	equal 99 $?
+	equal "$program runs in the sandbox only: kestrove-sandbox -- $program" "$text"
+}
+
+StartsQuickly() {
+	start=$(date +%s%N)
+	for _ in $(seq 20); do "$launcher" --no-ports -- true; done
+	plain=$((($(date +%s%N) - start) / 20000000))
+	echo "without ports: $plain ms"
+	start=$(date +%s%N)
+	for _ in $(seq 20); do "$launcher" --ports -- true; done
+	echo "with ports: $((($(date +%s%N) - start) / 20000000)) ms"
+	[ $plain -lt 300 ] || fail "too slow to run each test in an appliance of its own"
+}
+
+"$case" || fail "$case"
