@@ -6,6 +6,7 @@
 #include <charconv>
 
 #include "kestrove/engine.h"
+#include "store/bounds.h"
 #include "store/fail.h"
 #include "store/lock.h"
 #include "store/text.h"
@@ -127,10 +128,10 @@ void fillSettings(EngineConfiguration& block, const ConfigRecord& config) {
 }
 
 // The engine numbers its rules by their place, whatever they carry in the store.
-void fillRules(EngineConfiguration& block, const FilterTable& table) {
+void fillRules(EngineConfiguration& block) {
   RuleLines lines;
-  block.ruleCount = std::clamp<int32_t>(table.ruleCount, 0, SHM_RULES);
-  memcpy(block.rule, table.rule, static_cast<size_t>(block.ruleCount) * sizeof(FilterRule));
+  block.ruleCount = ruleEntries(*shm);
+  memcpy(block.rule, shm->filterTable.rule, static_cast<size_t>(block.ruleCount) * sizeof(FilterRule));
   for (int32_t i = 0; i < block.ruleCount; ++i) {
     FilterRule& rule = block.rule[i];
     lines.add(rule.ruleAction);
@@ -153,6 +154,6 @@ int setConfiguration(void* block) {
   fillLink(snapshot.lan, kLan);
   fillLink(snapshot.wan, kWan);
   fillSettings(snapshot, shm->config);
-  fillRules(snapshot, shm->filterTable);
+  fillRules(snapshot);
   return 0;
 }

@@ -2,6 +2,7 @@
 
 #include "kestrove/persistence.h"
 #include "kestrove/system.h"
+#include "store/bounds.h"
 #include "store/fail.h"
 #include "store/lock.h"
 #include "store/text.h"
@@ -17,7 +18,7 @@ bool begins(std::string_view name, std::string_view given) { return name.starts_
 
 UserAccount* findAccount(std::string_view given, Match match) {
   ConfigRecord& config = shm->config;
-  for (int32_t i = 0; i < config.userCount && i < SHM_USERS; ++i) {
+  for (int i = 0; i < userEntries(*shm); ++i) {
     if (match(fieldView(config.users[i].username), given)) return &config.users[i];
   }
   shm_errno = SHM_ENOUSER;

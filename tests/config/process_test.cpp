@@ -83,14 +83,14 @@ TEST_F(ProcessTest, RefreshGoesOnWithoutAPid) {
   shm->config.httpOperState = 1;
   unlink(kWebPid);
   EXPECT_EQ(0, refresh_userinterface_apps());
-  EXPECT_EQ((Lines{"err: refresh: Can't open /usr/local/apache2/logs/httpd.pid"}), errors());
+  EXPECT_EQ((Lines{"err: refresh: Can't open /usr/local/apache2/logs/httpd.pid\n"}), errors());
   ASSERT_EQ(4u, shellLines().size());
   EXPECT_EQ("/bin/kill -s SIGHUP  > /dev/null 2>&1", shellLines()[1]);
   clearSyslog();
   clearRecords();
   writeFile(kWebPid, "");
   EXPECT_EQ(0, refresh_userinterface_apps());
-  EXPECT_EQ((Lines{"err: refresh bad pid from /usr/local/apache2/logs/httpd.pid"}), errors());
+  EXPECT_EQ((Lines{"err: refresh bad pid from /usr/local/apache2/logs/httpd.pid\n"}), errors());
   EXPECT_EQ("/bin/kill -s SIGHUP  > /dev/null 2>&1", shellLines().at(1));
 }
 

@@ -1,0 +1,37 @@
+# Programs of the other width (32-bit beside a 64-bit build and the reverse), for tests in which both share one store.
+# Sets KESTROVE_OTHER_WIDTH to its folder, or leaves it empty, and says so, where its packages are missing.
+include(CheckCXXSourceCompiles)
+include(ExternalProject)
+
+if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+  set(kestrove_other_flag -m32)
+else()
+  set(kestrove_other_flag -m64)
+endif()
+
+set(CMAKE_REQUIRED_FLAGS ${kestrove_other_flag})
+set(CMAKE_REQUIRED_LIBRARIES crypt)
+string(REPLACE "-" "_" kestrove_other_check "KESTROVE_BUILDS${kestrove_other_flag}")
+check_cxx_source_compiles("#include <crypt.h>\n#include <string>\nint main() { return !crypt(\"a\", \"b\"); }"
+                          ${kestrove_other_check})
+unset(CMAKE_REQUIRED_FLAGS)
+unset(CMAKE_REQUIRED_LIBRARIES)
+
+set(KESTROVE_OTHER_WIDTH "")
+if(NOT ${kestrove_other_check})
+  message(STATUS "No packages for ${kestrove_other_flag}: the tests that cross widths are left out")
+elseif(NOT KESTROVE_WIDTH_OF_A_TEST)
+  set(KESTROVE_OTHER_WIDTH ${CMAKE_BINARY_DIR}/other-width)
+  ExternalProject_Add(kestrove-other-width
+    SOURCE_DIR ${PROJECT_SOURCE_DIR}
+    BINARY_DIR ${KESTROVE_OTHER_WIDTH}
+    CMAKE_ARGS -DCMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE} -DKESTROVE_TESTS=OFF -DKESTROVE_WIDTH_OF_A_TEST=ON
+               -DCMAKE_C_FLAGS=${kestrove_other_flag} -DCMAKE_CXX_FLAGS=${kestrove_other_flag}
+               -DCMAKE_C_COMPILER=${CMAKE_C_COMPILER} -DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER}
+               -DCMAKE_C_COMPILER_LAUNCHER=${CMAKE_C_COMPILER_LAUNCHER}
+               -DCMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER}
+    BUILD_COMMAND ${CMAKE_COMMAND} --build . --parallel 2 --target kestrove-sim
+    INSTALL_COMMAND ""
+    BUILD_ALWAYS ON
+    EXCLUDE_FROM_ALL ON)
+endif()

@@ -1,0 +1,66 @@
+#include "tools/sim/interval.h"
+
+#include "kestrove/stats.h"
+
+namespace sim {
+namespace {
+
+enum RecordWord { kUncompressed = 25, kCompressed = 26, kFilterIn = 27, kFilterOut = 28, kRows = 30, kRowWords = 15 };
+enum RowWord { kBytes = 1, kPackets = 3, kDrops = 5, kCurrentRate = 7, kAverageRate = 8, kMaximumRate = 9 };
+constexpr int kWanRow = 0;
+constexpr int kLanRow = 9;
+
+void putPair(uint32_t* words, uint64_t value) {
+  words[0] = static_cast<uint32_t>(value);
+  words[1] = static_cast<uint32_t>(value >> 32);
+}
+
+void fillRow(IntervalRecord& record, int row, const InterfaceCounters& port, uint32_t seconds) {
+  uint32_t* words = record.word + kRows + kRowWords * row;
+  putPair(words + kBytes, port.bytesSent);
+  putPair(words + kPackets, port.packetsSent);
+  putPair(words + kDrops, port.dropsSent);
+  uint64_t rate = seconds == 0 ? 0 : port.bytesSent * 8 / seconds;
+  words[kCurrentRate] = words[kAverageRate] = words[kMaximumRate] =
+      rate > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(rate);
+}
+
+uint64_t since(uint64_t now, uint64_t last) { return now < last ? 0 : now - last; }
+
+}  // namespace
+
+void PortCounters::watch(const std::string& name) {
+  if (name == name_) return;
+  name_ = name;
+  known_ = false;
+  advance();
+}
+
+InterfaceCounters PortCounters::advance() {
+  InterfaceCounters now = {};
+  InterfaceCounters passed = {};
+  if (readInterfaceStats(&now, name_.c_str()) != 0) {
+    known_ = false;
+    return passed;
+  }
+  if (known_) {
+    passed = {since(now.bytesSent, last_.bytesSent),     since(now.bytesReceived, last_.bytesReceived),
+              since(now.packetsSent, last_.packetsSent), since(now.packetsReceived, last_.packetsReceived),
+              since(now.dropsSent, last_.dropsSent),     since(now.dropsReceived, last_.dropsReceived)};
+  }
+  known_ = true;
+  last_ = now;
+  return passed;
+}
+
+IntervalRecord makeRecord(const InterfaceCounters& lan, const InterfaceCounters& wan, uint32_t seconds) {
+  IntervalRecord record;
+  uint32_t through = static_cast<uint32_t>(wan.bytesSent);
+  record.word[kUncompressed] = record.word[kCompressed] = through;
+  record.word[kFilterIn] = record.word[kFilterOut] = through;
+  fillRow(record, kWanRow, wan, seconds);
+  fillRow(record, kLanRow, lan, seconds);
+  return record;
+}
+
+}  // namespace sim

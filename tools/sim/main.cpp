@@ -1,0 +1,226 @@
+// kestrove-sim: stands in for the optimisation engine. It takes the engine's task slot, hears the signal, fetches the
+// change bits and the snapshot, says what changed, and reports counters once per interval.
+#include <signal.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <memory>
+
+#include "kestrove/kestrove.h"
+#include "tools/sim/changes.h"
+#include "tools/sim/interval.h"
+#include "tools/sim/soundness.h"
+
+namespace {
+
+enum Exit { kDone = 0, kRefused = 1, kNoStore = 3, kUnsound = 4 };
+constexpr int kEngineTask = 4;
+constexpr int64_t kSecond = 1000000000;
+constexpr int64_t kNever = INT64_MAX;
+constexpr uint32_t kPidFileProduct = 11;
+constexpr char kPidFile[] = "/var/log/curpid";
+constexpr char kExitCodes[] =
+    "Exit status: 0 done; 1 another engine runs; 2 wrong usage; 3 no store; 4 a snapshot was not sound.";
+
+struct Options {
+  int interval = -1;  // seconds; the store's own when negative
+  int changes = 0;    // to hear before it ends; 0: no end
+  int intervals = 0;  // likewise
+  bool replace = false;
+};
+
+// Nanoseconds of a clock that nobody sets.
+int64_t monotonic() {
+  timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return now.tv_sec * kSecond + now.tv_nsec;
+}
+
+// The next of the signals; 0 when the time is up first.
+int nextSignal(const sigset_t& heard, int64_t deadline) {
+  if (deadline == kNever) return sigwaitinfo(&heard, nullptr);
+  int64_t left = std::max<int64_t>(deadline - monotonic(), 0);
+  timespec wait = {static_cast<time_t>(left / kSecond), static_cast<long>(left % kSecond)};
+  int signal = sigtimedwait(&heard, nullptr, &wait);
+  return signal == -1 ? 0 : signal;
+}
+
+std::string nameOf(const EngineLink& link) {
+  return {link.interfaceName, strnlen(link.interfaceName, sizeof link.interfaceName)};
+}
+
+class Engine {
+ public:
+  Engine(const Options& options, FILE* words) : options_(options), words_(words) {}
+
+  int run(const sigset_t& heard);
+
+ private:
+  bool takeSlot();
+  void leaveSlot();
+  bool fetch(EngineConfiguration& block);
+  void use(std::unique_ptr<EngineConfiguration> block);
+  void start();
+  void hear();
+  void report();
+  bool finished() const;
+  int seconds() const { return options_.interval >= 0 ? options_.interval : block_->accumulationInterval; }
+  void startInterval() { deadline_ = seconds() > 0 ? monotonic() + seconds() * kSecond : kNever; }
+  void say(const std::string& line) {
+    fprintf(words_, "%s\n", line.c_str());
+    fflush(words_);
+  }
+
+  const Options& options_;
+  FILE* words_;
+  std::unique_ptr<EngineConfiguration> block_ = std::make_unique<EngineConfiguration>();
+  sim::PortCounters lan_;
+  sim::PortCounters wan_;
+  int64_t deadline_ = kNever;
+  int changesHeard_ = 0;
+  int intervalsReported_ = 0;
+  bool sound_ = true;
+};
+
+bool Engine::takeSlot() {
+  int other = shm_getTaskPid(kEngineTask);
+  if (!options_.replace && other > 1 && other != getpid() && kill(other, 0) == 0) {
+    fprintf(stderr, "kestrove-sim: process %d is the engine already (--replace takes its place)\n", other);
+    return false;
+  }
+  shm_setTaskPid(kEngineTask, getpid());
+  uint32_t product = 0;
+  if (getKestroveProduct(&product) != 0 || product != kPidFileProduct) return true;
+  if (FILE* file = fopen(kPidFile, "w")) {
+    fprintf(file, "%d\n", getpid());
+    fclose(file);
+  }
+  return true;
+}
+
+void Engine::leaveSlot() {
+  if (shm_getTaskPid(kEngineTask) == getpid()) shm_setTaskPid(kEngineTask, 0);
+}
+
+bool Engine::fetch(EngineConfiguration& block) {
+  if (setConfiguration(&block) != 0) {
+    say(std::string("snapshot refused: ") + shm_strerror(static_cast<int>(shm_errno)));
+    return false;
+  }
+  std::vector<std::string> wrong = sim::findings(block);
+  for (const std::string& line : wrong) say("unsound: " + line);
+  if (!wrong.empty()) sound_ = false;
+  return true;
+}
+
+// Works by the snapshot from now on.
+void Engine::use(std::unique_ptr<EngineConfiguration> block) {
+  int before = seconds();
+  block_ = std::move(block);
+  lan_.watch(nameOf(block_->lan));
+  wan_.watch(nameOf(block_->wan));
+  if (seconds() != before || deadline_ == kNever) startInterval();
+}
+
+void Engine::start() {
+  auto block = std::make_unique<EngineConfiguration>();
+  fetch(*block);
+  use(std::move(block));
+  say("engine " + std::to_string(getpid()) + " (" + std::to_string(sizeof(void*) * 8) +
+      " bits) started: " + std::to_string(block_->ruleCount) + " rules, LAN rate " +
+      std::to_string(block_->lan.linkRate) + ", WAN rate " + std::to_string(block_->wan.linkRate) + ", MTU " +
+      std::to_string(block_->wan.mtu) + ", compression " + (block_->compression ? "on" : "off"));
+}
+
+void Engine::hear() {
+  uint32_t bits = 0;
+  auto block = std::make_unique<EngineConfiguration>();
+  if (receiveKestroveEvent(&bits) != 0 || !fetch(*block)) return;
+  say("told of: " + (bits ? sim::namesOfBits(bits) : "nothing"));
+  for (const std::string& line : sim::differences(*block_, *block)) say("  " + line);
+  use(std::move(block));
+  ++changesHeard_;
+}
+
+void Engine::report() {
+  startInterval();
+  sim::IntervalRecord record = sim::makeRecord(lan_.advance(), wan_.advance(), static_cast<uint32_t>(seconds()));
+  if (shm_updateKestroveStats(record.word) != 0) return;
+  ++intervalsReported_;
+  say("interval " + std::to_string(checkStatsCounter()) + ": " + std::to_string(record.bytesToWan()) +
+      " bytes to the WAN");
+}
+
+bool Engine::finished() const {
+  return (options_.changes > 0 && changesHeard_ >= options_.changes) ||
+         (options_.intervals > 0 && intervalsReported_ >= options_.intervals);
+}
+
+int Engine::run(const sigset_t& heard) {
+  if (!takeSlot()) return kRefused;
+  start();
+  while (!finished()) {
+    int signal = nextSignal(heard, deadline_);
+    if (signal == 0) report();
+    if (signal == SIGUSR1) hear();
+    if (signal == SIGTERM || signal == SIGINT) break;
+  }
+  leaveSlot();
+  say("engine stopped");
+  return sound_ ? kDone : kUnsound;
+}
+
+// The library prints a line for each rule on standard output, where only the engine's own words belong.
+FILE* takeStandardOutput() {
+  int own = dup(STDOUT_FILENO);
+  if (own == -1 || !freopen("/dev/null", "w", stdout)) return stdout;
+  FILE* stream = fdopen(own, "w");
+  return stream ? stream : stdout;
+}
+
+sigset_t blockSignals() {
+  sigset_t heard;
+  sigemptyset(&heard);
+  for (int signal : {SIGUSR1, SIGTERM, SIGINT}) sigaddset(&heard, signal);
+  sigprocmask(SIG_BLOCK, &heard, nullptr);
+  return heard;
+}
+
+std::string versionText() {
+  char text[96];
+  snprintf(text, sizeof text, "kestrove-sim %s, layout %016llx", kestrove_version(),
+           static_cast<unsigned long long>(kestrove_layout_hash()));
+  return text;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Options options;
+  CLI::App app("Stands in for the optimisation engine");
+  app.footer(kExitCodes);
+  app.set_version_flag("--version", versionText());
+  app.add_option("--interval", options.interval, "Seconds between reports, 0 for none; otherwise the store's")
+      ->check(CLI::Range(0, 86400));
+  app.add_option("--changes", options.changes, "End after this many changes")->check(CLI::PositiveNumber);
+  app.add_option("--intervals", options.intervals, "End after this many reports")->check(CLI::PositiveNumber);
+  app.add_flag("--replace", options.replace, "Take the place of an engine that runs");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kDone : 2;
+  }
+  sigset_t heard = blockSignals();  // before the slot is taken: the default action of the signal ends a process
+  prctl(PR_SET_NAME, "kestrove");   // so that a restart by killall finds it
+  if (shm_lock() != 0) {
+    fprintf(stderr, "kestrove-sim: %s\n", shm_strerror(static_cast<int>(shm_errno)));
+    return kNoStore;
+  }
+  shm_unlock();
+  return Engine(options, takeStandardOutput()).run(heard);
+}
