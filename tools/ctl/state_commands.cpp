@@ -42,9 +42,11 @@ std::vector<std::string> membersOf(const std::string& archive) {
 void list(const Session& session) {
   Json states = Json::array();
   for (const std::string& archive : filesLike("config", ".zip")) {
-    states.push_back({{"archive", archive}, {"members", Json(membersOf(archive))}});
+    states.push_back({{"kind", "archive"}, {"file", archive}, {"members", Json(membersOf(archive))}});
   }
-  for (const std::string& script : filesLike("state-", ".txt")) states.push_back({{"script", script}});
+  for (const std::string& script : filesLike("state-", ".txt")) {
+    states.push_back({{"kind", "script"}, {"file", script}, {"members", Json::array()}});
+  }
   session.show(states);
 }
 
