@@ -6,6 +6,7 @@
 #include "kestrove/users.h"
 #include "store/lock.h"
 #include "store/text.h"
+#include "store/undo_account.h"
 #include "sys/stream.h"
 
 namespace kestrove {
@@ -19,12 +20,27 @@ struct OldUser {
   char password[sizeof(ShmData::oldAdminPassword) + 1];
 };
 
-int createAccount(const OldUser& user) {
+int addToTable(const OldUser& user) {
   UserAccount account = {};
   setField(account.username, user.name);
   account.superUser = 1;
-  int result = shm_addUser(&account);
-  return result == 0 ? addPassword(user.name, user.password) : result;
+  return shm_addUser(&account);
+}
+
+// A name that the table refuses is removed all the same, somebody else's account too: kept on purpose, the next start
+// then finds room for it. The code that counts is that of the first failure.
+int createAccount(const OldUser& user) {
+  int added = addToTable(user);
+  int result = added < 0 ? added : addPassword(user.name, user.password);
+  if (result >= 0) return result;
+  uint32_t code = shm_errno;
+  if (added < 0) {
+    removeUser(user.name);
+  } else {
+    undoAccount(user.name);
+  }
+  shm_errno = code;
+  return result;
 }
 
 // The next start finds the keys again.
@@ -50,10 +66,6 @@ int addOldUser(void) {
   }
   if (!*user.name || !*user.password) return 0;
   int result = createAccount(user);
-  if (result >= 0) return result;
-  uint32_t code = shm_errno;
-  removeUser(user.name);
-  keepForNextStart(user);
-  shm_errno = code;  // the failure that counts is the first one
+  if (result < 0) keepForNextStart(user);
   return result;
 }

@@ -5,6 +5,7 @@
 #include "store/fail.h"
 #include "store/lock.h"
 #include "store/mode.h"
+#include "store/undo_account.h"
 #include "users/login.h"
 #include "users/password_file.h"
 #include "users/password_hash.h"
@@ -29,16 +30,6 @@ void persist() {
 }
 
 bool tableFull() { return static_cast<uint32_t>(shm->config.userCount) >= SHM_USERS; }
-
-// removeUser knows nobody who is not in the password file, so an account without a line is taken off by itself.
-void undoAdding(const char* name) {
-  if (removeUser(name) != 0) return;
-  StoreLock lock;
-  int slot = lock ? findLastAccount(name) : -1;
-  if (slot < 0) return;
-  dropAccount(slot);
-  persist();
-}
 
 struct AccountName {
   explicit AccountName(const UserAccount& account) { copyField(text, sizeof text, account.username); }
@@ -68,7 +59,7 @@ int addUser(const UserAccount* account, const char* password) {
   if (!password) return 0;
   if (validatePasswordComplexity(password, nullptr) == 0 && addPassword(name.text, password) == 0) return 0;
   uint32_t code = shm_errno;
-  undoAdding(name.text);
+  undoAccount(name.text);
   return fail(static_cast<int>(code));
 }
 

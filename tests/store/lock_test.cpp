@@ -24,16 +24,6 @@ constexpr int kBriefly = 150;  // milliseconds
 
 int segmentId() { return shmget(SHM_KEY, 1, 0); }
 
-// The descriptor of this process that the lock file is open on, -1 when it is not.
-int lockDescriptor() {
-  struct stat file, open;
-  if (stat(kLockFile, &file) != 0) return -1;
-  for (int fd = 3; fd < 64; ++fd) {
-    if (fstat(fd, &open) == 0 && open.st_dev == file.st_dev && open.st_ino == file.st_ino) return fd;
-  }
-  return -1;
-}
-
 class Lock : public StoreTest {};
 class NoStore : public ::testing::Test {};
 

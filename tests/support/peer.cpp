@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,6 +11,8 @@
 
 namespace kestrove::testing {
 namespace {
+
+constexpr char kLockFile[] = "/var/lock/shm";
 
 int waitFor(pid_t pid) {
   int status = 0;
@@ -77,10 +80,19 @@ bool fileLockHeld() {
   return inOtherProcess([] {
            struct flock request = {};
            request.l_type = F_WRLCK;
-           int fd = open("/var/lock/shm", O_RDWR | O_CLOEXEC);
+           int fd = open(kLockFile, O_RDWR | O_CLOEXEC);
            if (fd == -1 || fcntl(fd, F_GETLK, &request) == -1) return 2;
            return request.l_type == F_UNLCK ? 0 : 1;
          }) == 1;
+}
+
+int lockDescriptor() {
+  struct stat file, open;
+  if (stat(kLockFile, &file) != 0) return -1;
+  for (int fd = 3; fd < 64; ++fd) {
+    if (fstat(fd, &open) == 0 && open.st_dev == file.st_dev && open.st_ino == file.st_ino) return fd;
+  }
+  return -1;
 }
 
 }  // namespace kestrove::testing

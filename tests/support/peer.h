@@ -48,4 +48,7 @@ int inOtherProcess(const std::function<int()>& body);
 // Whether some process holds the file lock of the store, as another process sees it.
 bool fileLockHeld();
 
+// The descriptor of this process that the lock file is open on, -1 when it is not.
+int lockDescriptor();
+
 }  // namespace kestrove::testing
