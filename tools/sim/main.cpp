@@ -12,6 +12,8 @@
 #include <memory>
 
 #include "kestrove/kestrove.h"
+#include "tools/common/standard_output.h"
+#include "tools/common/version_text.h"
 #include "tools/sim/changes.h"
 #include "tools/sim/interval.h"
 #include "tools/sim/soundness.h"
@@ -175,14 +177,6 @@ int Engine::run(const sigset_t& heard) {
   return sound_ ? kDone : kUnsound;
 }
 
-// The library prints a line for each rule on standard output, where only the engine's own words belong.
-FILE* takeStandardOutput() {
-  int own = dup(STDOUT_FILENO);
-  if (own == -1 || !freopen("/dev/null", "w", stdout)) return stdout;
-  FILE* stream = fdopen(own, "w");
-  return stream ? stream : stdout;
-}
-
 sigset_t blockSignals() {
   sigset_t heard;
   sigemptyset(&heard);
@@ -191,20 +185,13 @@ sigset_t blockSignals() {
   return heard;
 }
 
-std::string versionText() {
-  char text[96];
-  snprintf(text, sizeof text, "kestrove-sim %s, layout %016llx", kestrove_version(),
-           static_cast<unsigned long long>(kestrove_layout_hash()));
-  return text;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   Options options;
   CLI::App app("Stands in for the optimisation engine");
   app.footer(kExitCodes);
-  app.set_version_flag("--version", versionText());
+  app.set_version_flag("--version", tools::versionText("kestrove-sim"));
   app.add_option("--interval", options.interval, "Seconds between reports, 0 for none; otherwise the store's")
       ->check(CLI::Range(0, 86400));
   app.add_option("--changes", options.changes, "End after this many changes")->check(CLI::PositiveNumber);
@@ -222,5 +209,7 @@ int main(int argc, char** argv) {
     return kNoStore;
   }
   shm_unlock();
-  return Engine(options, takeStandardOutput()).run(heard);
+  FILE* words = tools::takeStandardOutput();
+  if (!freopen("/dev/null", "w", stdout)) return kRefused;  // the library's line for each rule is of no use here
+  return Engine(options, words).run(heard);
 }
