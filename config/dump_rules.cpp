@@ -40,7 +40,9 @@ constexpr Line kSecondLabels = {"ipVersion", "srcMask", "dstMask", "", "to", "to
 class Value {
  public:
   template <class Put>
-  explicit Value(Put put) : length_(static_cast<size_t>(put(text_) - text_)) {}
+  explicit Value(Put put) {
+    length_ = static_cast<size_t>(put(text_) - text_);
+  }
   static Value number(int32_t value) {
     return Value([value](char* at) { return sys::putNumber(at, value); });
   }
