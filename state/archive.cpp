@@ -31,7 +31,7 @@ int copyOut(const char* path, const char* copy) {
 }
 
 int copyAgentFile(const StateFile& file) {
-  if (exists(file.path)) return copyOut(file.path, file.copy);
+  if (!missing(file.path)) return copyOut(file.path, file.copy);
   syslog(LOG_DEBUG, "%s missing", file.path);
   return 0;
 }

@@ -37,7 +37,7 @@ int copyBack(const char* copy, const char* path) {
 }
 
 int copyAgentFileBack(const StateFile& file) {
-  if (exists(file.copy)) return copyBack(file.copy, file.path);
+  if (!missing(file.copy)) return copyBack(file.copy, file.path);
   syslog(LOG_DEBUG, "%s missing", file.path);
   return 0;
 }

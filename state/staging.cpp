@@ -1,5 +1,6 @@
 #include "state/staging.h"
 
+#include <errno.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,5 +23,7 @@ void makeStaging() {
 }
 
 bool exists(const char* path) { return access(path, F_OK) == 0; }
+
+bool missing(const char* path) { return !exists(path) && (errno == ENOENT || errno == ENOTDIR); }
 
 }  // namespace kestrove

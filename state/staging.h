@@ -9,4 +9,7 @@ void makeStaging();
 
 bool exists(const char* path);
 
+// Known not to be there: a file that cannot be looked at is none that may be passed over.
+bool missing(const char* path);
+
 }  // namespace kestrove

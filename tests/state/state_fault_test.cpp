@@ -1,0 +1,72 @@
+// Saving and restoring with system calls struck: honest results, nothing left open, the lock free afterwards.
+
+#include <errno.h>
+#include <gmock/gmock.h>
+
+#include "tests/state/state_fixture.h"
+#include "tests/support/fault.h"
+
+namespace kestrove::testing {
+namespace {
+
+constexpr char kMembers[] =
+    "unzip -Z1 /usr/local/apache2/htdocs/config*.zip 2> /dev/null | grep -c configSaved | grep -qx 4";
+
+bool wholeArchive() { return system(kMembers) == 0; }
+
+class StateFaultTest : public StateTest {
+ protected:
+  static int save() { return saveSystemState(0, "--"); }
+  static int load() { return loadSystemState(0, "--"); }
+
+  static void expectLockFree() {
+    EXPECT_EQ(0, shm_lock());
+    EXPECT_EQ(0, shm_unlock());
+  }
+  static void changeFiles() {
+    for (const char* path : {kConfigFile, kAgentFile, kAgentStateFile}) writeFile(path, "changed\n");
+  }
+  static bool restored() {
+    return readFile(kConfigFile) == "the configuration\n" && readFile(kAgentFile) == "the agent\n" &&
+           readFile(kAgentStateFile) == "the agent's state\n";
+  }
+};
+
+TEST_F(StateFaultTest, SavingKilledAtAnyCall) {
+  sweepFaults(
+      {kKilled}, [] {}, save,
+      [](const Strike&, const Aftermath&) {
+        expectLockFree();
+        EXPECT_EQ("the configuration\n", readFile(kConfigFile));
+      });
+  EXPECT_EQ(0, save());
+  EXPECT_TRUE(wholeArchive());
+}
+
+TEST_F(StateFaultTest, SavingWithAFailingCall) {
+  sweepFaults(
+      {EIO, EMFILE}, [] { std::filesystem::remove_all(kStaging); }, save,
+      [](const Strike&, const Aftermath& after) {
+        ASSERT_TRUE(after.finished);
+        EXPECT_LE(after.leaked, 0);
+        expectLockFree();
+      });
+}
+
+TEST_F(StateFaultTest, RestoringWithAFailingCall) {
+  ASSERT_EQ(0, save());
+  sweepFaults(
+      {EIO}, [] { changeFiles(); }, load,
+      [](const Strike&, const Aftermath& after) {
+        ASSERT_TRUE(after.finished);
+        EXPECT_LE(after.leaked, 0);
+        EXPECT_TRUE(after.result != 0 || restored());
+        expectLockFree();
+      });
+  changeFiles();
+  EXPECT_EQ(0, load());
+  EXPECT_TRUE(restored());
+}
+
+}  // namespace
+}  // namespace kestrove::testing
