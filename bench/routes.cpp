@@ -1,0 +1,220 @@
+// Route tables and kernel routes, each beside its floor.
+#include <arpa/inet.h>
+#include <benchmark/benchmark.h>
+#include <net/route.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "bench/floors.h"
+#include "kestrove/kestrove.h"
+
+namespace {
+
+using bench::lockPair;
+
+constexpr uint32_t kRoutes = SHM_ROUTES;
+constexpr uint32_t kSavedOneByOne = 64;
+constexpr uint32_t kActive = 3;
+
+// The n-th in file order, which is list order.
+RouteEntry route4(uint32_t n) {
+  uint32_t place = kRoutes - n;
+  uint32_t destination = 10 | (place & 0xFF) << 8 | (place >> 8) << 16;  // the third byte counts most
+  return {destination, inet_addr("255.255.255.0"), inet_addr("192.168.5.254"), kActive, 0, 0};
+}
+
+Route6Entry route6(uint32_t n) {
+  Route6Entry route = {{0x20, 0x01, 0x0d, 0xb9}, {}, 64, kActive, "", 0, 0};
+  uint32_t place = htonl(kRoutes - n);
+  memcpy(route.destination + 4, &place, sizeof place);
+  return route;
+}
+
+struct Table4 {
+  static void empty() {
+    for (RouteEntry& slot : shm->routes.slot) slot.inUse = slot.next = SHM_NO_SLOT;
+    shm->routes.head = 0;
+  }
+  static bool add(uint32_t n) {
+    RouteEntry route = route4(n);
+    return addUserRoute(&route) == 0;
+  }
+  static uint32_t walk() {
+    RouteEntry route;
+    uint32_t count = 0;
+    for (int result = getFirstRouteTableEntry(&route); result == 0; ++count) {
+      result = getNextRouteTableEntry(route.destination, route.netmask, &route);
+    }
+    return count;
+  }
+  static uint32_t links() {
+    uint32_t count = 0;
+    for (uint32_t slot = shm->routes.head; slot < kRoutes; slot = shm->routes.slot[slot].next) ++count;
+    return count;
+  }
+};
+
+struct Table6 {
+  static void empty() {
+    for (Route6Entry& slot : shm->routes6.slot) slot.inUse = slot.next = SHM_NO_SLOT;
+    shm->routes6.head6 = 0;
+  }
+  static bool add(uint32_t n) {
+    Route6Entry route = route6(n);
+    return addUserRoute6(&route) == 0;
+  }
+  static uint32_t walk() {
+    Route6Entry route;
+    uint32_t count = 0;
+    for (int result = getFirstRoute6TableEntry(&route); result == 0; ++count) {
+      result = getNextRoute6TableEntry(route.destination, route.prefixLength, &route);
+    }
+    return count;
+  }
+  static uint32_t links() {
+    uint32_t count = 0;
+    for (uint32_t slot = shm->routes6.head6; slot < kRoutes; slot = shm->routes6.slot[slot].next) ++count;
+    return count;
+  }
+};
+
+template <typename Table>
+void fill() {
+  shm->operationalState = SHM_STATE_CONFIGURATION;
+  Table::empty();
+  for (uint32_t n = 0; n < kRoutes; ++n) {
+    if (!Table::add(n)) exit(2);
+  }
+  shm->operationalState = SHM_STATE_OPERATIONAL;
+}
+
+void floorRouteFill(benchmark::State& state) {
+  for (auto _ : state) {
+    for (uint32_t n = 0; n < kRoutes; ++n) lockPair();
+  }
+}
+BENCHMARK(floorRouteFill);
+
+// Emptying the table is part of it: pausing the clock costs more.
+template <typename Table>
+void routeFill(benchmark::State& state) {
+  for (auto _ : state) fill<Table>();
+}
+BENCHMARK(routeFill<Table4>);
+BENCHMARK(routeFill<Table6>);
+
+template <typename Table>
+void floorRouteWalk(benchmark::State& state) {
+  fill<Table>();
+  for (auto _ : state) {
+    for (uint32_t n = 0; n < kRoutes; ++n) lockPair();
+    benchmark::DoNotOptimize(Table::links());
+  }
+}
+BENCHMARK(floorRouteWalk<Table4>);
+BENCHMARK(floorRouteWalk<Table6>);
+
+template <typename Table>
+void routeWalk(benchmark::State& state) {
+  fill<Table>();
+  for (auto _ : state) {
+    if (Table::walk() != kRoutes) state.SkipWithError("the walk is not whole");
+  }
+}
+BENCHMARK(routeWalk<Table4>);
+BENCHMARK(routeWalk<Table6>);
+
+void setAddress(sockaddr& out, uint32_t address) {
+  sockaddr_in in = {};
+  in.sin_family = AF_INET;
+  in.sin_addr.s_addr = address;
+  memcpy(&out, &in, sizeof out);
+}
+
+bool bareRequest(const RouteEntry& route, unsigned long command) {
+  int raw = socket(AF_INET, SOCK_RAW, IPPROTO_RAW);
+  rtentry entry = {};
+  setAddress(entry.rt_dst, route.destination);
+  setAddress(entry.rt_gateway, route.gateway);
+  setAddress(entry.rt_genmask, route.netmask);
+  entry.rt_flags = RTF_UP | RTF_GATEWAY;
+  int result = ioctl(raw, command, &entry);
+  close(raw);
+  return result == 0;
+}
+
+// The gateway's subnet is on eth0, in kernel and store; the rule table is full, so that a save costs what it can.
+void connect() {
+  if (system("ip link set eth0 up && (ip addr add 192.168.5.1/24 dev eth0 2> /dev/null || true)") != 0) exit(2);
+  shm->managementAddress[0] = {4, 1, inet_addr("192.168.5.1"), inet_addr("255.255.255.0"), {}, 0, 1};
+  shm->managementAddressCount = 1;
+  Table6::empty();
+  shm->filterTable.ruleCount = SHM_RULES;
+}
+
+void clearKernel() {
+  if (system("ip route flush via 192.168.5.254 2> /dev/null") != 0) exit(2);
+}
+
+void requireActive(benchmark::State& state, uint32_t count) {
+  for (uint32_t n = 0; n < count; ++n) {
+    if (shm->routes.slot[n].status != kActive) state.SkipWithError("a route is not in the kernel");
+  }
+}
+
+void floorRouteAdd(benchmark::State& state) {
+  connect();
+  for (auto _ : state) {
+    state.PauseTiming();
+    clearKernel();
+    Table4::empty();
+    state.ResumeTiming();
+    for (uint32_t n = 0; n < kSavedOneByOne; ++n) {
+      if (!bareRequest(route4(n), SIOCADDRT) || save_shared_memory() != 0) state.SkipWithError("refused");
+    }
+  }
+}
+BENCHMARK(floorRouteAdd)->Unit(benchmark::kMillisecond);
+
+void routeAdd(benchmark::State& state) {
+  connect();
+  for (auto _ : state) {
+    state.PauseTiming();
+    clearKernel();
+    Table4::empty();
+    state.ResumeTiming();
+    for (uint32_t n = 0; n < kSavedOneByOne; ++n) Table4::add(n);
+    requireActive(state, kSavedOneByOne);
+  }
+  clearKernel();
+}
+BENCHMARK(routeAdd)->Unit(benchmark::kMillisecond);
+
+void floorRouteFreshen(benchmark::State& state) {
+  connect();
+  fill<Table4>();
+  for (uint32_t n = 0; n < kRoutes; ++n) bareRequest(route4(n), SIOCADDRT);
+  for (auto _ : state) {
+    for (uint32_t n = 0; n < kRoutes; ++n) {
+      if (!bareRequest(route4(n), SIOCDELRT) || !bareRequest(route4(n), SIOCADDRT)) state.SkipWithError("refused");
+    }
+    save_shared_memory();
+  }
+  clearKernel();
+}
+BENCHMARK(floorRouteFreshen)->Unit(benchmark::kMillisecond);
+
+void routeFreshen(benchmark::State& state) {
+  connect();
+  fill<Table4>();
+  addAllRoutes();
+  for (auto _ : state) freshenRouteTable(0, "--");
+  requireActive(state, kRoutes);
+  clearKernel();
+}
+BENCHMARK(routeFreshen)->Unit(benchmark::kMillisecond);
+
+}  // namespace
