@@ -85,7 +85,7 @@ class RuleLines {
     end_ = buffer_;
   }
 
-  char buffer_[8192];
+  char buffer_[32768];
   char* end_ = buffer_;
 };
 
@@ -127,13 +127,20 @@ void fillSettings(EngineConfiguration& block, const ConfigRecord& config) {
   memcpy(block.ddupStartupOptions, shm->ddupStartupOptions, fieldLength(shm->ddupStartupOptions));
 }
 
+// The rules in use are overwritten whole, so only what lies around them is cleared.
+void clearAroundRules(EngineConfiguration& block, int rules) {
+  memset(static_cast<void*>(&block), 0, offsetof(EngineConfiguration, rule));
+  auto* unused = reinterpret_cast<char*>(block.rule + rules);
+  memset(unused, 0, static_cast<size_t>(reinterpret_cast<char*>(&block + 1) - unused));
+}
+
 // The engine numbers its rules by their place, whatever they carry in the store.
-void fillRules(EngineConfiguration& block) {
+void fillRules(EngineConfiguration& block, int rules) {
   RuleLines lines;
-  block.ruleCount = ruleEntries(*shm);
-  memcpy(block.rule, shm->filterTable.rule, static_cast<size_t>(block.ruleCount) * sizeof(FilterRule));
-  for (int32_t i = 0; i < block.ruleCount; ++i) {
+  block.ruleCount = rules;
+  for (int i = 0; i < rules; ++i) {
     FilterRule& rule = block.rule[i];
+    rule = shm->filterTable.rule[i];
     lines.add(rule.ruleAction);
     rule.order = static_cast<uint32_t>(i + 1);
     if (rule.target > 0) rule.target = i + 1;
@@ -149,11 +156,12 @@ int setConfiguration(void* block) {
   if (!block) return fail(SHM_EINVAL);
   StoreLock lock;
   if (!lock) return -1;
-  memset(block, 0, sizeof(EngineConfiguration));
   EngineConfiguration& snapshot = *static_cast<EngineConfiguration*>(block);
+  int rules = ruleEntries(*shm);
+  clearAroundRules(snapshot, rules);
   fillLink(snapshot.lan, kLan);
   fillLink(snapshot.wan, kWan);
   fillSettings(snapshot, shm->config);
-  fillRules(snapshot);
+  fillRules(snapshot, rules);
   return 0;
 }
