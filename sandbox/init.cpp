@@ -62,13 +62,12 @@ int blockSignals() {
 
 // A shell at a terminal wants to be in the foreground of a group that it can see.
 void takeTerminal() {
-  if (tcgetpgrp(STDIN_FILENO) == -1) return;
   setpgid(0, 0);
   tcsetpgrp(STDIN_FILENO, getpid());
 }
 
-[[noreturn]] void becomeCommand(char** command) {
-  takeTerminal();
+[[noreturn]] void becomeCommand(const Options& options) {
+  if (options.terminal) takeTerminal();
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -76,9 +75,9 @@ void takeTerminal() {
   if (const char* own = getenv("PATH")) path = path + ":" + own;
   setenv("PATH", path.c_str(), 1);
   setenv("HOME", "/root", 1);
-  execvp(command[0], command);
+  execvp(options.command[0], options.command);
   int error = errno;
-  dprintf(STDERR_FILENO, "kestrove-sandbox: %s: %s\n", command[0], strerror(error));
+  dprintf(STDERR_FILENO, "kestrove-sandbox: %s: %s\n", options.command[0], strerror(error));
   _exit(error == ENOENT ? kNotFound : kNotExecutable);
 }
 
@@ -126,7 +125,7 @@ void runInit(const Options& options, int outside) {
   int signals = blockSignals();
   pid_t command = fork();
   if (command == -1) giveUp("cannot start a process: %m");
-  if (command == 0) becomeCommand(options.command);
+  if (command == 0) becomeCommand(options);
   serve(command, log, signals, outside);
 }
 

@@ -52,11 +52,6 @@ void ignoreInterrupts() {
   for (int number : {SIGINT, SIGQUIT, SIGTTOU}) signal(number, SIG_IGN);
 }
 
-// The command had the terminal for itself.
-void takeTerminalBack() {
-  if (isatty(STDIN_FILENO)) tcsetpgrp(STDIN_FILENO, getpgrp());
-}
-
 int waitFor(pid_t init) {
   int status = 0;
   while (waitpid(init, &status, 0) == -1) {
@@ -79,7 +74,7 @@ int launch(const Options& options) {
   }
   ignoreInterrupts();
   int status = waitFor(init);
-  takeTerminalBack();
+  if (options.terminal) tcsetpgrp(STDIN_FILENO, getpgrp());
   return status;
 }
 

@@ -4,6 +4,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "sandbox/report.h"
 
@@ -69,6 +70,9 @@ void apply(int choice, Options& options) {
   }
 }
 
+// Used by a person, who wants a shell to have the terminal to itself; not one of many tests in parallel.
+bool interactive() { return isatty(STDOUT_FILENO) && isatty(STDERR_FILENO) && tcgetpgrp(STDIN_FILENO) == getpgrp(); }
+
 }  // namespace
 
 Options readOptions(int argc, char** argv) {
@@ -76,6 +80,7 @@ Options readOptions(int argc, char** argv) {
   int choice = 0;
   while ((choice = getopt_long(argc, argv, "+", kOptions, nullptr)) != -1) apply(choice, options);
   options.command = argv + optind;
+  options.terminal = interactive();
   if (!*options.command) giveUp("no command given, see --help");
   return options;
 }

@@ -10,6 +10,7 @@ struct Options {
   bool record = false;
   bool ports = true;
   bool overlay = true;
+  bool terminal = false;           // the command gets the terminal's foreground
   std::string state;               // absolute, empty without --state
   std::string shared;              // absolute, empty without --share
   std::vector<std::string> shown;  // absolute, one for each --bind

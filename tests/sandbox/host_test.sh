@@ -29,13 +29,15 @@ until_marked() {
 	fail "processes of the appliance: $(marked)"
 }
 
-# What the appliance's programs change: mounts, system files, segments, links, networks, bridges.
+# What the appliance's programs change: mounts, system files, segments, links, networks. Only names where the machine's
+# own services may write meanwhile.
 machine() {
 	cut -d' ' -f 4- /proc/self/mountinfo
-	find /etc /var /usr/local /old_dir /run/kestrove -xdev \( -path /var/cache -o -path "$scratch" \) -prune -o \
-		-type d -printf '%p %m %u\n' -o -printf '%p %s %m %u %i %T@\n' 2>/dev/null
+	find /etc/passwd* /etc/group* /etc/hosts /etc/resolv.conf /etc/.pwd.lock /etc/config /var/lock /var/log/kestrove \
+		/var/lib/dhcpcd /var/config /run/kestrove /run/netns /old_dir /dev/null -printf '%p %s %m %u %i %T@\n' 2>/dev/null
+	find / /etc /var /usr/local /dev -xdev -maxdepth 1 -printf '%p %m %u\n'
 	ls /tmp | grep -E 'restore_file|mii|mark-of-the-appliance'
-	ipcs -m
+	ipcs -m | grep -v ' 0x00000000\|^0x00000000'
 	ip -o link
 	ip netns list
 	cat /proc/sys/kernel/hostname /proc/sys/net/ipv4/ip_forward
@@ -186,6 +188,36 @@ BuildBelowTmpIsVisible() {
 RunsInsideItself() {
 	equal "inner 2 eth0" "$("$launcher" --no-ports -- "$launcher" --ports -- sh -c \
 		'echo inner; sh -c : ; grep -ac ^shell /run/kestrove/commands; ip -o link show eth0 | grep -o eth0' | xargs)"
+}
+
+# The machine is a sandbox here, in which file systems can be mounted.
+FileSystemsBelowTheRootStayVisible() {
+	mkdir "$scratch/inner"
+	cat > "$scratch/inner/machine" <<-END
+		mkdir -p /srv/deep/place
+		for folder in /opt /var/lib /srv/deep/place; do
+			mount -t tmpfs none \$folder
+			echo \$folder > \$folder/file
+		done
+		echo "nameserver 9.9.9.9" > /tmp/resolver
+		mount --bind /tmp/resolver /etc/resolv.conf
+		"$launcher" \$1 --no-ports --bind "$scratch" -- sh "$scratch/inner/appliance"
+		cat /opt/file /tmp/resolver
+		ls /var/lib
+	END
+	cat > "$scratch/inner/appliance" <<-END
+		cat /opt/file /var/lib/file /srv/deep/place/file /etc/resolv.conf
+		ls -d /var/lib/dhcpcd
+		echo changed > /var/lib/dhcpcd/mine && echo own
+		echo changed > /srv/deep/place/file || echo read-only
+		echo changed > /etc/resolv.conf
+		echo changed > /opt/file
+	END
+	for overlay in "" --no-overlay; do
+		text=$("$launcher" --no-ports --bind "$scratch/inner" -- sh "$scratch/inner/machine" $overlay 2>/dev/null)
+		equal "/opt /var/lib /srv/deep/place nameserver 9.9.9.9 /var/lib/dhcpcd own read-only /opt nameserver 9.9.9.9 file" \
+			"$(echo $text)"
+	done
 }
 
 # Were the privilege still there, the clock would be set to what it is.
