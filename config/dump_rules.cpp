@@ -1,6 +1,5 @@
-// The policy rules, two lines of columns each; IPv6 addresses, too long for a column, follow on lines of their own.
-#include <array>
-
+// The policy rules, two lines of columns each, put together by hand: a full dump has eight thousand of them. IPv6
+// addresses, too long for a column, follow on lines of their own.
 #include "config/dump_print.h"
 #include "config/dump_sections.h"
 #include "store/bounds.h"
@@ -12,106 +11,88 @@ namespace {
 using sys::putText;
 using Text = std::string_view;
 
+// Every line of a rule has these columns.
+constexpr char kColumns[] = "%-5.5s %-15.15s %-15.15s %-5.5s %-6.6s %-6.6s %-4.4s %-6.6s %-5.5s %12.12s %12.12s\n";
+constexpr size_t kBehindPorts = 4 + 1 + 6 + 1 + 5 + 1 + 12 + 1 + 12;
 constexpr size_t kLongestBlock = 512;
+constexpr uint32_t kIpv6 = 6;
 
-// "%-5.5s %-15.15s %-15.15s %-5.5s %-6.6s %-6.6s %-4.4s %-6.6s %-5.5s %12.12s %12.12s\n"
-struct Column {
-  size_t width;
-  bool toTheRight;
-};
-constexpr std::array<Column, 11> kColumns = {{{5, false},
-                                              {15, false},
-                                              {15, false},
-                                              {5, false},
-                                              {6, false},
-                                              {6, false},
-                                              {4, false},
-                                              {6, false},
-                                              {5, false},
-                                              {12, true},
-                                              {12, true}}};
-using Line = std::array<Text, kColumns.size()>;
-
-constexpr Line kFirstLabels = {"order", "srcAddr", "dstAddr", "proto",     "srcPort",   "destPort",
-                               "prio",  "target",  "accel",   "bandwidth", "ruleAction"};
-constexpr Line kSecondLabels = {"ipVersion", "srcMask", "dstMask", "", "to", "to", "", "", "", "", ""};
-
-// A number or an address as text, for a column.
-class Value {
- public:
-  template <class Put>
-  explicit Value(Put put) {
-    length_ = static_cast<size_t>(put(text_) - text_);
-  }
-  static Value number(int32_t value) {
-    return Value([value](char* at) { return sys::putNumber(at, value); });
-  }
-  static Value quad(uint32_t address) {
-    return Value([address](char* at) { return sys::putQuad(at, address); });
-  }
-  operator Text() const { return {text_, length_}; }
-
- private:
-  char text_[sys::kLongestNumber];
-  size_t length_;
-};
-
-char* putColumn(char* at, Text text, const Column& column) {
-  text = text.substr(0, column.width);
-  size_t blanks = column.width - text.size();
-  if (!column.toTheRight) at = putText(at, text);
-  memset(at, ' ', blanks);
-  at += blanks;
-  return column.toTheRight ? putText(at, text) : at;
+// "%-*.*s ": what does not fit is overwritten by the blank and the next column.
+template <size_t Width, typename Put>
+char* putCut(char* at, Put put) {
+  memset(at, ' ', Width);
+  put(at);
+  at[Width] = ' ';
+  return at + Width + 1;
 }
 
-char* putLine(char* at, const Line& line) {
-  for (size_t i = 0; i < line.size(); ++i) {
-    at = putColumn(at, line[i], kColumns[i]);
-    *at++ = i + 1 < line.size() ? ' ' : '\n';
-  }
-  return at;
+template <size_t Width>
+char* putCutText(char* at, Text text) {
+  return putCut<Width>(at, [text](char* place) { return putText(place, text.substr(0, Width)); });
 }
 
-Text familyName(uint32_t ipVersion) {
-  if (ipVersion == 4) return "4";
-  return ipVersion == 6 ? "6" : "Any";
+template <size_t Width>
+char* putCutNumber(char* at, int32_t value) {
+  return putCut<Width>(at, [value](char* place) { return sys::putNumber(place, value); });
 }
 
-Text protocolOr(uint32_t proto, Text number) {
-  switch (proto) {
-    case 0: return "ANY";
-    case 6: return "TCP";
-    case 17: return "UDP";
-    default: return number;
-  }
-}
-
-Text targetOr(int32_t target, Text number) {
-  if (target == 0) return "DROP";
-  return target == -1 ? "BRIDGE" : number;
+char* putCutQuad(char* at, uint32_t address) {
+  return putCut<15>(at, [address](char* place) { return sys::putQuad(place, address); });
 }
 
 Text nameOf(const MessageTable& names, uint32_t code) { return shm_getMessage(&names, static_cast<int>(code)); }
 
+// Source and destination, or masks, of a rule for IPv4 or any family.
+char* putQuads(char* at, const FilterRule& rule, uint32_t source, uint32_t destination) {
+  if (rule.ipVersion == kIpv6) return putCutText<15>(putCutText<15>(at, ""), "");
+  return putCutQuad(putCutQuad(at, source), destination);
+}
+
+char* putFamily(char* at, uint32_t ipVersion) {
+  return putCutText<5>(at, ipVersion == 4 ? "4" : ipVersion == kIpv6 ? "6" : "Any");
+}
+
+char* putProtocol(char* at, uint32_t proto) {
+  switch (proto) {
+    case 0: return putCutText<5>(at, "ANY");
+    case 6: return putCutText<5>(at, "TCP");
+    case 17: return putCutText<5>(at, "UDP");
+    default: return putCutNumber<5>(at, static_cast<int32_t>(proto));
+  }
+}
+
+char* putTarget(char* at, int32_t target) {
+  if (target == 0) return putCutText<6>(at, "DROP");
+  return target == -1 ? putCutText<6>(at, "BRIDGE") : putCutNumber<6>(at, target);
+}
+
+char* putBandwidth(char* at, int32_t bandwidth) {
+  char digits[sys::kLongestNumber];
+  const char* end = sys::putNumber(digits, bandwidth);
+  return sys::putTextRight<12>(at, {digits, static_cast<size_t>(end - digits)});
+}
+
 char* putFirstLine(char* at, const FilterRule& rule, int32_t position) {
-  bool quads = rule.ipVersion != 6;
-  Value source = Value::quad(rule.srcAddr), destination = Value::quad(rule.dstAddr);
-  Value order = Value::number(position), proto = Value::number(static_cast<int32_t>(rule.proto));
-  Value srcPort = Value::number(rule.srcPort), destPort = Value::number(rule.destPort);
-  Value priority = Value::number(rule.priority), target = Value::number(rule.target);
-  Value bandwidth = Value::number(rule.bandwidth);
-  return putLine(at, {order, quads ? source : Text(), quads ? destination : Text(), protocolOr(rule.proto, proto),
-                      srcPort, destPort, priority, targetOr(rule.target, target), nameOf(kStateNames, rule.accel),
-                      bandwidth, nameOf(kRowStatusNames, rule.ruleAction)});
+  at = putCutNumber<5>(at, position);
+  at = putQuads(at, rule, rule.srcAddr, rule.dstAddr);
+  at = putProtocol(at, rule.proto);
+  at = putCutNumber<6>(at, rule.srcPort);
+  at = putCutNumber<6>(at, rule.destPort);
+  at = putCutNumber<4>(at, rule.priority);
+  at = putTarget(at, rule.target);
+  at = putCutText<5>(at, nameOf(kStateNames, rule.accel));
+  at = putText(putBandwidth(at, rule.bandwidth), " ");
+  return putText(sys::putTextRight<12>(at, nameOf(kRowStatusNames, rule.ruleAction).substr(0, 12)), "\n");
 }
 
 char* putSecondLine(char* at, const FilterRule& rule) {
-  bool quads = rule.ipVersion != 6;
-  Value source = Value::quad(rule.srcMask), destination = Value::quad(rule.dstMask);
-  Value srcPortEnd = Value::number(rule.srcPortEnd), destPortEnd = Value::number(rule.destPortEnd);
-  return putLine(at, {familyName(rule.ipVersion), quads ? source : Text(), quads ? destination : Text(), "", srcPortEnd,
-                      destPortEnd, "", "", "", "", ""});
+  at = putFamily(at, rule.ipVersion);
+  at = putQuads(at, rule, rule.srcMask, rule.dstMask);
+  at = putCutText<5>(at, "");
+  at = putCutNumber<6>(at, rule.srcPortEnd);
+  at = putCutNumber<6>(at, rule.destPortEnd);
+  memset(at, ' ', kBehindPorts);
+  return putText(at + kBehindPorts, "\n");
 }
 
 char* putSubnet6(char* at, Text label, const uint8_t* address, uint32_t prefixLength) {
@@ -121,7 +102,7 @@ char* putSubnet6(char* at, Text label, const uint8_t* address, uint32_t prefixLe
 
 char* putRule(char* at, const FilterRule& rule, int32_t position) {
   at = putSecondLine(putFirstLine(at, rule, position), rule);
-  if (rule.ipVersion != 6) return at;
+  if (rule.ipVersion != kIpv6) return at;
   at = putSubnet6(at, "      srcAddr6: ", rule.srcAddr6, rule.srcPrefixLen6);
   return putSubnet6(at, "      dstAddr6: ", rule.dstAddr6, rule.dstPrefixLen6);
 }
@@ -131,7 +112,9 @@ char* putRule(char* at, const FilterRule& rule, int32_t position) {
 void dumpRules(sys::TextWriter& out) {
   const FilterTable& table = shm->filterTable;
   print(out, "  ruleCount: \t\t%d\n", table.ruleCount);
-  out.advance(putLine(putLine(out.room(kLongestBlock), kFirstLabels), kSecondLabels));
+  print(out, kColumns, "order", "srcAddr", "dstAddr", "proto", "srcPort", "destPort", "priority", "target", "accel",
+        "bandwidth", "ruleAction");
+  print(out, kColumns, "ipVersion", "srcMask", "dstMask", "", "to", "to", "", "", "", "", "");
   int count = boundedCount(table.ruleCount, SHM_RULES);
   for (int i = 0; i < count; ++i) {
     if (i > 0) out.text("\n");

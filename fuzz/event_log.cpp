@@ -1,6 +1,7 @@
 // A file in the place of the event log's image: read into the store, then listed, read, extended.
 //
-// The first byte of the input says whether the rest is the file as it stands or is repeated until an image is full.
+// The first byte of the input is a set of flags: bit 0, whether the rest is repeated until an image is full or is the
+// file as it stands; bit 1, whether the log is listed as a whole too, which takes its time.
 #include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -17,6 +18,8 @@ namespace {
 
 constexpr char kFile[] = "/tmp/event.log";
 constexpr size_t kImage = sizeof(EventLog);
+constexpr uint8_t kRepeated = 1;
+constexpr uint8_t kListed = 2;
 char image[kImage];
 
 void demand(bool condition, const char* what) {
@@ -26,7 +29,7 @@ void demand(bool condition, const char* what) {
 }
 
 size_t lay(const uint8_t* data, size_t size) {
-  bool repeated = size > 0 && (data[0] & 1);
+  bool repeated = size > 0 && (data[0] & kRepeated);
   if (size > 0) ++data, --size;
   if (!repeated || size == 0) {
     if (size > kImage) size = kImage;
@@ -69,8 +72,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   demand((result == 0) == (length == kImage), "a whole file is read and no other");
   demand(result != 0 || memcmp(image, &shm->eventLog, kImage) == 0, "the bytes read");
   readEveryWay();
-  demand(printEventLog(nowhere()) == 0, "the listing");
-  demand(logEvent(data && size ? data[size - 1] : 0, 0, "x") == 0, "an event on top");
+  demand(size == 0 || !(data[0] & kListed) || printEventLog(nowhere()) == 0, "the listing");
+  demand(logEvent(size > 0 ? data[size - 1] : 0, 0, "x") == 0, "an event on top");
   demand(shm->eventLog.writeIndex < SHM_EVENTS, "the writer");
   kestrove::fuzzing::checkStore();
   return 0;

@@ -24,7 +24,6 @@ constexpr const char* kTables[] = {"100", "101", "102", "103"};
 constexpr char kFromVlan[] = "102";  // traffic that came in on the VLAN leaves on the LAN port
 constexpr char kFromLan[] = "103";   // and the other way round
 
-constexpr int kBaseInterface = 5;
 constexpr int kLongestSubnet = 19;
 
 using sys::Word;

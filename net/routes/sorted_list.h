@@ -44,7 +44,7 @@ class SortedList {
   // Takes the lowest free slot for the record. Null with the code when there is none or the key exists.
   Record* insert(const Record& record) {
     uint32_t free = lowestFree();
-    if (free == kSlots) return refuse(SHM_EFULL);
+    if (free == Order::kSlots) return refuse(SHM_EFULL);
     if (firstSlot() == kNone) return start(record, free);
     Record* place = walk(record, [&](const Record& slot) { return !used(slot) || !Order::before(slot, record); });
     if (endless_) return refuse(SHM_ESYSTEM);
@@ -65,16 +65,15 @@ class SortedList {
   }
 
  private:
-  static constexpr uint32_t kSlots = Order::kSlots;
   static constexpr uint32_t kNone = SHM_NO_SLOT;
   static constexpr uint32_t kUsed = 1;
   // A walk this short costs less than asking whether the hint is good.
   static constexpr uint32_t kShortWalk = 16;
 
   static bool used(const Record& slot) { return slot.inUse == kUsed; }
-  bool usedSlot(uint32_t number) const { return number < kSlots && used(slots_[number]); }
+  bool usedSlot(uint32_t number) const { return number < Order::kSlots && used(slots_[number]); }
   uint32_t firstSlot() const { return usedSlot(head_) ? head_ : kNone; }
-  Record* at(uint32_t number) { return number < kSlots ? &slots_[number] : nullptr; }
+  Record* at(uint32_t number) { return number < Order::kSlots ? &slots_[number] : nullptr; }
   uint32_t slotOf(const Record& slot) const { return static_cast<uint32_t>(&slot - slots_); }
   uint32_t& previousLink() { return previous_ == kNone ? head_ : slots_[previous_].next; }
 
@@ -91,13 +90,13 @@ class SortedList {
 
   uint32_t lowestFree() const {
     uint32_t slot = 0;
-    while (slot < kSlots && slots_[slot].inUse != SHM_NO_SLOT) ++slot;
+    while (slot < Order::kSlots && slots_[slot].inUse != SHM_NO_SLOT) ++slot;
     return slot;
   }
 
   // The first record of an empty list goes where head points, not into the lowest free slot: kept on purpose.
   Record* start(const Record& record, uint32_t free) {
-    if (head_ >= kSlots) head_ = free;
+    if (head_ >= Order::kSlots) head_ = free;
     fill(slots_[head_], record, kNone);
     return &slots_[head_];
   }
@@ -115,13 +114,13 @@ class SortedList {
     previous_ = kNone;
     endless_ = false;
     uint32_t current = firstSlot();
-    for (uint32_t steps = 0; steps < kSlots && current < kSlots; ++steps) {
+    for (uint32_t steps = 0; steps < Order::kSlots && current < Order::kSlots; ++steps) {
       if (stop(slots_[current])) return arrive(current);
       if (steps == kShortWalk && hintHelps(slots_[current], key)) current = hint_;
       previous_ = current;
       current = slots_[current].next;
     }
-    endless_ = current < kSlots;
+    endless_ = current < Order::kSlots;
     return arrive(kNone);
   }
 

@@ -30,9 +30,10 @@ void describe(CLI::App& app, CommandLine& line) {
   app.add_option("--platform-file", line.platformFile,
                  "Words of the platform (default: /etc/config/platform if there)");
   app.add_option("--platform", line.given.hardwarePlatform, "Hardware platform")->check(CLI::Range(0, 15));
-  app.add_option("--ipv6", line.given.ipv6Support, "IPv6 support, on or off")->transform(CLI::Transformer(kSwitch));
+  app.add_option("--ipv6", line.given.ipv6Support, "IPv6 support, on or off")
+      ->transform(CLI::CheckedTransformer(kSwitch));
   app.add_option("--wan-opt", line.given.wanOptSupport, "WAN optimisation support, on or off")
-      ->transform(CLI::Transformer(kSwitch));
+      ->transform(CLI::CheckedTransformer(kSwitch));
   app.add_option("--interval", line.given.accumulationInterval, "Seconds between the engine's reports")
       ->check(CLI::Range(1, 86400));
 }

@@ -74,11 +74,18 @@ void keepUnreadable(const std::string& path) {
   }
 }
 
+std::string configFileName() {
+  const auto& field = shm->config.configFileName;
+  return std::string(field, strnlen(field, sizeof field));
+}
+
 void build(const Options& options) {
   keepUnreadable(options.configPath);
   if (init_shared_memory(options.configPath.c_str(), options.eventLogPath.c_str()) != 0 || !shm) {
     throw Failure(kNotBuilt, "the store cannot be built");
   }
+  std::string path = configFileName();  // the factory defaults may name another file
+  if (path != options.configPath) keepUnreadable(path);
 }
 
 bool isRuleRow(const std::string& line) {
@@ -121,8 +128,7 @@ void keepOnlyDefaultRule() {
 
 // Rows were read when IPv6 support was not known yet: read again now that it is, before anything saves.
 void rereadRules() {
-  std::string path(shm->config.configFileName, strnlen(shm->config.configFileName, sizeof shm->config.configFileName));
-  RuleRows rows(path);
+  RuleRows rows(configFileName());
   {
     Lock lock;
     keepOnlyDefaultRule();
