@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kestrove/opmode.h"
+#include "sys/interface_address.h"
 
 namespace kestrove::opmode {
 
@@ -20,6 +21,7 @@ struct Ports {
   char wan[16];
   Vlans before;
   Vlans after;
+  sys::InterfaceAddresses addresses;
 };
 
 Ports portsOf(int event, const OpModeContext& context);

@@ -79,8 +79,9 @@ constexpr AddressChange kAddressChanges[] = {{kWanAddress, giveWanAddress},
 
 int changeAddress(int event, OpModeContext* context) {
   if (context->mode != kPolicyRouting) return 0;
+  Ports ports = portsOf(event, *context);
   for (const AddressChange& change : kAddressChanges) {
-    if (change.event == event) change.action(portsOf(event, *context));
+    if (change.event == event) change.action(ports);
   }
   return 0;
 }
