@@ -16,7 +16,13 @@ constexpr uint32_t kIpv6 = 6;
 constexpr std::string_view kRuleKeyword6 = "SELEC_ACCEL_V6";
 constexpr std::string_view kRuleKeywordAny = "SELEC_ACCEL_ANY";
 
-std::string_view targetWord(int32_t target) { return target == 0 ? "DROP" : target == -1 ? "BRIDGE" : "NONE"; }
+using TargetWord = char[7];
+
+constexpr TargetWord kDrop = "  DROP";
+constexpr TargetWord kBridge = "BRIDGE";
+constexpr TargetWord kAccelerate = "  NONE";
+
+const TargetWord& targetWord(int32_t target) { return target == 0 ? kDrop : target == -1 ? kBridge : kAccelerate; }
 
 // A dropping or bridging rule has its priority negated, so that the row carries the target twice: kept on purpose.
 int32_t priorityColumn(const FilterRule& rule) {
@@ -24,34 +30,34 @@ int32_t priorityColumn(const FilterRule& rule) {
   return static_cast<int32_t>(0 - static_cast<uint32_t>(rule.priority));
 }
 
-// No blank between the last port and the priority: part of the format.
-void finishRule(LineWriter& line, const FilterRule& rule) {
-  line.number<9>(rule.proto).number<9>(rule.srcPort).number<9>(rule.srcPortEnd);
-  line.number<9>(rule.destPort).number<9>(rule.destPortEnd).adjacent<9>(priorityColumn(rule));
-  line.textRight<6>(targetWord(rule.target));
-  line.number<9>(rule.bandwidth).number<9>(rule.accel).number<9>(rule.ruleAction).end();
-}
-
-void writeRule4(LineWriter line, const FilterRule& rule) {
-  line.quad<16>(rule.srcAddr).quad<16>(rule.srcMask).quad<16>(rule.dstAddr).quad<16>(rule.dstMask);
-  finishRule(line, rule);
-}
-
-void writeRule6(LineWriter line, const FilterRule& rule) {
-  line.address6<40>(rule.srcAddr6).number(rule.srcPrefixLen6);
-  line.address6<40>(rule.dstAddr6).number(rule.dstPrefixLen6);
-  finishRule(line, rule);
-}
-
-void writeRuleAny(LineWriter line, const FilterRule& rule) { finishRule(line, rule); }
+struct RuleHeads {
+  LineHead four;
+  LineHead six;
+  LineHead any;
+};
 
 // The keyword follows the rule's family; whatever is neither 6 nor any is written as IPv4.
-void writeRule(std::string_view keyword, const FilterRule& rule, sys::TextWriter& out) {
-  switch (rule.ipVersion) {
-    case kIpv6: return writeRule6({out, kRuleKeyword6}, rule);
-    case kAnyFamily: return writeRuleAny({out, kRuleKeywordAny}, rule);
-    default: return writeRule4({out, keyword}, rule);
+const LineHead& headOf(const FilterRule& rule, const RuleHeads& heads) {
+  return rule.ipVersion == kIpv6 ? heads.six : rule.ipVersion == kAnyFamily ? heads.any : heads.four;
+}
+
+void writeEnds(LineWriter& line, const FilterRule& rule) {
+  if (rule.ipVersion == kIpv6) {
+    line.address6<40>(rule.srcAddr6).number(rule.srcPrefixLen6);
+    line.address6<40>(rule.dstAddr6).number(rule.dstPrefixLen6);
+  } else if (rule.ipVersion != kAnyFamily) {
+    line.quad<16>(rule.srcAddr).quad<16>(rule.srcMask).quad<16>(rule.dstAddr).quad<16>(rule.dstMask);
   }
+}
+
+// No blank between the last port and the priority: part of the format.
+void writeRule(const RuleHeads& heads, const FilterRule& rule, sys::TextWriter& out) {
+  LineWriter line(out, headOf(rule, heads));
+  writeEnds(line, rule);
+  line.number<9>(rule.proto).number<9>(rule.srcPort).number<9>(rule.srcPortEnd);
+  line.number<9>(rule.destPort).number<9>(rule.destPortEnd).adjacent<9>(priorityColumn(rule));
+  line.word(targetWord(rule.target));
+  line.number<9>(rule.bandwidth).number<9>(rule.accel).number<9>(rule.ruleAction).end();
 }
 
 void writeManagementAddress(LineWriter line, const ManagementAddress& entry) {
@@ -93,8 +99,9 @@ bool writeManagementAddresses(std::string_view keyword, sys::TextWriter& out) {
 }
 
 bool writeRoutes(std::string_view keyword, sys::TextWriter& out) {
+  LineHead head(keyword);
   return eachInOrder(shm->routes.slot, shm->routes.head, [&](const RouteEntry& route) {
-    LineWriter line(out, keyword);
+    LineWriter line(out, head);
     line.quad<18>(route.destination).quad<18>(route.netmask).quad<18>(route.gateway);
     line.number<18>(route.status).emptyColumn().end();
     return true;
@@ -102,8 +109,9 @@ bool writeRoutes(std::string_view keyword, sys::TextWriter& out) {
 }
 
 bool writeRoutes6(std::string_view keyword, sys::TextWriter& out) {
+  LineHead head(keyword);
   return eachInOrder(shm->routes6.slot, shm->routes6.head6, [&](const Route6Entry& route) {
-    LineWriter line(out, keyword);
+    LineWriter line(out, head);
     line.address6<32>(route.destination).number<3>(route.prefixLength).address6<32>(route.gateway);
     line.number<18>(route.status).emptyColumn().end();
     return true;
@@ -111,8 +119,9 @@ bool writeRoutes6(std::string_view keyword, sys::TextWriter& out) {
 }
 
 bool writeRules(std::string_view keyword, sys::TextWriter& out) {
+  RuleHeads heads = {LineHead(keyword), LineHead(kRuleKeyword6), LineHead(kRuleKeywordAny)};
   int32_t count = boundedCount(shm->filterTable.ruleCount, SHM_RULES);
-  for (int32_t i = 0; i < count - 1 && out.good(); ++i) writeRule(keyword, shm->filterTable.rule[i], out);
+  for (int32_t i = 0; i < count - 1 && out.good(); ++i) writeRule(heads, shm->filterTable.rule[i], out);
   return out.good();
 }
 

@@ -51,6 +51,22 @@ char* putUnsigned(char* at, Unsigned value) {
   return putText(at, {first, static_cast<size_t>(digits + sizeof digits - first)});
 }
 
+inline size_t digitsOf(uint32_t value) {
+  return 1u + (value >= 10) + (value >= 100) + (value >= 1000) + (value >= 10000) + (value >= 100000) +
+         (value >= 1000000) + (value >= 10000000) + (value >= 100000000) + (value >= 1000000000);
+}
+
+// The common width, written in its place.
+inline char* putUnsigned(char* at, uint32_t value) {
+  char* end = at + digitsOf(value);
+  char* digit = end;
+  do {
+    *--digit = static_cast<char>('0' + value % 10);
+    value /= 10;
+  } while (digit != at);
+  return end;
+}
+
 inline char* putOctet(char* at, uint8_t value) {
   const auto& digits = detail::kOctets[value];
   memcpy(at, digits.data(), 3);  // the blanks behind the digits are overwritten by whatever comes next

@@ -1,0 +1,263 @@
+// Saving and loading the configuration at full tables, each beside the work that cannot be avoided.
+#include <arpa/inet.h>
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <memory>
+#include <string>
+
+#include "kestrove/kestrove.h"
+#include "store/fresh.h"
+#include "store/text.h"
+#include "sys/format.h"
+#include "sys/replace.h"
+
+namespace {
+
+using namespace kestrove;
+
+constexpr int kRules = 8191;  // and the default rule, which is not in the file
+constexpr int kRoutes = 1024;
+constexpr char kMemoryFile[] = "/tmp/bench.conf";
+constexpr char kDiskFile[] = "/etc/config/bench.conf";  // on disk when the sandbox keeps its state there
+
+// In list order, as a file has them: of IPv4 destinations the last byte counts most.
+void fillRoutes() {
+  layOutRouteTables();
+  shm->routes.head = shm->routes6.head6 = 0;
+  for (uint32_t i = 0; i < kRoutes; ++i) {
+    uint32_t place = kRoutes - i;
+    uint32_t destination = 10 | (place & 0xff) << 8 | (place >> 8) << 16;
+    shm->routes.slot[i] = {destination, htonl(0xffffff00), htonl(0xc0a80101), 3, 1, i + 1};
+    Route6Entry& route = shm->routes6.slot[i];
+    route = {{0x20, 0x01, 0x0d, 0xb8}, {0xfd, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xfe}, 64, 3, "", 1, i + 1};
+    route.destination[6] = static_cast<uint8_t>(place >> 8);
+    route.destination[7] = static_cast<uint8_t>(place);
+  }
+  shm->routes.slot[kRoutes - 1].next = shm->routes6.slot[kRoutes - 1].next = SHM_NO_SLOT;
+}
+
+void fillRules() {
+  FilterTable& table = shm->filterTable;
+  FilterRule last = {4, 0, 0, 0, 0, {}, 0, {}, 0, 0, 0, 0, 0, 0, 1, 0, 8, 10000, 1, 3};
+  for (int i = 0; i < kRules; ++i) {
+    auto word = static_cast<uint32_t>(i);
+    table.rule[i] = {4,
+                     htonl(0x0a000000 | word << 8),
+                     htonl(0xffffff00),
+                     htonl(0xc0a80000 | word),
+                     ~0u,
+                     {},
+                     0,
+                     {},
+                     0,
+                     6,
+                     1024,
+                     65535,
+                     i,
+                     i + 10,
+                     1,
+                     0,
+                     i % 8,
+                     10000 + i,
+                     1,
+                     3};
+  }
+  table.rule[kRules] = last;
+  table.ruleCount = kRules + 1;
+}
+
+// Full tables for a scope, saved to a file of their own; the rows of the file are there from the beginning.
+class FullStore {
+ public:
+  explicit FullStore(const char* path) {
+    memcpy(ordinaryFile_, shm->config.configFileName, sizeof ordinaryFile_);
+    setField(shm->config.configFileName, path);
+    fillRoutes();
+    fillRules();
+    if (save_shared_memory() != 0) exit(2);
+  }
+  ~FullStore() {
+    memcpy(shm->config.configFileName, ordinaryFile_, sizeof ordinaryFile_);
+    layOutRouteTables();
+    resetRuleTable();
+  }
+  FullStore(const FullStore&) = delete;
+  FullStore& operator=(const FullStore&) = delete;
+
+ private:
+  char ordinaryFile_[sizeof shm->config.configFileName];
+};
+
+// Saving by hand: lines of fixed columns laid out once, numbers put at their places with the quickest formatting there
+// is.
+
+class HandWriter {
+ public:
+  explicit HandWriter(sys::Replacement& file) : file_(file) {}
+  char* line(const char* pattern, size_t length) {
+    if (used_ + length > sizeof buffer_) flush();
+    char* at = buffer_ + used_;
+    memcpy(at, pattern, length);
+    used_ += length;
+    return at;
+  }
+  bool flush() {
+    bool good = file_.write(buffer_, used_);
+    used_ = 0;
+    return good;
+  }
+
+ private:
+  sys::Replacement& file_;
+  size_t used_ = 0;
+  char buffer_[64 * 1024];
+};
+
+struct Pattern {
+  char text[256];
+  size_t length;
+};
+
+template <typename... Arguments>
+Pattern patternOf(const char* format, Arguments... arguments) {
+  Pattern pattern;
+  pattern.length = static_cast<size_t>(snprintf(pattern.text, sizeof pattern.text, format, arguments...));
+  return pattern;
+}
+
+void writeRulesByHand(HandWriter& out) {
+  Pattern pattern = patternOf("%-25s %-16s %-16s %-16s %-16s %-9s %-9s %-9s %-9s %-9s%-9s %6s %-9s %-9s %-9s\n",
+                              "SELEC_ACCEL", "", "", "", "", "", "", "", "", "", "", "NONE", "", "", "");
+  for (int i = 0; i < kRules; ++i) {
+    const FilterRule& rule = shm->filterTable.rule[i];
+    char* at = out.line(pattern.text, pattern.length);
+    sys::putQuad(at + 26, rule.srcAddr);
+    sys::putQuad(at + 43, rule.srcMask);
+    sys::putQuad(at + 60, rule.dstAddr);
+    sys::putQuad(at + 77, rule.dstMask);
+    sys::putNumber(at + 94, static_cast<int32_t>(rule.proto));
+    sys::putNumber(at + 104, rule.srcPort);
+    sys::putNumber(at + 114, rule.srcPortEnd);
+    sys::putNumber(at + 124, rule.destPort);
+    sys::putNumber(at + 134, rule.destPortEnd);
+    sys::putNumber(at + 143, rule.priority);
+    sys::putNumber(at + 160, rule.bandwidth);
+    sys::putNumber(at + 170, static_cast<int32_t>(rule.accel));
+    sys::putNumber(at + 180, static_cast<int32_t>(rule.ruleAction));
+  }
+}
+
+void writeRoutesByHand(HandWriter& out) {
+  Pattern pattern = patternOf("%-25s %-18s %-18s %-18s %-18s \n", "ROUTE", "", "", "", "");
+  for (const RouteEntry& route : shm->routes.slot) {
+    char* at = out.line(pattern.text, pattern.length);
+    sys::putQuad(at + 26, route.destination);
+    sys::putQuad(at + 45, route.netmask);
+    sys::putQuad(at + 64, route.gateway);
+    sys::putNumber(at + 83, static_cast<int32_t>(route.status));
+  }
+  Pattern pattern6 = patternOf("%-25s %-32s %-3s %-32s %-18s \n", "ROUTE6", "", "", "", "");
+  for (const Route6Entry& route : shm->routes6.slot) {
+    char* at = out.line(pattern6.text, pattern6.length);
+    sys::putIp6(at + 26, route.destination);
+    sys::putNumber(at + 59, static_cast<int32_t>(route.prefixLength));
+    sys::putIp6(at + 63, route.gateway);
+    sys::putNumber(at + 96, static_cast<int32_t>(route.status));
+  }
+}
+
+std::string contentsOf(const char* path) {
+  std::string text;
+  FILE* file = fopen(path, "r");
+  char piece[65536];
+  for (size_t count; file && (count = fread(piece, 1, sizeof piece, file)) > 0;) text.append(piece, count);
+  if (file) fclose(file);
+  return text;
+}
+
+// The lines before the tables are taken ready-made from the saved file.
+std::string scalarLines(const std::string& saved) { return saved.substr(0, saved.find("\nROUTE ") + 1); }
+
+void saveByHand(const char* path, const std::string& scalars) {
+  sys::Replacement file(path);
+  HandWriter out(file);
+  memcpy(out.line(scalars.data(), scalars.size()), scalars.data(), scalars.size());
+  writeRoutesByHand(out);
+  writeRulesByHand(out);
+  if (!out.flush() || !file.commit()) exit(2);
+}
+
+void save(benchmark::State& state, const char* path) {
+  FullStore store(path);
+  for (auto _ : state) {
+    if (save_shared_memory() != 0) state.SkipWithError("not saved");
+  }
+}
+BENCHMARK_CAPTURE(save, memory, kMemoryFile);
+BENCHMARK_CAPTURE(save, disk, kDiskFile);
+
+void floorSave(benchmark::State& state, const char* path) {
+  FullStore store(path);
+  std::string saved = contentsOf(path);
+  std::string scalars = scalarLines(saved);
+  for (auto _ : state) saveByHand(path, scalars);
+  if (contentsOf(path) != saved) state.SkipWithError("the floor writes another file");
+}
+BENCHMARK_CAPTURE(floorSave, memory, kMemoryFile);
+BENCHMARK_CAPTURE(floorSave, disk, kDiskFile);
+
+// Emptying the tables is part of it: pausing the clock costs more.
+void load(benchmark::State& state, const char* path) {
+  FullStore store(path);
+  for (auto _ : state) {
+    layOutRouteTables();
+    resetRuleTable();
+    if (load_shared_memory(path) != 0) state.SkipWithError("not loaded");
+  }
+  if (shm->filterTable.ruleCount != kRules + 1) state.SkipWithError("rules are missing");
+}
+BENCHMARK_CAPTURE(load, memory, kMemoryFile);
+BENCHMARK_CAPTURE(load, disk, kDiskFile);
+
+// Two releases for a rule (the count, the insertion) and one for a route.
+constexpr int kReleases = 2 * kRules + 2 * kRoutes;
+
+void releaseLock(int fd) {
+  struct flock request = {};
+  request.l_type = F_UNLCK;
+  request.l_whence = SEEK_SET;
+  fcntl(fd, F_SETLK, &request);
+}
+
+long sumOfNumbers(const char* text) {
+  long sum = 0;
+  while (*text) {
+    char* end;
+    sum += strtol(text, &end, 10);
+    text = end == text ? text + 1 : end;
+  }
+  return sum;
+}
+
+void floorLoad(benchmark::State& state, const char* path) {
+  FullStore store(path);
+  size_t size = contentsOf(path).size();
+  auto text = std::make_unique<char[]>(size + 1);
+  int lockFile = open("/var/lock/bench", O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  for (auto _ : state) {
+    int fd = open(path, O_RDONLY | O_CLOEXEC);
+    if (read(fd, text.get(), size) != static_cast<ssize_t>(size)) state.SkipWithError("not read");
+    close(fd);
+    benchmark::DoNotOptimize(sumOfNumbers(text.get()));
+    for (int i = 0; i < kReleases; ++i) releaseLock(lockFile);
+  }
+  close(lockFile);
+}
+BENCHMARK_CAPTURE(floorLoad, memory, kMemoryFile);
+BENCHMARK_CAPTURE(floorLoad, disk, kDiskFile);
+
+}  // namespace
