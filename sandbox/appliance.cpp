@@ -2,7 +2,6 @@
 
 #include <limits.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <string>
@@ -49,10 +48,7 @@ constexpr const char* kEmptyFiles[] = {"/etc/.pwd.lock"};
 void layFolder(const Folder& folder) {
   const std::string staged = placeFolder(folder.path, folder.mode);
   chmod(staged.c_str(), folder.mode);
-  if (!folder.empty) return;
-  // Which of the two an overlay heeds depends on who mounts it. A memory file system that keeps neither shows the
-  // machine's files, if there are any.
-  for (const char* mark : {"trusted.overlay.opaque", "user.overlay.opaque"}) setxattr(staged.c_str(), mark, "y", 1, 0);
+  if (folder.empty) markEmpty(staged);
 }
 
 std::string ownFolder() {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "sandbox/files.h"
+#include "sandbox/mounts.h"
 #include "sandbox/report.h"
 #include "sandbox/stage.h"
 

@@ -3,7 +3,6 @@
 #include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
-#include <sys/mount.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -72,12 +71,6 @@ bool copyFile(const std::string& from, const std::string& to, mode_t mode) {
 void link(const std::string& target, const std::string& path) {
   unlink(path.c_str());
   if (symlink(target.c_str(), path.c_str()) == -1) giveUp("cannot link %s: %m", path.c_str());
-}
-
-void bind(const std::string& from, const std::string& to) {
-  if (mount(from.c_str(), to.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == -1) {
-    giveUp("cannot mount %s: %m", from.c_str());
-  }
 }
 
 }  // namespace kestrove::sandbox

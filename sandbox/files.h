@@ -24,7 +24,4 @@ void writeText(const std::string& path, const std::string& text, mode_t mode);
 bool copyFile(const std::string& from, const std::string& to, mode_t mode);  // false when `from` cannot be read
 void link(const std::string& target, const std::string& path);               // a symbolic link, replacing a file
 
-// Shows a file or folder, with all that is mounted below it, at a second place, which exists.
-void bind(const std::string& from, const std::string& to);
-
 }  // namespace kestrove::sandbox

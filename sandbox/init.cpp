@@ -2,7 +2,6 @@
 
 #include <errno.h>
 #include <poll.h>
-#include <sched.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>

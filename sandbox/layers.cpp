@@ -1,12 +1,8 @@
 #include "sandbox/layers.h"
 
-#include <errno.h>
-#include <fcntl.h>
-#include <linux/mount.h>
 #include <stdio.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <string>
@@ -14,6 +10,7 @@
 
 #include "sandbox/files.h"
 #include "sandbox/hostmounts.h"
+#include "sandbox/mounts.h"
 #include "sandbox/report.h"
 #include "sandbox/stage.h"
 
@@ -28,14 +25,7 @@ struct Layer {
 
 constexpr off_t kSmallFile = 1 << 20;
 
-void makeReadOnly(const std::string& path) {
-  mount_attr attributes = {};
-  attributes.attr_set = MOUNT_ATTR_RDONLY;
-  if (syscall(SYS_mount_setattr, AT_FDCWD, path.c_str(), AT_RECURSIVE, &attributes, sizeof attributes) == 0) return;
-  if (mount(nullptr, path.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr) == 0) return;
-  giveUp("cannot make %s read-only: %m", path.c_str());  // the machine's own files would lie open
-}
-
+// What an ordinary user may not even show stays out.
 void bindReadOnly(const std::string& from, const std::string& to) {
   if (mount(from.c_str(), to.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0) makeReadOnly(to);
 }
@@ -57,6 +47,7 @@ void graftFile(const std::string& from, const std::string& to, const struct stat
 
 // Without an overlay: adds to the folder `to` what the machine's folder holds and it does not.
 void graft(const std::string& from, const std::string& to) {
+  if (markedEmpty(to)) return;
   for (const std::string& name : namesIn(from)) {
     const std::string source = from + "/" + name;
     const std::string target = to + "/" + name;

@@ -11,6 +11,7 @@
 #include "sandbox/devices.h"
 #include "sandbox/files.h"
 #include "sandbox/layers.h"
+#include "sandbox/mounts.h"
 #include "sandbox/report.h"
 #include "sandbox/stage.h"
 
@@ -20,14 +21,15 @@ namespace {
 constexpr unsigned long kKernelFlags = MS_NOSUID | MS_NODEV | MS_NOEXEC;
 
 // The kernel's switches outside the network are the machine's own, whoever is root here.
-constexpr const char* kReadOnly[] = {"/proc/sys", "/proc/sysrq-trigger", "/proc/irq", "/proc/bus", "/sys"};
+constexpr const char* kFrozen[] = {"/proc/sys", "/proc/sysrq-trigger", "/proc/irq", "/proc/bus", "/sys"};
 constexpr const char* kStillWritable = "/proc/sys/net";
 
-void makeReadOnly(const std::string& path) {
+// Unlike makeReadOnly this leaves what is mounted below as it is.
+void freeze(const std::string& path) {
   if (!exists(path)) return;
   bind(path, path);
   if (mount(nullptr, path.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY | kKernelFlags, nullptr) == -1) {
-    giveUp("cannot make %s read-only: %m", path.c_str());
+    giveUp("cannot freeze %s: %m", path.c_str());
   }
 }
 
@@ -38,7 +40,7 @@ void mountKernel() {
   // A machine that hides parts of its own /sys gives no second one; nothing of the appliance depends on it.
   mount("sysfs", (kRoot + "/sys").c_str(), "sysfs", kKernelFlags, nullptr);
   bind(kRoot + kStillWritable, kRoot + kStillWritable);
-  for (const char* path : kReadOnly) makeReadOnly(kRoot + path);
+  for (const char* path : kFrozen) freeze(kRoot + path);
 }
 
 // What lies below /tmp or /run would be covered by the appliance's own, a build for one: the topmost folder, or the

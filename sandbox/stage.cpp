@@ -3,6 +3,8 @@
 #include <stdlib.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
 
 #include "sandbox/files.h"
 #include "sandbox/report.h"
@@ -11,6 +13,10 @@ namespace kestrove::sandbox {
 namespace {
 
 constexpr const char* kOwnFolders[] = {"/run", "/tmp", "/dev", "/proc", "/sys"};
+
+// Which of the two an overlay heeds depends on who mounts it. A memory file system that keeps neither shows the
+// machine's files, if there are any.
+constexpr const char* kEmptyMarks[] = {"trusted.overlay.opaque", "user.overlay.opaque"};
 
 std::string realPath(const std::string& path) {
   char* real = realpath(path.c_str(), nullptr);
@@ -35,6 +41,7 @@ std::string followLinks(const std::string& path) {
 void copyOwner(const std::string& real, const std::string& staged, mode_t mode) {
   struct stat status;
   bool known = stat(real.c_str(), &status) == 0;
+  if (known) (void)!chown(staged.c_str(), status.st_uid, status.st_gid);  // refused to an ordinary user
   chmod(staged.c_str(), known ? status.st_mode & 07777 : mode);
 }
 
@@ -47,6 +54,18 @@ void makeStaged(const std::string& real, mode_t mode) {
 }
 
 }  // namespace
+
+void markEmpty(const std::string& staged) {
+  for (const char* mark : kEmptyMarks) setxattr(staged.c_str(), mark, "y", 1, 0);
+}
+
+bool markedEmpty(const std::string& staged) {
+  char value = 0;
+  for (const char* mark : kEmptyMarks) {
+    if (getxattr(staged.c_str(), mark, &value, 1) == 1) return true;
+  }
+  return false;
+}
 
 bool isOwn(const std::string& path) {
   for (const char* own : kOwnFolders) {

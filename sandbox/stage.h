@@ -31,4 +31,8 @@ std::string place(const std::string& path);
 // The same for a folder, which is made.
 std::string placeFolder(const std::string& path, mode_t mode = 0755);
 
+// Marks a staged folder: what the machine has at its place stays out of the appliance.
+void markEmpty(const std::string& staged);
+bool markedEmpty(const std::string& staged);
+
 }  // namespace kestrove::sandbox

@@ -201,6 +201,8 @@ FileSystemsBelowTheRootStayVisible() {
 		done
 		echo "nameserver 9.9.9.9" > /tmp/resolver
 		mount --bind /tmp/resolver /etc/resolv.conf
+		mkdir -p /etc/config
+		echo foreign > /etc/config/kestrove.conf
 		"$launcher" \$1 --no-ports --bind "$scratch" -- sh "$scratch/inner/appliance"
 		cat /opt/file /tmp/resolver
 		ls /var/lib
@@ -208,6 +210,7 @@ FileSystemsBelowTheRootStayVisible() {
 	cat > "$scratch/inner/appliance" <<-END
 		cat /opt/file /var/lib/file /srv/deep/place/file /etc/resolv.conf
 		ls -d /var/lib/dhcpcd
+		ls /etc/config
 		echo changed > /var/lib/dhcpcd/mine && echo own
 		echo changed > /srv/deep/place/file || echo read-only
 		echo changed > /etc/resolv.conf
