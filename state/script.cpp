@@ -57,6 +57,7 @@ int writeScriptFile(const char* timestamp) {
   char path[PATH_MAX];
   if (snprintf(path, sizeof path, kScript, timestamp) >= PATH_MAX) return -1;
   sys::Stream script(fopen(path, "w+e"));
+  if (script) setvbuf(script.get(), nullptr, _IONBF, 0);  // the writer has its own, larger buffer
   if (!script || writeTo(script.get(), writeScript) != 0) return -1;
   return script.close() == 0 ? 0 : -1;
 }

@@ -16,48 +16,57 @@ constexpr size_t kLongestRule = 512;
 
 struct ProtocolWord {
   uint32_t number;
-  const char* word;
+  std::string_view word;
 };
 constexpr ProtocolWord kProtocolWords[] = {{0, "ANY "}, {6, "TCP "}, {17, "UDP "}};
 
+// The words of a line are literals of a known size, so that copying them is a move or two.
+template <size_t N>
+char* putWords(char* at, const char (&words)[N]) {
+  return sys::putText(at, {words, N - 1});
+}
+
 // A number behind its option, with the blank that ends every part of a line.
-char* putOption(char* at, std::string_view option, int32_t value) {
-  at = sys::putNumber(sys::putText(at, option), value);
-  return sys::putText(at, " ");
+template <size_t N>
+char* putOption(char* at, const char (&option)[N], int32_t value) {
+  return putWords(sys::putNumber(putWords(at, option), value), " ");
 }
 
-char* putSubnet(char* at, std::string_view option, uint32_t address, uint32_t mask) {
+template <size_t N>
+char* putSubnet(char* at, const char (&option)[N], uint32_t address, uint32_t mask) {
   if (mask == 0) return at;
-  at = sys::putQuad(sys::putText(at, option), address);
-  at = sys::putQuad(sys::putText(at, "/"), mask);
-  return sys::putText(at, " ");
+  at = sys::putQuad(putWords(at, option), address);
+  at = sys::putQuad(putWords(at, "/"), mask);
+  return putWords(at, " ");
 }
 
-char* putPrefix(char* at, std::string_view option, const uint8_t* address, uint32_t length) {
-  at = sys::putIp6(sys::putText(at, option), address);
+template <size_t N>
+char* putPrefix(char* at, const char (&option)[N], const uint8_t* address, uint32_t length) {
+  at = sys::putIp6(putWords(at, option), address);
   return putOption(at, "/", static_cast<int32_t>(length));
 }
 
 char* putAddresses(char* at, const FilterRule& rule) {
   if (rule.ipVersion == 6) {
-    at = putPrefix(sys::putText(at, "-ipVersion 6 "), "-sa6 ", rule.srcAddr6, rule.srcPrefixLen6);
+    at = putPrefix(putWords(at, "-ipVersion 6 "), "-sa6 ", rule.srcAddr6, rule.srcPrefixLen6);
     return putPrefix(at, "-da6 ", rule.dstAddr6, rule.dstPrefixLen6);
   }
   if (rule.ipVersion == 4) {
-    at = putSubnet(sys::putText(at, "-ipVersion 4 "), "-sa ", rule.srcAddr, rule.srcMask);
+    at = putSubnet(putWords(at, "-ipVersion 4 "), "-sa ", rule.srcAddr, rule.srcMask);
     return putSubnet(at, "-da ", rule.dstAddr, rule.dstMask);
   }
-  return sys::putText(at, "-ipVersion Any ");
+  return putWords(at, "-ipVersion Any ");
 }
 
-char* putPortRange(char* at, std::string_view option, int32_t first, std::string_view endOption, int32_t last) {
+template <size_t N, size_t M>
+char* putPortRange(char* at, const char (&option)[N], int32_t first, const char (&endOption)[M], int32_t last) {
   at = putOption(at, option, first);
   return last == first ? at : putOption(at, endOption, last);
 }
 
 // Without a source port the destination port is left out, too: the format that the command line knows.
 char* putProtocol(char* at, const FilterRule& rule) {
-  at = sys::putText(at, "-proto ");
+  at = putWords(at, "-proto ");
   for (const ProtocolWord& row : kProtocolWords) {
     if (row.number == rule.proto) at = sys::putText(at, row.word);
   }
@@ -67,19 +76,19 @@ char* putProtocol(char* at, const FilterRule& rule) {
 }
 
 char* putTarget(char* at, const FilterRule& rule) {
-  if (rule.target == 0) return sys::putText(at, "-d ");
-  if (rule.target == -1) return sys::putText(at, "-b ");
+  if (rule.target == 0) return putWords(at, "-d ");
+  if (rule.target == -1) return putWords(at, "-b ");
   at = putOption(at, "-p ", rule.priority);
   if (rule.target < 1) return at;
   at = putOption(at, "-bw ", rule.bandwidth / 1000);
-  return rule.accel == SHM_ON ? at : sys::putText(at, " -noAccel ");
+  return rule.accel == SHM_ON ? at : putWords(at, " -noAccel ");
 }
 
 char* putRule(char* at, int number, const FilterRule& rule) {
   at = putOption(at, "rule add ", number);
   at = putTarget(putProtocol(putAddresses(at, rule), rule), rule);
-  if (rule.ruleAction == kNotInService) at = sys::putText(at, "-NIS ");
-  return sys::putText(at, "\n");
+  if (rule.ruleAction == kNotInService) at = putWords(at, "-NIS ");
+  return putWords(at, "\n");
 }
 
 void endRoute(TextWriter& out, uint32_t status) { out.text(status == kDisabledRoute ? "-n\n" : "\n"); }
