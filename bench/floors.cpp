@@ -5,6 +5,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
@@ -85,6 +86,11 @@ void lockPair() {
   fcntl(fd, F_SETLKW, &request);
   request.l_type = F_UNLCK;
   fcntl(fd, F_SETLK, &request);
+}
+
+void useTheRealShell() {
+  static const bool covered = mount("/run/kestrove/real/sh", "/bin/sh", nullptr, MS_BIND, nullptr) == 0;
+  if (!covered) exit(2);
 }
 
 SilentOutput::SilentOutput() {

@@ -1,0 +1,183 @@
+// The saved script at full tables beside the same bytes formatted straight away, and a restore beside a shell script.
+#include <arpa/inet.h>
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "bench/floors.h"
+#include "kestrove/kestrove.h"
+#include "sys/format.h"
+
+namespace {
+
+using namespace kestrove::sys;
+
+constexpr char kScript[] = "/usr/local/apache2/htdocs/state-now.txt";
+constexpr char kFloorScript[] = "/usr/local/apache2/htdocs/floor.txt";
+
+FilterRule rule(int i) {
+  auto host = htonl(static_cast<uint32_t>(i) << 8);
+  FilterRule made = {
+      4, host, inet_addr("255.255.255.0"), 0, 0, {}, 0, {}, 0, 6, 1024 + i, 2048 + i, 80, 80, 1, 0, 8, 50000, 2, 3};
+  if (i % 2 == 0) return made;
+  made.ipVersion = 6;
+  memcpy(made.srcAddr6, "\x20\x01\x0d\xb8\0\x1\0\x2", 8);
+  memcpy(made.srcAddr6 + 12, &host, sizeof host);
+  made.srcPrefixLen6 = made.dstPrefixLen6 = 64;
+  return made;
+}
+
+void fillTables() {
+  for (int i = 0; i < SHM_RULES; ++i) shm->filterTable.rule[i] = rule(i);
+  shm->filterTable.ruleCount = SHM_RULES;
+  for (uint32_t i = 0; i < SHM_ROUTES; ++i) {
+    uint32_t next = i + 1 < SHM_ROUTES ? i + 1 : SHM_NO_SLOT;
+    shm->routes.slot[i] = {htonl(i << 8), inet_addr("255.255.255.0"), inet_addr("192.168.5.254"), 3, 1, next};
+    Route6Entry& route = shm->routes6.slot[i];
+    route = {{0x20, 0x01, 0x0d, 0xb9}, {0xfe, 0x80}, 64, 2, "", 1, next};
+    memcpy(route.destination + 4, &i, sizeof i);
+  }
+  shm->routes.head = shm->routes6.head6 = 0;
+}
+
+void emptyTables() {
+  shm->filterTable.ruleCount = 1;
+  for (RouteEntry& slot : shm->routes.slot) slot.inUse = SHM_NO_SLOT;
+  for (Route6Entry& slot : shm->routes6.slot) slot.inUse = SHM_NO_SLOT;
+}
+
+// Just what the tables above need, line by line, into one buffer.
+class Floor {
+ public:
+  explicit Floor(const char* path) : file_(open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644)) {}
+  ~Floor() {
+    flush();
+    close(file_);
+  }
+
+  void rates() {
+    at_ = putText(at_,
+                  "set rateLimit WAN 0\nset mtu WAN 0\nset rateLimit LAN 0\nset mtu LAN 0\n"
+                  "set interfaceMode single 0 0\nset prb off\nset pbrAddress LAN 0.0.0.0\nset pbrMask LAN 0.0.0.0\n"
+                  "set pbrAddress WAN 0.0.0.0\nset pbrMask WAN 0.0.0.0\n\nset sshInterface off\n"
+                  "set httpInterface off\nset compression off\nset logging on\nset accelerationMode \n"
+                  "set linkSetting LAN 10baseT\nset linkSetting WAN 10baseT\n");
+  }
+  void route(const RouteEntry& route) {
+    at_ = putQuad(putText(at_, "route add "), route.destination);
+    at_ = putQuad(putText(at_, " "), route.netmask);
+    at_ = putQuad(putText(at_, " "), route.gateway);
+    end(" \n");
+  }
+  void route6(const Route6Entry& route) {
+    at_ = putIp6(putText(at_, "route6 add "), route.destination);
+    at_ = putNumber(putText(at_, " "), static_cast<int32_t>(route.prefixLength));
+    at_ = putIp6(putText(at_, " "), route.gateway);
+    end(" -n\n");
+  }
+  void rule(int number, const FilterRule& rule) {
+    at_ = putNumber(putText(at_, "rule add "), number);
+    if (rule.ipVersion == 4) {
+      at_ = putQuad(putText(at_, " -ipVersion 4 -sa "), rule.srcAddr);
+      at_ = putQuad(putText(at_, "/"), rule.srcMask);
+    } else {
+      at_ = putIp6(putText(at_, " -ipVersion 6 -sa6 "), rule.srcAddr6);
+      at_ = putNumber(putText(at_, "/"), static_cast<int32_t>(rule.srcPrefixLen6));
+      at_ = putIp6(putText(at_, " -da6 "), rule.dstAddr6);
+      at_ = putNumber(putText(at_, "/"), static_cast<int32_t>(rule.dstPrefixLen6));
+    }
+    at_ = putNumber(putText(at_, " -proto TCP -srcPort "), rule.srcPort);
+    at_ = putNumber(putText(at_, " -srcPortEnd "), rule.srcPortEnd);
+    at_ = putNumber(putText(at_, " -destPort "), rule.destPort);
+    at_ = putNumber(putText(at_, " -p "), rule.priority);
+    at_ = putNumber(putText(at_, " -bw "), rule.bandwidth / 1000);
+    end("  -noAccel \n");
+  }
+
+ private:
+  void end(const char* text) {
+    at_ = putText(at_, text);
+    if (buffer_ + sizeof buffer_ - at_ < 1024) flush();
+  }
+  void flush() {
+    if (write(file_, buffer_, static_cast<size_t>(at_ - buffer_)) != at_ - buffer_) exit(2);
+    at_ = buffer_;
+  }
+
+  int file_;
+  char buffer_[64 * 1024];
+  char* at_ = buffer_;
+};
+
+void writeFloor() {
+  Floor floor(kFloorScript);
+  floor.rates();
+  for (const RouteEntry& route : shm->routes.slot) floor.route(route);
+  for (const Route6Entry& route : shm->routes6.slot) floor.route6(route);
+  for (int i = 0; i < SHM_RULES - 1; ++i) floor.rule(i + 1, shm->filterTable.rule[i]);
+}
+
+std::string contents(const char* path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void floorStateScript(benchmark::State& state) {
+  fillTables();
+  for (auto _ : state) writeFloor();
+  emptyTables();
+}
+BENCHMARK(floorStateScript)->Unit(benchmark::kMicrosecond);
+
+void stateScript(benchmark::State& state) {
+  fillTables();
+  for (auto _ : state) {
+    if (__saveCliState("now") != 0) state.SkipWithError("refused");
+  }
+  writeFloor();
+  if (contents(kScript) != contents(kFloorScript)) state.SkipWithError("the floor writes something else");
+  emptyTables();
+}
+BENCHMARK(stateScript)->Unit(benchmark::kMicrosecond);
+
+constexpr char kRestore[] =
+    "#!/bin/sh\n"
+    "mkdir /usr/local/apache2/htdocs/state/ > /dev/null 2>&1\n"
+    "/usr/bin/unzip -o -qq /usr/local/apache2/htdocs/config*.zip -d /usr/local/apache2/htdocs/state/\n"
+    "cp /usr/local/apache2/htdocs/state/kestrove.conf.configSaved /etc/config/kestrove.conf > /dev/null 2>&1\n"
+    "cp /usr/local/apache2/htdocs/state/snmpd.conf.configSaved /var/config/snmpd.conf > /dev/null 2>&1\n"
+    "cp /usr/local/apache2/htdocs/state/varsnmpd.conf.configSaved /var/net-snmp/snmpd.conf > /dev/null 2>&1\n"
+    "cp /usr/local/apache2/htdocs/state/passwd.configSaved /etc/passwd > /dev/null 2>&1\n"
+    "rm -f /usr/local/apache2/htdocs/state/* > /dev/null 2>&1\n";
+
+void prepareRestore() {
+  bench::useTheRealShell();
+  for (const char* path : {"/var/config/snmpd.conf", "/var/net-snmp/snmpd.conf"}) std::ofstream(path) << "agent\n";
+  std::ofstream("/tmp/restore.sh") << kRestore;
+  if (save_shared_memory() != 0 || saveSystemState(0, "--") != 0) exit(2);
+}
+
+void floorRestore(benchmark::State& state) {
+  prepareRestore();
+  for (auto _ : state) {
+    if (system("/bin/sh /tmp/restore.sh") != 0) state.SkipWithError("failed");
+  }
+}
+BENCHMARK(floorRestore)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void restore(benchmark::State& state) {
+  prepareRestore();
+  for (auto _ : state) {
+    if (loadSystemState(0, "--") != 0) state.SkipWithError("failed");
+  }
+}
+BENCHMARK(restore)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace
