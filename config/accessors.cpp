@@ -15,7 +15,7 @@ constexpr uint32_t kHighestComponent = 8;
 // The bit of notification n, counted from 1; 0 when there is none.
 uint8_t notificationBit(int n) {
   unsigned index = static_cast<unsigned>(n) - 1;
-  return index < kNotifications ? static_cast<uint8_t>(1u << index) : 0;
+  return index < kNotifications ? static_cast<uint8_t>(1u << index) : uint8_t{0};
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // The birth of the store.
 #include <errno.h>
-#include <string.h>
 #include <syslog.h>
 
 #include "kestrove/events.h"
@@ -96,8 +95,7 @@ void readHardwareAddresses() {
 // No terminator is written: the bytes behind are zero in a fresh segment.
 template <size_t N>
 void deriveShortVersion(const char (&full)[N], char (&brief)[N]) {
-  std::string_view text = shortVersion(fieldView(full));
-  memcpy(brief, text.data(), text.size());
+  shortVersion(fieldView(full)).copy(brief, N);
 }
 
 void deriveIdentity() {

@@ -297,6 +297,7 @@ TEST_F(Birth, SegmentThatCannotBeMadeIsAFailure) {
   EXPECT_TRUE(fileLockHeld());
 }
 
+#ifndef __SANITIZE_ADDRESS__  // which needs more address space itself
 TEST_F(Birth, SegmentThatCannotBeAttachedIsAFailure) {
   shm_errno = 77;
   rlimit before;
@@ -311,6 +312,7 @@ TEST_F(Birth, SegmentThatCannotBeAttachedIsAFailure) {
   EXPECT_EQ(77u, shm_errno);
   EXPECT_NE(-1, shmget(SHM_KEY, 1, 0));
 }
+#endif
 
 TEST_F(Birth, LockThatCannotBeTakenIsAFailure) {
   ASSERT_EQ(0, create_lock_file());
