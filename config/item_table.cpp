@@ -3,6 +3,7 @@
 #include <stddef.h>
 #include <string.h>
 
+#include <algorithm>
 #include <array>
 
 #include "config/effects.h"
@@ -17,6 +18,7 @@ namespace {
 constexpr int kHighestId = 58;
 constexpr uint32_t kWanOptPlatform = 14;
 constexpr int kHighestMtu = 1500;
+constexpr uint32_t kLinkSettings[] = {1, 20, 40, 80, 100, 120, 140};
 constexpr char kRelayBypass[] = "/sbin/FtwWdgCtl ftw_pwr_bypass";
 constexpr char kRelayNormal[] = "/sbin/FtwWdgCtl ftw_pwr_normal";
 constexpr char kRelayDynamic[] = "/sbin/FtwWdgCtl ftw_dynamic_normal";
@@ -39,9 +41,7 @@ bool any(uint32_t) { return true; }
 bool lanRate(uint32_t value) { return bounded(value, 10000, 100000000); }
 bool wanRate(uint32_t value) { return bounded(value, shm->config.minRate, INT32_MAX); }
 bool mtu(uint32_t value) { return bounded(value, shm->config.minMtu, kHighestMtu); }
-bool linkSetting(uint32_t value) {
-  return refuseUnless(value == 1 || (value % 20 == 0 && within<20, 140>(value) && value != 60));
-}
+bool linkSetting(uint32_t value) { return refuseUnless(std::ranges::count(kLinkSettings, value) != 0); }
 constexpr auto onOff = within<SHM_ON, SHM_OFF>;
 
 bool onWanOptPlatform() { return shm->config.hardwarePlatform == kWanOptPlatform; }

@@ -147,6 +147,9 @@ TEST_P(ItemStates, EveryAcceptedValueIsStoredWithItsEffects) {
       uint32_t event = value == 1 ? row.onEvent : row.offEvent;
       // Switching the log off leaves nothing to write for itself: it has no event.
       expectEffects(acts ? event : 0, acts && row.saved, marks ? row.bit : 0, marks && row.bit);
+      if (marks && row.bit) {
+        EXPECT_TRUE(engine_->sawChangeDone()) << "signalled too early";
+      }
       uint32_t read = 77;
       EXPECT_EQ(0, getKestroveConfigItem(row.id, &read));
       EXPECT_EQ(value, read);
@@ -317,6 +320,13 @@ TEST_F(ItemsTest, PolicyRoutingDrivesItsOwnEvents) {
   shm->config.opModeState = 1;
   EXPECT_EQ(0, setKestroveConfigItem(20, 2, 0, "--"));
   EXPECT_EQ((std::vector<std::string>{"4", "5"}), modeEvents());
+}
+
+TEST_F(ItemsTest, PolicyRoutingInDebugModeIsDrivenAllTheSame) {
+  shm->operationalState = SHM_STATE_DEBUG;
+  forget();
+  EXPECT_EQ(0, setKestroveConfigItem(20, 1, 4, "jane"));
+  expectEffects(0, true, 1u << 14, true);
 }
 
 TEST_F(ItemsTest, ARefusedModeEventIsTheResultOfPolicyRouting) {

@@ -41,20 +41,28 @@ class EngineChild {
     kill(pid_, SIGUSR2);
     bool heard = false;
     char byte = 0;
-    while (read(pipe_[0], &byte, 1) == 1 && byte != 'Q') heard = true;
+    while (read(pipe_[0], &byte, 1) == 1 && byte != 'Q') {
+      heard = true;
+      sawChangeDone_ = byte == 'D';
+    }
     return heard;
   }
+
+  // Whether the configuration file was there and a change marked when the last signal came.
+  bool sawChangeDone() const { return sawChangeDone_; }
 
  private:
   [[noreturn]] void listen(const sigset_t& heard) {
     for (int signal = 0; sigwait(&heard, &signal) == 0;) {
-      if (write(pipe_[1], signal == SIGUSR1 ? "S" : "Q", 1) != 1) break;
+      bool done = access("/etc/config/kestrove.conf", F_OK) == 0 && shm->pendingChanges != 0;
+      if (write(pipe_[1], signal == SIGUSR2 ? "Q" : done ? "D" : "S", 1) != 1) break;
     }
     _exit(1);
   }
 
   int pipe_[2];
   pid_t pid_;
+  bool sawChangeDone_ = false;
 };
 
 }  // namespace kestrove::testing
