@@ -107,7 +107,7 @@ std::vector<Layer> topLayers() {
 // Takes the part of `upper` at a deeper mount point out of it, since an overlay spans one file system only.
 std::string detach(const std::string& path) {
   static int count = 0;
-  const std::string part = kStage + "/part" + std::to_string(count++);
+  std::string part = kStage + "/part" + std::to_string(count++);
   const std::string upper = kUpper + path;
   if (rename(upper.c_str(), part.c_str()) == -1) giveUp("cannot move %s: %m", upper.c_str());
   makeFolder(upper, 0755);

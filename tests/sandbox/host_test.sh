@@ -21,9 +21,11 @@ trap 'rm -rf "$scratch"' EXIT
 
 marked() { grep -lsa "[k]${mark#k}" /proc/[0-9]*/cmdline | wc -l; }
 
+# Waits until processes with the mark are there (yes) or gone (no).
 until_marked() {
 	for _ in $(seq 100); do
-		[ "$(marked)" -"$1" 1 ] && return
+		[ "$(marked)" = 0 ] && found=no || found=yes
+		[ "$found" = "$1" ] && return
 		sleep 0.05
 	done
 	fail "processes of the appliance: $(marked)"
@@ -87,10 +89,10 @@ KilledLauncherTakesAllWithIt() {
 	for signal in KILL TERM; do
 		before=$(machine)
 		"$launcher" -- sh -c "sleep 1000 & exec bash -c 'sleep 1000; echo $mark'" &
-		until_marked ge
+		until_marked yes
 		kill -$signal $!
 		wait $! 2>/dev/null
-		until_marked lt
+		until_marked no
 		diff <(echo "$before") <(machine) || fail "the machine has changed"
 	done
 }
