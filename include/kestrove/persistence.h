@@ -21,18 +21,22 @@ extern "C" {
    count 1 and no segment attached. Takes the lock from start to end. */
 KESTROVE_API int init_shared_memory(const char* configPath, const char* eventLogPath);
 
-/* Reads a configuration file into the store, in Configuration Mode: rows are stored and nothing else happens. Further
-   arguments are ignored. Lines that make no sense are reported to syslog and skipped. 0, also at a read error; -2 when
-   the file does not exist, -1 when it cannot be opened (both logged), when the lock cannot be taken (its code) or when
-   path is null (code 3). Takes the lock. */
+/* Reads a configuration file into the store, line by line, in Configuration Mode: rows are stored and nothing is saved,
+   logged as an event, signalled or applied to the kernel; the state is put back on every path. Only what the file names
+   is overwritten. WEB_CACHE and DNS_ADDR write or remove /etc/resolv.conf and drive the operating modes with event 19;
+   IPv6 rules are announced on standard output. Lines that make no sense are reported to syslog and skipped; codes left
+   by refused values and rows stay in shm_errno. Further arguments are ignored.
+   0, also when the reading fails half-way (code 2); -2 when the file does not exist, -1 when it cannot be opened (both
+   logged), when the lock cannot be taken (its code) or when path is null (code 3). Takes the lock. */
 KESTROVE_API int load_shared_memory(const char* path, ...);
 
-/* Saves the store in every state. 0; -1 with code 2 when the file cannot be opened for writing, with code 10 when
-   writing failed in a rule row. Takes the lock. */
+/* Saves the store, in every state, to the file that configFileName names. The file is replaced whole; where writing
+   fails the old one stands and the reason is logged at error priority.
+   0, also when writing failed; -1 with code 2 when the file cannot be opened for writing, with code 10 when writing
+   failed among the rules (errno tells why). Takes the lock. */
 KESTROVE_API int write_shared_memory(void);
 
-/* Saves the store, except in Configuration Mode, where it does nothing and gives 0. Otherwise as write_shared_memory.
- */
+/* As write_shared_memory, but does nothing and gives 0 in Configuration Mode. */
 KESTROVE_API int save_shared_memory(void);
 
 /* Moves the administrator account of the old keys ADMIN_USERNAME and ADMIN_PASSWORD, when both were in the

@@ -87,6 +87,19 @@ TEST_F(SaveFaultTest, FailingCallLeavesAWholeFileNoDescriptorAndNoRubbish) {
       });
 }
 
+// The contents before the name, the name before the folder: only what is on the disk is put in place.
+TEST_F(SaveFaultTest, ContentsAreOnTheDiskBeforeTheyAreInPlaceAndThenTheFolder) {
+  std::vector<std::string> files;
+  sweepFaults(
+      {EIO}, [this] { prepare(); }, save_shared_memory,
+      [&](const Strike&, const Aftermath& after) {
+        if (after.systemCall != SYS_fsync) return;
+        EXPECT_EQ(0, after.result);
+        files.push_back(readFile(kFile));
+      });
+  EXPECT_EQ((std::vector<std::string>{old_, new_}), files);
+}
+
 TEST_F(SaveFaultTest, InterruptedCallIsRepeatedOrTheOldFileStands) {
   sweepFaults(
       {EINTR}, [this] { prepare(); }, save_shared_memory,
