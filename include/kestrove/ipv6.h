@@ -31,7 +31,7 @@ KESTROVE_API int shm_editIp6Address(int index, const void* address16);
 KESTROVE_API int shm_editIp6Prefix(int index, uint32_t prefixLength);
 
 /* Takes an address off the bridge, in Configuration Mode too, and out of the table. -1 without a code when it is not
-   held, or when the bridge does not give it up: then it stays. */
+   held; -1 as shm_if6config leaves it when the bridge does not give it up: then it stays. */
 KESTROVE_API int removeIp6(const void* address16);
 
 /* Position of the address, -1 without a code when it is not held. No lock; attaches the store where needed. */

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <stdio.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -306,6 +307,19 @@ TEST_F(KernelRoutes4, WithoutASocketTheRouteIsKeptAsInactive) {
   EXPECT_EQ(kInactive, status("10.2.0.0"));
 }
 
+TEST_F(KernelRoutes4, WithoutPrivilegeTheKernelRefuses) {
+  pid_t child = fork();
+  if (child == 0) {
+    RouteEntry entry = route("10.1.0.0");
+    bool refused = setuid(65534) == 0 && addKernelRoute(&entry) == -1 && shm_errno == SHM_ESYSTEM && errno == EPERM;
+    _exit(refused ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(child, waitpid(child, &status, 0));
+  EXPECT_EQ(0, status);
+  EXPECT_THAT(kernel(), IsEmpty());
+}
+
 class KernelRoutes6 : public KernelRoutes {
  protected:
   static Route6Entry route(const char* net, uint32_t prefix = 64, uint32_t status = kActive,
@@ -448,6 +462,13 @@ TEST_F(KernelRoutes6, TheRequestsGiveTheKernelsWord) {
   EXPECT_EQ(0, deleteKernelRoute6(&entry));
   EXPECT_FAILS_WITH(SHM_ESYSTEM, deleteKernelRoute6(&entry));
   EXPECT_EQ(ESRCH, errno);
+}
+
+TEST_F(KernelRoutes6, WhereIpv6IsOffTheRouteIsKeptAsInactive) {
+  run("echo 1 > /proc/sys/net/ipv6/conf/eth0/disable_ipv6");
+  EXPECT_EQ(0, add("2001:db8:1::"));
+  EXPECT_EQ(kInactive, get("2001:db8:1::").status);
+  EXPECT_EQ(uint32_t{SHM_ESYSTEM}, shm_errno);
 }
 
 TEST_F(KernelRoutes6, WithoutASocketTheRouteIsKeptAsInactive) {
