@@ -283,7 +283,8 @@ TEST_F(CtlTest, ExplainTellsTheEffectsAndTouchesNothing) {
   Ran ran = ctl("--json explain mode single 12 13");
   ASSERT_EQ(0, ran.status) << ran.err;
   std::vector<std::string> shell;
-  for (const Json& effect : ran.json()["effects"]) {
+  const Json result = ran.json();
+  for (const Json& effect : result["effects"]) {
     if (effect["kind"] == "shell") shell.push_back(effect["effect"]);
   }
   EXPECT_THAT(shell, ::testing::IsSupersetOf({"/sbin/vconfig add eth0 12 > /dev/null 2>&1",
