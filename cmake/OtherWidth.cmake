@@ -20,12 +20,14 @@ unset(CMAKE_REQUIRED_LIBRARIES)
 set(KESTROVE_OTHER_WIDTH "")
 if(NOT ${kestrove_other_check})
   message(STATUS "No packages for ${kestrove_other_flag}: the tests that cross widths are left out")
+elseif(KESTROVE_SANITIZE)
+  message(STATUS "The tests that cross widths are left out of sanitized builds")
 elseif(NOT KESTROVE_WIDTH_OF_A_TEST)
   set(KESTROVE_OTHER_WIDTH ${CMAKE_BINARY_DIR}/other-width)
   ExternalProject_Add(kestrove-other-width
     SOURCE_DIR ${PROJECT_SOURCE_DIR}
     BINARY_DIR ${KESTROVE_OTHER_WIDTH}
-    CMAKE_ARGS -DCMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE} -DKESTROVE_TESTS=OFF -DKESTROVE_WIDTH_OF_A_TEST=ON
+    CMAKE_ARGS -DCMAKE_BUILD_TYPE=Debug -DKESTROVE_TESTS=OFF -DKESTROVE_WIDTH_OF_A_TEST=ON
                -DCMAKE_C_FLAGS=${kestrove_other_flag} -DCMAKE_CXX_FLAGS=${kestrove_other_flag}
                -DCMAKE_C_COMPILER=${CMAKE_C_COMPILER} -DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER}
                -DCMAKE_C_COMPILER_LAUNCHER=${CMAKE_C_COMPILER_LAUNCHER}
