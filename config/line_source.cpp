@@ -1,21 +1,11 @@
 #include "config/line_source.h"
 
-#include <errno.h>
 #include <string.h>
 #include <unistd.h>
 
+#include "sys/repeated.h"
+
 namespace kestrove {
-namespace {
-
-ssize_t readPiece(int fd, char* buffer, size_t size) {
-  ssize_t count;
-  do {
-    count = read(fd, buffer, size);
-  } while (count == -1 && errno == EINTR);
-  return count;
-}
-
-}  // namespace
 
 char* LineSource::next() {
   size_t length = 0;  // characters of the line that are known to hold no newline
@@ -50,7 +40,7 @@ size_t LineSource::makeRoom() {
 
 bool LineSource::refill() {
   if (ended_) return false;
-  ssize_t count = readPiece(fd_, buffer_ + end_, kCapacity - end_);
+  ssize_t count = sys::repeated([this] { return read(fd_, buffer_ + end_, kCapacity - end_); });
   ended_ = count <= 0;
   failed_ = count < 0;
   if (count > 0) end_ += static_cast<size_t>(count);

@@ -10,6 +10,7 @@
 #include "store/mode.h"
 #include "store/text.h"
 #include "sys/descriptor.h"
+#include "sys/repeated.h"
 #include "sys/replace.h"
 
 namespace kestrove {
@@ -56,7 +57,7 @@ int load_shared_memory(const char* path, ...) {
   if (!path) return fail(SHM_EINVAL);
   StoreLock lock;
   if (!lock) return -1;
-  sys::Descriptor file(open(path, O_RDONLY | O_CLOEXEC));
+  sys::Descriptor file(sys::repeated([path] { return open(path, O_RDONLY | O_CLOEXEC); }));
   if (!file) {
     int error = errno;
     syslog(LOG_ERR, "Error opening %s: %m", path);

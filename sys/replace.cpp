@@ -13,22 +13,15 @@
 #include <initializer_list>
 
 #include "sys/leftovers.h"
+#include "sys/repeated.h"
 
 namespace kestrove::sys {
 namespace {
 
-constexpr int kPatience = 100;  // an interrupted call is repeated, but not for ever
 constexpr int kNames = 100;
 constexpr mode_t kFreshMode = 0666;
 constexpr mode_t kPrivateMode = 0600;  // until the old file's mode is known to fit the new owner
 constexpr mode_t kModeBits = 07777;
-
-template <typename Call>
-auto repeated(Call call) {
-  auto result = call();
-  for (int i = 0; result == -1 && errno == EINTR && i < kPatience; ++i) result = call();
-  return result;
-}
 
 bool among(int error, std::initializer_list<int> errors) {
   return std::find(errors.begin(), errors.end(), error) != errors.end();

@@ -57,6 +57,14 @@ TEST(KeywordsTest, EveryKeywordIsFoundAndOnce) {
   EXPECT_EQ(69u, names.size());
 }
 
+TEST(KeywordsTest, RowsHaveFunctionsOfTheirOwn) {
+  for (const Keyword& keyword : keywords()) {
+    if (keyword.kind != Kind::kRow) continue;
+    EXPECT_NE(nullptr, keyword.read) << keyword.name;
+    EXPECT_EQ(keyword.position != kNeverWritten, keyword.rows != nullptr) << keyword.name;
+  }
+}
+
 TEST(KeywordsTest, OtherWordsAreNotFound) {
   for (const Keyword& keyword : keywords()) {
     std::string name(keyword.name);

@@ -110,5 +110,23 @@ TEST_F(SaveFaultTest, InterruptedCallIsRepeatedOrTheOldFileStands) {
       });
 }
 
+// A loading that is struck gives a clean result, puts the state back and leaves the lock to the next process.
+TEST_F(SaveFaultTest, LoadingSurvivesFailingCalls) {
+  auto fewRules = [this] {
+    shm->filterTable.ruleCount = 5;
+    savedWith(kOldRate);
+  };
+  sweepFaults(
+      {EIO, ENOSPC, EMFILE, EINTR}, fewRules, [] { return load_shared_memory(kFile); },
+      [](const Strike&, const Aftermath& after) {
+        ASSERT_TRUE(after.finished);
+        EXPECT_TRUE(after.result == 0 || after.result == -1) << after.result;
+        EXPECT_LE(after.leaked, 0);
+        EXPECT_EQ(uint32_t(SHM_STATE_OPERATIONAL), shm->operationalState);
+        EXPECT_EQ(0, shm_lock());
+        EXPECT_EQ(0, shm_unlock());
+      });
+}
+
 }  // namespace
 }  // namespace kestrove::testing
