@@ -12,6 +12,7 @@
 #include <string>
 
 #include "bench/floors.h"
+#include "bench/turns.h"
 #include "kestrove/kestrove.h"
 #include "sys/format.h"
 
@@ -164,20 +165,17 @@ void prepareRestore() {
   if (save_shared_memory() != 0 || saveSystemState(0, "--") != 0) exit(2);
 }
 
-void floorRestore(benchmark::State& state) {
-  prepareRestore();
-  for (auto _ : state) {
-    if (system("/bin/sh /tmp/restore.sh") != 0) state.SkipWithError("failed");
-  }
-}
-BENCHMARK(floorRestore)->Unit(benchmark::kMillisecond)->UseRealTime();
-
 void restore(benchmark::State& state) {
   prepareRestore();
-  for (auto _ : state) {
-    if (loadSystemState(0, "--") != 0) state.SkipWithError("failed");
-  }
+  bench::inTurns(
+      state,
+      [&] {
+        if (loadSystemState(0, "--") != 0) state.SkipWithError("failed");
+      },
+      [&] {
+        if (system("/bin/sh /tmp/restore.sh") != 0) state.SkipWithError("failed");
+      });
 }
-BENCHMARK(restore)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(restore)->Unit(benchmark::kMillisecond)->UseManualTime();
 
 }  // namespace
