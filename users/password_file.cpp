@@ -40,17 +40,18 @@ uid_t freeUserNumber() {
 }
 
 // An unfinished last line would swallow the new one.
-bool finishLastLine(FILE* file) {
-  if (fseeko(file, -1, SEEK_END) != 0) return true;  // an empty file
+bool finishLastLine(FILE* file, off_t size) {
+  if (size == 0) return true;
+  if (fseeko(file, -1, SEEK_END) != 0) return false;
   int last = fgetc(file);
-  if (fseeko(file, 0, SEEK_END) != 0) return false;
+  if (last == EOF || fseeko(file, 0, SEEK_END) != 0) return false;
   return last == '\n' || fputc('\n', file) != EOF;
 }
 
 bool append(FILE* file, const struct passwd& entry) {
   if (fseeko(file, 0, SEEK_END) != 0) return false;
   off_t size = ftello(file);
-  if (finishLastLine(file) && putpwent(&entry, file) == 0 && fflush(file) == 0) return true;
+  if (finishLastLine(file, size) && putpwent(&entry, file) == 0 && fflush(file) == 0) return true;
   __fpurge(file);
   if (ftruncate(fileno(file), size) != 0) syslog(LOG_ERR, "%s is left with part of a line: %m", kPasswordFile);
   return false;
