@@ -48,9 +48,10 @@ void dumpQueue(sys::TextWriter& out, const QosRow& row) {
         row.sessions);
 }
 
-void dumpSessionRow(sys::TextWriter& out, const char* name, const uint64_t* counter) {
-  print(out, "%4s: %18lld %18lld %18lld %18lld\n", name, shown(counter[0]), shown(counter[1]), shown(counter[2]),
-        shown(counter[3]));
+// The counters of one side, four from the given one on.
+void dumpSessionRow(sys::TextWriter& out, const char* name, const SessionEngineStats& engine, int first) {
+  print(out, "%4s: %18lld %18lld %18lld %18lld\n", name, shown(engine.counter[first]), shown(engine.counter[first + 1]),
+        shown(engine.counter[first + 2]), shown(engine.counter[first + 3]));
 }
 
 }  // namespace
@@ -85,8 +86,8 @@ void dumpSessionEngine(sys::TextWriter& out) {
   const SessionEngineStats& engine = shm->sessionEngine;
   print(out, "Num Sessions: %d\n", engine.sessions);
   print(out, "%4s  %18s %18s %18s %18s\n", "i/f", "bytes: tx", "rx", "packet: tx", "rx");
-  dumpSessionRow(out, "Lan", engine.counter);
-  dumpSessionRow(out, "Wan", engine.counter + 4);
+  dumpSessionRow(out, "Lan", engine, 0);
+  dumpSessionRow(out, "Wan", engine, 4);
 }
 
 }  // namespace kestrove

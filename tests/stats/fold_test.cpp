@@ -62,13 +62,13 @@ TEST_F(Fold, TotalsTakeTheSignAlong) {
            .set(21, kMinusOne)
            .set(23, 1)
            .set(24, kLowest));
-  EXPECT_EQ(99u, block().intervalTotals[0]);
-  EXPECT_EQ(201u, block().intervalTotals[1]);
-  EXPECT_EQ(uint64_t{300} - 0x80000000u, block().intervalTotals[2]);
-  EXPECT_EQ(400u + uint64_t{0x7FFFFFFF}, block().intervalTotals[3]);
-  EXPECT_EQ(499u, block().totalTcpSessionRequestsFailed);
-  EXPECT_EQ(601u, block().totalTcpSessionsTimedOut);
-  EXPECT_EQ(uint64_t{700} - 0x80000000u, block().totalTcpSegmentsBadChecksum);
+  EXPECT_EQ(99u, +block().intervalTotals[0]);
+  EXPECT_EQ(201u, +block().intervalTotals[1]);
+  EXPECT_EQ(uint64_t{300} - 0x80000000u, +block().intervalTotals[2]);
+  EXPECT_EQ(400u + uint64_t{0x7FFFFFFF}, +block().intervalTotals[3]);
+  EXPECT_EQ(499u, +block().totalTcpSessionRequestsFailed);
+  EXPECT_EQ(601u, +block().totalTcpSessionsTimedOut);
+  EXPECT_EQ(uint64_t{700} - 0x80000000u, +block().totalTcpSegmentsBadChecksum);
 }
 
 TEST_F(Fold, RatesAreDividedByTheInterval) {
@@ -99,8 +99,8 @@ TEST_F(Fold, ANegativeIntervalDividesWithItsSign) {
 TEST_F(Fold, CompressionTotalsAreUnsignedAndExact) {
   fold(Record().set(25, UINT32_MAX).set(26, UINT32_MAX / 4));
   fold(Record().set(25, UINT32_MAX).set(26, UINT32_MAX / 4));
-  EXPECT_EQ(uint64_t{UINT32_MAX} * 2, block().totalUncompressedDataSize);
-  EXPECT_EQ(uint64_t{UINT32_MAX / 4} * 2, block().totalCompressedDataSize);
+  EXPECT_EQ(uint64_t{UINT32_MAX} * 2, +block().totalUncompressedDataSize);
+  EXPECT_EQ(uint64_t{UINT32_MAX / 4} * 2, +block().totalCompressedDataSize);
   EXPECT_EQ(24u, block().compressionRatio);
 }
 
@@ -108,7 +108,7 @@ TEST_F(Fold, WithNothingCompressedTheRatioStays) {
   block().compressionRatio = 77;
   fold(Record().set(26, 500));
   EXPECT_EQ(77u, block().compressionRatio);
-  EXPECT_EQ(500u, block().totalCompressedDataSize);
+  EXPECT_EQ(500u, +block().totalCompressedDataSize);
 }
 
 TEST_F(Fold, RatiosAbove32BitsKeepTheirLowWord) {
@@ -119,8 +119,8 @@ TEST_F(Fold, RatiosAbove32BitsKeepTheirLowWord) {
 
 TEST_F(Fold, FilterTotalsAndTheirRatio) {
   fold(Record().set(27, UINT32_MAX).set(28, 0x80000000u).set(29, 4711));
-  EXPECT_EQ(uint64_t{UINT32_MAX}, block().filter_total_bytes_in);
-  EXPECT_EQ(uint64_t{0x80000000u}, block().filter_total_bytes_out);
+  EXPECT_EQ(uint64_t{UINT32_MAX}, +block().filter_total_bytes_in);
+  EXPECT_EQ(uint64_t{0x80000000u}, +block().filter_total_bytes_out);
   EXPECT_EQ(50u, block().filter_compression_ratio);
   EXPECT_EQ(4711u, block().filterLastValue);
   fold(Record().set(29, 3));
@@ -146,9 +146,9 @@ TEST_F(Fold, EveryQueueTakesItsRow) {
   for (uint32_t i = 0; i < SHM_QOS_ROWS; ++i) {
     const QosRow& row = shm->qos[i];
     EXPECT_EQ(static_cast<int32_t>(i) + 1, row.priority);
-    EXPECT_EQ((uint64_t{i} << 33) + 10, row.bytesSent);
-    EXPECT_EQ(2 * (uint64_t{i} + 100), row.packetsSent);
-    EXPECT_EQ(2 * (uint64_t{i} + 200), row.packetsDropped);
+    EXPECT_EQ((uint64_t{i} << 33) + 10, +row.bytesSent);
+    EXPECT_EQ(2 * (uint64_t{i} + 100), +row.packetsSent);
+    EXPECT_EQ(2 * (uint64_t{i} + 200), +row.packetsDropped);
     EXPECT_EQ(i + 300, row.currentRate);
     EXPECT_EQ(i + 400, row.averageRate);
     EXPECT_EQ(i + 500, row.maximumRate);
@@ -169,8 +169,8 @@ TEST_F(Fold, TotalsWrapAt64Bits) {
   shm->qos[0].bytesSent = UINT64_MAX;
   block().totalUncompressedDataSize = UINT64_MAX;
   fold(Record().setPair(31, 2).set(25, 2));
-  EXPECT_EQ(1u, shm->qos[0].bytesSent);
-  EXPECT_EQ(1u, block().totalUncompressedDataSize);
+  EXPECT_EQ(1u, +shm->qos[0].bytesSent);
+  EXPECT_EQ(1u, +block().totalUncompressedDataSize);
 }
 
 TEST_F(Fold, LeavesWhatIsNotItsOwn) {
@@ -210,8 +210,8 @@ TEST_F(Fold, RandomBytes) {
     if (round % 3 == 1) record.set(43, kLowest).set(44, kLowest);
     const StatisticsBlock was = block();
     fold(record);
-    EXPECT_EQ(was.accumulatedIntervals + 1, block().accumulatedIntervals);
-    EXPECT_EQ(was.totalUncompressedDataSize + record.word[25], block().totalUncompressedDataSize);
+    EXPECT_EQ(was.accumulatedIntervals + 1, +block().accumulatedIntervals);
+    EXPECT_EQ(was.totalUncompressedDataSize + record.word[25], +block().totalUncompressedDataSize);
     EXPECT_GE(block().maxTcpSessionInitiationsPerSecond, was.maxTcpSessionInitiationsPerSecond);
   }
 }
@@ -230,21 +230,21 @@ TEST_F(Fold, SessionCountersAreAddedAndTakenFromTheCaller) {
   }
   record.word[16] = static_cast<uint32_t>(-3);
   EXPECT_EQ(0, updateDomoStats(&record));
-  EXPECT_EQ(uint64_t{UINT32_MAX} * 2, shm->sessionEngine.counter[0]);
-  for (uint64_t i = 1; i < 8; ++i) EXPECT_EQ((i << 32) + UINT32_MAX, shm->sessionEngine.counter[i]);
+  EXPECT_EQ(uint64_t{UINT32_MAX} * 2, +shm->sessionEngine.counter[0]);
+  for (uint64_t i = 1; i < 8; ++i) EXPECT_EQ((i << 32) + UINT32_MAX, +shm->sessionEngine.counter[i]);
   EXPECT_EQ(-3, shm->sessionEngine.sessions);
   EXPECT_EQ(77u, shm->sessionEngine.resetWord[0]);
   for (int i = 0; i < 16; ++i) EXPECT_EQ(0u, record.word[i]);
   EXPECT_EQ(static_cast<uint32_t>(-3), record.word[16]);
   EXPECT_EQ(0, updateDomoStats(&record));
-  EXPECT_EQ(uint64_t{UINT32_MAX} * 2, shm->sessionEngine.counter[0]);
+  EXPECT_EQ(uint64_t{UINT32_MAX} * 2, +shm->sessionEngine.counter[0]);
 }
 
 TEST_F(Fold, SessionRecordsNeedNoAlignment) {
   char space[70] = {};
   space[1] = 1;
   EXPECT_EQ(0, updateDomoStats(space + 1));
-  EXPECT_EQ(1u, shm->sessionEngine.counter[0]);
+  EXPECT_EQ(1u, +shm->sessionEngine.counter[0]);
 }
 
 TEST_F(Fold, WithoutStoreTheSessionRecordStays) {

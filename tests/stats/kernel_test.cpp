@@ -8,20 +8,35 @@
 namespace kestrove::testing {
 namespace {
 
-// From now on /proc is a folder of plain files.
-void emptyProc() { ASSERT_EQ(0, mount("tmpfs", "/proc", "tmpfs", 0, nullptr)); }
+// Puts plain files in the place of the kernel's until the end of the test.
+class FakeProc : public ::testing::Test {
+ protected:
+  void TearDown() override {
+    while (mounts_-- > 0) umount2("/proc", MNT_DETACH);
+  }
+  void emptyProc() {
+    ASSERT_EQ(0, mount("tmpfs", "/proc", "tmpfs", 0, nullptr));
+    ++mounts_;
+  }
+  void uptimeReads(const std::string& text) {
+    emptyProc();
+    writeFile("/proc/uptime", text);
+  }
+  void interfacesRead(const std::string& lines);
 
-void uptimeReads(const std::string& text) {
-  emptyProc();
-  writeFile("/proc/uptime", text);
-}
+ private:
+  int mounts_ = 0;
+};
+
+class Uptime : public FakeProc {};
+class Interfaces : public FakeProc {};
 
 constexpr char kHeadings[] =
     "Inter-|   Receive                                                |  Transmit\n"
     " face |bytes    packets errs drop fifo frame compressed multicast|bytes    packets errs drop fifo colls carrier "
     "compressed\n";
 
-void interfacesRead(const std::string& lines) {
+void FakeProc::interfacesRead(const std::string& lines) {
   emptyProc();
   ASSERT_EQ(0, mkdir("/proc/net", 0755));
   writeFile("/proc/net/dev", kHeadings + lines);
@@ -49,7 +64,7 @@ void expectNoCounters(const char* name, int code) {
   EXPECT_EQ(6u, out.value[5]);
 }
 
-TEST(Uptime, IsTheKernels) {
+TEST_F(Uptime, IsTheKernels) {
   timespec now;
   clock_gettime(CLOCK_BOOTTIME, &now);
   uint32_t uptime = 0;
@@ -57,7 +72,7 @@ TEST(Uptime, IsTheKernels) {
   EXPECT_NEAR(static_cast<double>(now.tv_sec) * 100, uptime, 300);
 }
 
-TEST(Uptime, IsHundredthsCutToAWholeNumber) {
+TEST_F(Uptime, IsHundredthsCutToAWholeNumber) {
   uint32_t uptime;
   uptimeReads("123.45 99.00\n");
   EXPECT_EQ(0, getSystemUptime(&uptime));
@@ -70,7 +85,7 @@ TEST(Uptime, IsHundredthsCutToAWholeNumber) {
   EXPECT_EQ(0u, uptime);
 }
 
-TEST(Uptime, IsTheSameInBothWidths) {
+TEST_F(Uptime, IsTheSameInBothWidths) {
   uint32_t uptime;
   for (auto [text, expected] :
        {std::pair{"0.29", 28u}, {"19.95", 1995u}, {"49.86", 4986u}, {"1234567.89", 123456788u}}) {
@@ -80,14 +95,14 @@ TEST(Uptime, IsTheSameInBothWidths) {
   }
 }
 
-TEST(Uptime, KeepsTheLow32Bits) {
+TEST_F(Uptime, KeepsTheLow32Bits) {
   uint32_t uptime;
   uptimeReads("42949673.00");
   EXPECT_EQ(0, getSystemUptime(&uptime));
   EXPECT_EQ(4u, uptime);
 }
 
-TEST(Uptime, RubbishGivesZeroAndSetsNoCode) {
+TEST_F(Uptime, RubbishGivesZeroAndSetsNoCode) {
   shm_errno = 42;
   for (const char* text : {"-1.00", "-0.001", "nan", "inf", "1e300", "up since Monday", ""}) {
     uptimeReads(text);
@@ -98,32 +113,32 @@ TEST(Uptime, RubbishGivesZeroAndSetsNoCode) {
   EXPECT_EQ(42u, shm_errno);
 }
 
-TEST(Uptime, UnreadableGivesZero) {
+TEST_F(Uptime, UnreadableGivesZero) {
   emptyProc();
   uint32_t uptime = 7;
   EXPECT_EQ(-1, getSystemUptime(&uptime));
   EXPECT_EQ(0u, uptime);
 }
 
-TEST(Uptime, NeedsAnOutput) { EXPECT_FAILS_WITH(SHM_EINVAL, getSystemUptime(nullptr)); }
+TEST_F(Uptime, NeedsAnOutput) { EXPECT_FAILS_WITH(SHM_EINVAL, getSystemUptime(nullptr)); }
 
-TEST(Interfaces, OfTheKernelAreRead) {
+TEST_F(Interfaces, OfTheKernelAreRead) {
   Counters out = counters("lo");
   EXPECT_EQ(out.value[0], out.value[1]) << "what the loopback sends it receives";
 }
 
-TEST(Interfaces, ColumnsGoToTheirFields) {
+TEST_F(Interfaces, ColumnsGoToTheirFields) {
   interfacesRead("  eth0: 11 12 13 14 15 16 17 18 21 22 23 24 25 26 27 28\n");
   expectCounters("eth0", {21, 11, 22, 12, 24, 14});
 }
 
-TEST(Interfaces, TheEnginesOwnIsTurnedAround) {
+TEST_F(Interfaces, TheEnginesOwnIsTurnedAround) {
   interfacesRead("  tap0: 11 12 13 14 15 16 17 18 21 22 23 24 25 26 27 28\n tap00: 1 2 3 4 5 6 7 8 9 10 11 12 13 14\n");
   expectCounters("tap0", {11, 21, 12, 22, 14, 24});
   expectCounters("tap00", {9, 1, 10, 2, 12, 4});
 }
 
-TEST(Interfaces, NamesMatchExactly) {
+TEST_F(Interfaces, NamesMatchExactly) {
   interfacesRead(
       " eth01: 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1\n"
       "  eth0:9 9 9 9 9 9 9 9 9 9 9 9 9 9 9 9\n"
@@ -136,29 +151,29 @@ TEST(Interfaces, NamesMatchExactly) {
   }
 }
 
-TEST(Interfaces, CountersAre64Bits) {
+TEST_F(Interfaces, CountersAre64Bits) {
   interfacesRead("eth0: 18446744073709551615 4294967296 0 4294967295 0 0 0 0 18446744073709551614 0 0 1\n");
   expectCounters("eth0", {UINT64_MAX - 1, UINT64_MAX, 0, uint64_t{1} << 32, 1, UINT32_MAX});
 }
 
-TEST(Interfaces, ALineThatIsTooShortIsNotUsed) {
+TEST_F(Interfaces, ALineThatIsTooShortIsNotUsed) {
   interfacesRead("eth0: 1 2 3 4 5 6 7 8 9 10 11\neth1: 1 2 three 4\n");
   expectNoCounters("eth0", SHM_EIO);
   expectNoCounters("eth1", SHM_EIO);
 }
 
-TEST(Interfaces, WithoutTheKernelsList) {
+TEST_F(Interfaces, WithoutTheKernelsList) {
   emptyProc();
   expectNoCounters("lo", SHM_EOPEN);
 }
 
-TEST(Interfaces, NeedNameAndOutput) {
+TEST_F(Interfaces, NeedNameAndOutput) {
   Counters out;
   EXPECT_FAILS_WITH(SHM_EINVAL, readInterfaceStats(nullptr, "lo"));
   EXPECT_FAILS_WITH(SHM_EINVAL, readInterfaceStats(&out, nullptr));
 }
 
-TEST(Interfaces, AnEmptyOrEndlessListNamesNobody) {
+TEST_F(Interfaces, AnEmptyOrEndlessListNamesNobody) {
   interfacesRead("");
   expectNoCounters("eth0", SHM_ENOENT);
   interfacesRead(std::string(100000, 'x'));

@@ -152,9 +152,9 @@ TEST_F(Reset, ThenAReaderSeesAFreshBlock) {
   EXPECT_EQ(0, resetStats(2, "admin"));
   StatisticsBlock out = {};
   ASSERT_EQ(0, readOperationalStats(&out));
-  EXPECT_EQ(0u, out.accumulatedIntervals);
-  EXPECT_EQ(0u, out.totalUncompressedDataSize);
-  EXPECT_EQ(0u, out.totalTcpSegmentsBadChecksum);
+  EXPECT_EQ(0u, +out.accumulatedIntervals);
+  EXPECT_EQ(0u, +out.totalUncompressedDataSize);
+  EXPECT_EQ(0u, +out.totalTcpSegmentsBadChecksum);
   EXPECT_EQ(100u, out.compressionRatio);
   EXPECT_EQ(100u, out.filter_compression_ratio);
   EXPECT_EQ(0u, checkStatsCounter());
