@@ -1,6 +1,6 @@
 # The one entry. Every target sets up what it needs.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-all bench fuzz shell format install setup-m32
+.PHONY: help demo test test-all bench fuzz shell format lint install
 
 SECONDS ?= 60
 
@@ -36,6 +36,12 @@ shell: ## a shell on a throw-away appliance
 format: ## formats every source with clang-format
 	@scripts/setup format
 	@git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format -i
+
+lint: ## runs clang-tidy over the library and the programs
+	@scripts/setup build tools format
+	@cmake --preset dev >/dev/null
+	@git ls-files 'sys/*.cpp' 'store/*.cpp' 'config/*.cpp' 'events/*.cpp' 'users/*.cpp' 'stats/*.cpp' 'state/*.cpp' \
+	  'net/*.cpp' 'tools/*.cpp' | xargs -P "$$(nproc)" -n 4 clang-tidy --quiet -p build/dev 2>/dev/null
 
 install: ## builds the release and installs it (PREFIX, DESTDIR)
 	@scripts/setup build tools

@@ -33,6 +33,13 @@ void addGroups(CLI::App& app, ctl::Session& session) {
   }
 }
 
+// The whole picture, or the command that was asked about.
+std::string helpOf(const CLI::App& app) {
+  const CLI::App* asked = &app;
+  while (!asked->get_subcommands().empty()) asked = asked->get_subcommands().front();
+  return asked == &app ? app.help("", CLI::AppFormatMode::All) : asked->help("kestrovectl");
+}
+
 // A usage error may come before the option was parsed.
 bool asksForJson(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
@@ -47,7 +54,7 @@ int run(CLI::App& app, ctl::Session& session, int argc, char** argv) {
     if (!app.get_subcommands().empty()) return ctl::kDone;
     return report(session, ctl::kUsage, "a command is needed (kestrovectl --help lists them)", -1);
   } catch (const CLI::CallForHelp& call) {
-    fputs(app.help("", CLI::AppFormatMode::All).c_str(), session.out);
+    fputs(helpOf(app).c_str(), session.out);
   } catch (const CLI::CallForVersion&) {
     fprintf(session.out, "%s\n", tools::versionText("kestrovectl").c_str());
   } catch (const CLI::Success&) {
