@@ -83,7 +83,7 @@ int setEventSourceUsername(const char* name) {
   char(&field)[sizeof shm->eventSourceUsername] = shm->eventSourceUsername;
   char cut[sizeof field] = {};
   setField(cut, name, sizeof cut - 1);
-  if (fieldView(field) == fieldView(cut)) return 0;
+  if (memcmp(field, cut, sizeof field) == 0) return 0;  // the whole field: what a longer name left is cleared, too
   memcpy(field, cut, sizeof field);
   save_shared_memory();  // its failure leaves a code; the name is set all the same
   return 0;

@@ -33,6 +33,7 @@ int32_t pidFromFile() {
 int32_t enginePid() { return shm->config.productId == kWritesPidFile ? pidFromFile() : shm->taskPids[kEngineTask]; }
 
 bool ratesChanged() { return (shm->pendingChanges & (kPendingLanRate | kPendingWanRate)) != 0; }
+bool needsRestart() { return shm->config.productId == kRestartsOnChange && !ratesChanged(); }
 
 }  // namespace
 }  // namespace kestrove
@@ -44,11 +45,12 @@ int notifyKestrove(void) {
   if (!lock) return -1;
   int32_t pid = enginePid();
   if (pid < kLowestPid) return -1;
+  bool restart = needsRestart();  // asked before the signal: a quick engine fetches the marks at once
   if (kill(pid, SIGUSR1) != 0) {
     lock.leaveHeld();  // the caller's process keeps this level of the lock: kept on purpose
     return fail(SHM_ESYSTEM);
   }
-  if (shm->config.productId == kRestartsOnChange && !ratesChanged()) restart_kestrove(0, "--");
+  if (restart) restart_kestrove(0, "--");
   return 0;
 }
 

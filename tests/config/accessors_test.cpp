@@ -292,7 +292,12 @@ TEST_F(AccessorsTest, TheEventUserIsCutToItsField) {
     EXPECT_EQ(0, setEventSourceUsername(std::string(length, 'n').c_str()));
     EXPECT_EQ(std::string(31, 'n') + '\0', std::string(shm->eventSourceUsername, 32));
   }
+  memcpy(shm->eventSourceUsername, "jane\0left over", 14);
+  EXPECT_EQ(0, setEventSourceUsername("jane"));
+  EXPECT_EQ(std::string("jane") + std::string(28, '\0'), std::string(shm->eventSourceUsername, 32));
   unlink(kFile);
+  EXPECT_EQ(0, setEventSourceUsername("jane"));
+  EXPECT_FALSE(fileExists(kFile));
   shm->operationalState = SHM_STATE_CONFIGURATION;
   EXPECT_EQ(0, setEventSourceUsername("joe"));
   EXPECT_FALSE(fileExists(kFile));

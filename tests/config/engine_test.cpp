@@ -397,5 +397,17 @@ TEST_F(EngineTest, ProductNineRestartsUnlessARateChanged) {
   EXPECT_EQ(0, shm_lock_count);
 }
 
+// This process is its own engine, which has fetched the marks before the signal's sender goes on.
+TEST_F(EngineTest, AnEngineThatFetchesAtOnceIsNotRestartedForARate) {
+  auto* before = signal(SIGUSR1, [](int) { shm->pendingChanges = 0; });
+  shm->config.productId = 9;
+  shm->taskPids[4] = getpid();
+  shm->pendingChanges = 1;
+  EXPECT_EQ(0, notifyKestrove());
+  signal(SIGUSR1, before);
+  EXPECT_EQ(0u, shm->pendingChanges);
+  EXPECT_TRUE(programs().empty());
+}
+
 }  // namespace
 }  // namespace kestrove::testing
