@@ -6,8 +6,8 @@
 #ifndef KESTROVE_DUMP_H
 #define KESTROVE_DUMP_H
 
-#include "kestrove/layout.h"
 #include <stdio.h>
+#include "kestrove/layout.h"
 
 #ifdef __cplusplus
 extern "C" {

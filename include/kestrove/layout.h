@@ -7,8 +7,8 @@
 #ifndef KESTROVE_LAYOUT_H
 #define KESTROVE_LAYOUT_H
 
-#include "kestrove/api.h"
 #include <stdint.h>
+#include "kestrove/api.h"
 
 enum {
   SHM_KEY = 6001,

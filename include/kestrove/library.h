@@ -2,8 +2,8 @@
 #ifndef KESTROVE_LIBRARY_H
 #define KESTROVE_LIBRARY_H
 
-#include "kestrove/api.h"
 #include <stdint.h>
+#include "kestrove/api.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -28,10 +28,10 @@ void writeFile(const std::string& path, const std::string& text);
 bool fileExists(const std::string& path);
 
 // The result is -1 and the code the one given.
-#define EXPECT_FAILS_WITH(expectedCode, call)             \
-  do {                                                    \
-    shm_errno = 99;                                       \
-    EXPECT_EQ(-1, (call));                                \
+#define EXPECT_FAILS_WITH(expectedCode, call)              \
+  do {                                                     \
+    shm_errno = 99;                                        \
+    EXPECT_EQ(-1, (call));                                 \
     EXPECT_EQ(uint32_t(expectedCode), shm_errno) << #call; \
   } while (0)
 
