@@ -1,0 +1,68 @@
+// Sections of the command script as text.
+#pragma once
+
+#include <arpa/inet.h>
+#include <gmock/gmock.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <functional>
+#include <string>
+
+#include "kestrove/kestrove.h"
+#include "tests/support/store.h"
+
+namespace kestrove::testing {
+
+constexpr char kScript[] = "/usr/local/apache2/htdocs/state-now.txt";
+
+inline uint32_t quad(const char* text) { return inet_addr(text); }
+
+template <size_t N>
+void setIp6(uint8_t (&address)[N], const char* text) {
+  ASSERT_EQ(1, inet_pton(AF_INET6, text, address));
+}
+
+// What the writer puts on a stream.
+inline std::string written(const std::function<int(FILE*)>& write) {
+  char* text = nullptr;
+  size_t size = 0;
+  FILE* stream = open_memstream(&text, &size);
+  EXPECT_EQ(0, write(stream));
+  fclose(stream);
+  std::string result(text, size);
+  free(text);
+  return result;
+}
+
+inline std::string wholeScript() {
+  EXPECT_EQ(0, __saveCliState("now"));
+  return readFile(kScript);
+}
+
+class ScriptTest : public StoreTest {
+ protected:
+  static ConfigRecord& config() { return shm->config; }
+
+  // The rule in front of the default one, as the script has it.
+  static std::string line(const FilterRule& rule) {
+    shm->filterTable.rule[1] = shm->filterTable.rule[0];
+    shm->filterTable.rule[0] = rule;
+    shm->filterTable.ruleCount = 2;
+    return written(__saveSARules);
+  }
+};
+
+// A rule with nothing in it that the script would show, bridged.
+inline FilterRule rule4() {
+  FilterRule rule = {};
+  rule.ipVersion = 4;
+  rule.target = -1;
+  rule.ruleAction = 3;
+  return rule;
+}
+
+}  // namespace kestrove::testing
