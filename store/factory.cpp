@@ -1,6 +1,5 @@
 // Factory resets, and the store built anew.
 #include <errno.h>
-#include <stdio.h>
 #include <unistd.h>
 
 #include "kestrove/events.h"
@@ -41,7 +40,7 @@ bool removeUsers() {
 
 bool removeAgentFiles() {
   for (const char* path : kAgentFiles) {
-    if (remove(path) != 0 && errno != ENOENT) return false;
+    if (unlink(path) != 0 && errno != ENOENT) return false;
   }
   return true;
 }
@@ -50,7 +49,7 @@ template <size_t N>
 bool removeNamedFile(const char (&field)[N]) {
   char path[N + 1];
   copyField(path, sizeof path, field);
-  return remove(path) == 0;
+  return unlink(path) == 0;
 }
 
 void copyBackup() {

@@ -94,7 +94,7 @@ int neighb_mac(int count, const char* ifname, const char* ip, char* dst) {
   return -1;
 }
 
-int removeResolvConf(void) { return remove(kResolverFile) == 0 ? 0 : -1; }
+int removeResolvConf(void) { return unlink(kResolverFile); }
 
 int changeDnsServerIp(uint32_t addr) {
   OpModeContext context = {};

@@ -52,7 +52,7 @@ using namespace kestrove;
 
 // Callers may add lines of their own between the opening and commitHandler, so the stream is theirs to see.
 int updateKernelRules(void) {
-  remove(kRestoreFile);
+  unlink(kRestoreFile);
   fp = fopen(kRestoreFile, "we");
   if (!fp) {
     syslog(LOG_ERR, "Error opening iptables temp file: %m");
@@ -90,7 +90,7 @@ int commitHandler(void) {
     syslog(LOG_ERR, "Error changing mode on restore file: %m");
   }
   run(kRestore, kRestoreFile);
-  return remove(kRestoreFile);
+  return unlink(kRestoreFile);
 }
 
 int addIp6tablesDropRule(void) { return run(kDropForwarded6); }

@@ -70,7 +70,6 @@ TEST_F(PacketFilter, ALinkLeftInItsPlaceIsNotFollowed) {
 
 TEST_F(PacketFilter, WithoutTheFileNothingRuns) {
   ASSERT_EQ(0, mkdir(kRestoreFile, 0755));
-  writeFile("/tmp/restore_file/inside", "x");
   EXPECT_EQ(-1, updateKernelRules());
   EXPECT_THAT(programs(), IsEmpty());
   EXPECT_EQ(nullptr, fp);
@@ -171,7 +170,6 @@ TEST_F(PacketFilter, AModeThatCannotBeGivenIsLoggedAndTheLoadGoesOn) {
 
 TEST_F(PacketFilter, AFileThatCannotBeRemovedIsTheResult) {
   ASSERT_EQ(0, mkdir(kRestoreFile, 0755));
-  writeFile("/tmp/restore_file/inside", "x");
   fp = fopen("/tmp/elsewhere", "w");
   EXPECT_EQ(-1, commitHandler());
   EXPECT_THAT(programs(), ElementsAre("/sbin/iptables-restore"));

@@ -183,6 +183,9 @@ TEST_F(NameServer, CanBeRemoved) {
   EXPECT_EQ(0, removeResolvConf());
   EXPECT_FALSE(fileExists(kResolverFile));
   EXPECT_EQ(-1, removeResolvConf());
+  ASSERT_EQ(0, mkdir(kResolverFile, 0755));
+  EXPECT_EQ(-1, removeResolvConf()) << "a folder is no file";
+  rmdir(kResolverFile);
 }
 
 TEST(NameServerWithoutAStore, NothingIsWritten) {
