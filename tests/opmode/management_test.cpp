@@ -407,7 +407,7 @@ TEST_F(ManagementList, ADamagedCountStaysInTheList) {
     findManagementAddr("172.16.0.1", &out);
     remove(entry6("2001:db8::99"));
     char buffer[64];
-    EXPECT_EQ(damaged < 0 ? -1 : 0, getManagementAddressList(buffer, sizeof buffer));
+    EXPECT_EQ(0, getManagementAddressList(buffer, sizeof buffer));
     EXPECT_EQ(0x11, shm->reserved8[0]);
   }
 }
