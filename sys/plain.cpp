@@ -3,7 +3,9 @@
 namespace kestrove::sys {
 namespace {
 
-constexpr size_t kLongestInterface = 27;
+constexpr size_t kLongestInterface = 15;
+constexpr size_t kLongestBase = 16;
+constexpr size_t kLongestVlan = 10;
 
 bool digit(char c) { return c >= '0' && c <= '9'; }
 bool letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
@@ -18,13 +20,22 @@ bool all(std::string_view text, Test test) {
   return true;
 }
 
+bool plainVlan(std::string_view name) {
+  size_t dot = name.rfind('.');
+  if (dot == name.npos || dot > kLongestBase) return false;
+  std::string_view id = name.substr(dot + 1);
+  return !id.empty() && id.size() <= kLongestVlan && all(id, digit);
+}
+
 }  // namespace
 
 bool plainName(std::string_view name) {
   return !name.empty() && all(name, [](char c) { return letter(c) || digit(c) || oneOf(c, "._-:@"); });
 }
 
-bool plainInterface(std::string_view name) { return name.size() <= kLongestInterface && plainName(name); }
+bool plainInterface(std::string_view name) {
+  return plainName(name) && (name.size() <= kLongestInterface || plainVlan(name));
+}
 
 bool plainAddress(std::string_view text) {
   return all(text, [](char c) { return hexadecimal(c) || oneOf(c, ".:/ "); });

@@ -5,7 +5,7 @@
 
 namespace kestrove::sys {
 
-// 1 to 27 letters, digits and . _ - : @ (an interface of 15 characters, a dot and a VLAN id).
+// 1 to 15 letters, digits and . _ - : @, or up to 16 of them, a dot and the digits of a VLAN id.
 bool plainInterface(std::string_view name);
 
 // The same characters, one at least, without a limit.

@@ -72,7 +72,8 @@ TEST(Commands, FailingAndMissingProgramsAreIgnored) {
 TEST(Commands, NamesThatAreNotPlainReachNoShell) {
   for (const std::string& name :
        {std::string(), std::string("eth0;reboot"), std::string("$(reboot)"), std::string("a b"), std::string("a\nb"),
-        std::string("../x"), std::string(300, 'a')}) {
+        std::string("../x"), std::string(16, 'a'), std::string(17, 'a') + ".1", std::string(16, 'a') + ".x",
+        std::string(16, 'a') + ".", std::string(16, 'a') + ".12345678901", std::string(300, 'a')}) {
     EXPECT_EQ(0, turnOnIpfoward(name.c_str()));
     EXPECT_EQ(0, shm_vconfig_add2(name.c_str(), 1, 2));
     EXPECT_EQ(0, shm_vconfig_rem2(name.c_str(), 1, 2));
@@ -80,6 +81,12 @@ TEST(Commands, NamesThatAreNotPlainReachNoShell) {
     EXPECT_EQ(0, shm_ifconfig_down1(name.c_str(), 1));
   }
   EXPECT_THAT(shellLines(), IsEmpty());
+}
+
+TEST(Commands, AVlanOnALongNameIsPlain) {
+  std::string name = std::string(16, 'a') + ".4094";
+  EXPECT_EQ(0, turnOnIpfoward(name.c_str()));
+  EXPECT_THAT(shellLines(), ElementsAre("echo 1 > /proc/sys/net/ipv4/conf/" + name + "/forwarding"));
 }
 
 TEST(Commands, RefusedPortKeepsTheOtherCommands) {
