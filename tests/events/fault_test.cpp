@@ -80,8 +80,8 @@ TEST_F(EventFault, AnInterruptedFileCallIsMadeAgain) {
 // of the other: whole in size, and every byte of one of the two.
 TEST_F(EventFault, AWriterKilledAtAnyMomentLeavesAtMostOneSeam) {
   const std::string one(kImage, '1'), other(kImage, '2');
-  ASSERT_EQ(0, write_event_log(kFile, one.data()));
   for (int round = 0; round < 200; ++round) {
+    ASSERT_EQ(0, write_event_log(kFile, one.data()));  // no seam of the round before
     pid_t writer = fork();
     if (writer == 0) writeForEver(one, other);
     usleep(static_cast<useconds_t>(200 + round * 7));
