@@ -23,7 +23,8 @@ bool all(std::string_view text, Test test) {
 bool plainVlan(std::string_view name) {
   size_t dot = name.rfind('.');
   if (dot == name.npos || dot > kLongestBase) return false;
-  std::string_view id = name.substr(dot + 1);
+  std::string_view id = name;
+  id.remove_prefix(dot + 1);
   return !id.empty() && id.size() <= kLongestVlan && all(id, digit);
 }
 
