@@ -8,7 +8,6 @@
 #include <random>
 
 #include "tests/support/store.h"
-#include "tools/ctl/trace.h"
 
 namespace kestrove::testing {
 namespace {
@@ -102,28 +101,6 @@ TEST_F(CheckTest, NoiseIsFoundAndNothingIsChanged) {
     EXPECT_FALSE(ctl::checkStore(*shm).empty());
     EXPECT_EQ(0, memcmp(before.get(), shm, SHM_SIZE));
   }
-}
-
-TEST(Trace, TellsShellLinesOnceAndLeavesOutWhatTheyStart) {
-  std::vector<ctl::Effect> effects = ctl::effectsOf(
-      "10 execve(\"/x/kestrovectl\", [\"kestrovectl\", \"set\"], 0x1 /* 3 vars */) = 0\n"
-      "10 ioctl(5, SIOCGIFINDEX, {ifr_name=\"br0\"}) = 0\n"
-      "11 execve(\"/bin/sh\", [\"sh\", \"-c\", \"/sbin/ip rule flush > /dev/null 2>&1 \"], 0x1 /* 3 vars */) = 0\n"
-      "12 execve(\"/sbin/ip\", [\"/sbin/ip\", \"rule\", \"flush\"], 0x1) = 0\n"
-      "12 +++ exited with 0 +++\n"
-      "11 +++ exited with 0 +++\n"
-      "10 ioctl(5, SIOCSIFADDR, {ifr_name=\"eth0\"}) = 0\n"
-      "13 execve(\"/sbin/iptables\", [\"/sbin/iptables\", \"-F\"], 0x1) = 0\n"
-      "10 sendmsg(6, {msg_name={sa_family=AF_NETLINK}}, 0) = 64\n"
-      "10 kill(77, SIGUSR1) = 0\n");
-  ASSERT_EQ(5u, effects.size());
-  EXPECT_EQ("shell", effects[0].kind);
-  EXPECT_EQ("/sbin/ip rule flush > /dev/null 2>&1 ", effects[0].text);
-  EXPECT_EQ("ioctl", effects[1].kind);
-  EXPECT_EQ("program", effects[2].kind);
-  EXPECT_EQ("\"/sbin/iptables\", \"-F\"", effects[2].text);
-  EXPECT_EQ("netlink", effects[3].kind);
-  EXPECT_EQ("signal", effects[4].kind);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 #include "kestrove/kestrove.h"
 #include "tools/common/program.h"
 #include "tools/ctl/commands.h"
-#include "tools/ctl/trace.h"
+#include "tools/ctl/trace/tracer.h"
 
 namespace ctl {
 namespace {
@@ -55,6 +55,16 @@ std::string needed(const std::string& name, const std::string& folder = "") {
   return path;
 }
 
+// For a human reader the text stands last: blanks at its end are part of it.
+void show(const Session& session, const Json& trace) {
+  if (session.json) return session.show(trace);
+  for (const Json& row : trace["effects"]) {
+    fprintf(session.out, "%-8s %-14s %s\n", row["kind"].get<std::string>().c_str(),
+            row["result"].get<std::string>().c_str(), row["effect"].get<std::string>().c_str());
+  }
+  if (trace["effects"].empty()) fputs("nothing outside the store changes\n", session.out);
+}
+
 void explain(const Session& session) {
   requireStore();
   if (command.front() == "explain") throw Refusal(kUsage, "explain does not explain itself");
@@ -64,24 +74,20 @@ void explain(const Session& session) {
       needed("kestrove-sandbox", "../sandbox"), "--record",       "--ports",    "--bind", image.path(), "--",
       tools::ownFolder() + "/kestrovectl",      "explain-inside", image.path(), "--"};
   line.insert(line.end(), command.begin(), command.end());
-  needed("strace");
   tools::Output output = tools::runForOutput(line);
-  std::vector<Effect> effects = effectsOf(output.text);
-  Json rows = Json::array();
-  for (const Effect& effect : effects) rows.push_back({{"kind", effect.kind}, {"effect", effect.text}});
-  if (session.json) {
-    session.show({{"exit", output.status}, {"effects", rows}});
-  } else {
-    for (const Effect& effect : effects) fprintf(session.out, "%-8s %s\n", effect.kind.c_str(), effect.text.c_str());
-    if (effects.empty()) fputs("nothing outside the store changes\n", session.out);
+  Json trace = Json::parse(output.text, nullptr, false);
+  if (output.status != 0 || trace.is_discarded()) {
+    throw Refusal(kSystem, "explain failed in its sandbox (status " + std::to_string(output.status) + ")");
   }
-  if (output.status != 0)
-    throw Refusal(kRefused, "the command itself was refused (status " + std::to_string(output.status) + ")");
+  show(session, trace);
+  int status = trace["exit"].get<int>();
+  if (status != 0) {
+    throw Refusal(kRefused, "the command itself was refused (status " + std::to_string(status) + ")");
+  }
 }
 
-// Makes the copied store the sandbox's own, then traces the command. Standard output carries the trace alone.
-void explainInside(const Session& session) {
-  if (access("/run/kestrove/inside", F_OK) != 0) throw Refusal(kRefused, "only inside the sandbox");
+// The store of this sandbox becomes the copy.
+void makeStore() {
   std::ifstream file(imagePath, std::ios::binary);
   std::string image((std::istreambuf_iterator<char>(file)), {});
   if (image.size() != SHM_SIZE) throw Refusal(kSystem, imagePath + ": no image of a store");
@@ -92,25 +98,22 @@ void explainInside(const Session& session) {
   }
   memcpy(segment, image.data(), image.size());
   shmdt(segment);
+}
 
-  std::vector<std::string> line = {"strace",
-                                   "-f",
-                                   "-q",
-                                   "-s",
-                                   "4096",
-                                   "-e",
-                                   "signal=none",
-                                   "-e",
-                                   "trace=execve,ioctl,sendmsg,kill",
-                                   "-o",
-                                   "/dev/fd/" + std::to_string(fileno(session.out)),
-                                   tools::ownFolder() + "/kestrovectl"};
+// Standard output carries the trace alone: what the command prints goes to standard error.
+void explainInside(const Session& session) {
+  if (access("/run/kestrove/inside", F_OK) != 0) throw Refusal(kRefused, "only inside the sandbox");
+  makeStore();
+  std::vector<std::string> line = {tools::ownFolder() + "/kestrovectl"};
   line.insert(line.end(), command.begin(), command.end());
-  std::vector<char*> arguments;
-  for (std::string& word : line) arguments.push_back(word.data());
-  arguments.push_back(nullptr);
-  execvp(arguments[0], arguments.data());
-  throw Refusal(kSystem, std::string("strace: ") + strerror(errno));
+  Trace trace = traceProgram(line);
+  Json rows = Json::array();
+  for (const Effect& effect : trace.effects) {
+    rows.push_back({{"kind", effect.kind}, {"effect", effect.text}, {"result", effect.result}});
+  }
+  std::string text =
+      Json({{"exit", trace.status}, {"effects", rows}}).dump(-1, ' ', false, Json::error_handler_t::replace);
+  fwrite(text.data(), 1, text.size(), session.out);
 }
 
 }  // namespace

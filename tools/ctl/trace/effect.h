@@ -1,0 +1,14 @@
+// One thing that a command does outside the store.
+#pragma once
+
+#include <string>
+
+namespace ctl {
+
+struct Effect {
+  std::string kind;    // "shell", "program", "ioctl", "netlink", "signal"
+  std::string text;    // the line, the words, the request in words
+  std::string result;  // the kernel's answer: a number, or the name of the error
+};
+
+}  // namespace ctl
