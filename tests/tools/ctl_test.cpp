@@ -27,6 +27,7 @@ TEST(CtlWithoutStore, SaysSoAndEndsWithThree) {
   }
   EXPECT_EQ(3, ctl("--json show").json()["error"]["exit"]);
   EXPECT_EQ(3, ctl("status").status);
+  EXPECT_EQ(3, ctl("explain save").status);
   EXPECT_EQ("absent", ctl("--json status").json()["store"]);
 }
 
@@ -273,24 +274,6 @@ TEST_F(CtlTest, AForeignArchiveIsRefusedBeforeItIsUnpacked) {
   EXPECT_EQ(1, run("rm /usr/local/apache2/htdocs/*.zip; " KESTROVECTL " state load").status);
   writeFile("/usr/local/apache2/htdocs/config-2.zip", "no archive");
   EXPECT_EQ(5, ctl("state load").status);
-}
-
-TEST_F(CtlTest, ExplainTellsTheEffectsAndTouchesNothing) {
-  strcpy(shm->config.physicalLanInterfaceName, "eth1");
-  strcpy(shm->config.bridgeRouterPhysicalName, "eth0");
-  strcpy(shm->config.physicalWanInterfaceName, "eth0");
-  shm->config.singleInterfaceMode = SHM_OFF;
-  Ran ran = ctl("--json explain mode single 12 13");
-  ASSERT_EQ(0, ran.status) << ran.err;
-  std::vector<std::string> shell;
-  const Json result = ran.json();
-  for (const Json& effect : result["effects"]) {
-    if (effect["kind"] == "shell") shell.push_back(effect["effect"]);
-  }
-  EXPECT_THAT(shell, ::testing::IsSupersetOf({"/sbin/vconfig add eth0 12 > /dev/null 2>&1",
-                                              "/usr/bin/init-bridging eth0.12 eth1  > /dev/null 2>&1"}));
-  EXPECT_EQ(uint8_t{SHM_OFF}, shm->config.singleInterfaceMode);
-  EXPECT_EQ(0u, shm->config.opModeState);
 }
 
 }  // namespace

@@ -1,6 +1,4 @@
 // explain: what a change would do, found out by doing it in a sandbox copy of the present store.
-#include <fcntl.h>
-#include <sys/shm.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,7 +9,7 @@
 #include "kestrove/kestrove.h"
 #include "tools/common/program.h"
 #include "tools/ctl/commands.h"
-#include "tools/ctl/trace/tracer.h"
+#include "tools/ctl/explain_inside.h"
 
 namespace ctl {
 namespace {
@@ -66,12 +64,13 @@ void show(const Session& session, const Json& trace) {
 }
 
 void explain(const Session& session) {
-  requireStore();
+  if (command.empty()) throw Refusal(kUsage, "a command to explain is needed");
   if (command.front() == "explain") throw Refusal(kUsage, "explain does not explain itself");
+  requireStore();
   Scratch image;
   writeImage(image.path());
   std::vector<std::string> line = {
-      needed("kestrove-sandbox", "../sandbox"), "--record",       "--ports",    "--bind", image.path(), "--",
+      needed("kestrove-sandbox", "../sandbox"), "--real",         "--ports",    "--bind", image.path(), "--",
       tools::ownFolder() + "/kestrovectl",      "explain-inside", image.path(), "--"};
   line.insert(line.end(), command.begin(), command.end());
   tools::Output output = tools::runForOutput(line);
@@ -81,39 +80,8 @@ void explain(const Session& session) {
   }
   show(session, trace);
   int status = trace["exit"].get<int>();
-  if (status != 0) {
-    throw Refusal(kRefused, "the command itself was refused (status " + std::to_string(status) + ")");
-  }
-}
-
-// The store of this sandbox becomes the copy.
-void makeStore() {
-  std::ifstream file(imagePath, std::ios::binary);
-  std::string image((std::istreambuf_iterator<char>(file)), {});
-  if (image.size() != SHM_SIZE) throw Refusal(kSystem, imagePath + ": no image of a store");
-  int id = shmget(SHM_KEY, SHM_SIZE, IPC_CREAT | IPC_EXCL | 0666);
-  void* segment = id == -1 ? reinterpret_cast<void*>(-1) : shmat(id, nullptr, 0);
-  if (segment == reinterpret_cast<void*>(-1) || create_lock_file() != 0) {
-    throw Refusal(kSystem, std::string("copy of the store: ") + strerror(errno));
-  }
-  memcpy(segment, image.data(), image.size());
-  shmdt(segment);
-}
-
-// Standard output carries the trace alone: what the command prints goes to standard error.
-void explainInside(const Session& session) {
-  if (access("/run/kestrove/inside", F_OK) != 0) throw Refusal(kRefused, "only inside the sandbox");
-  makeStore();
-  std::vector<std::string> line = {tools::ownFolder() + "/kestrovectl"};
-  line.insert(line.end(), command.begin(), command.end());
-  Trace trace = traceProgram(line);
-  Json rows = Json::array();
-  for (const Effect& effect : trace.effects) {
-    rows.push_back({{"kind", effect.kind}, {"effect", effect.text}, {"result", effect.result}});
-  }
-  std::string text =
-      Json({{"exit", trace.status}, {"effects", rows}}).dump(-1, ' ', false, Json::error_handler_t::replace);
-  fwrite(text.data(), 1, text.size(), session.out);
+  if (status == 0) return;
+  throw Refusal(kRefused, session.json ? "" : "the command itself was refused (status " + std::to_string(status) + ")");
 }
 
 }  // namespace
@@ -121,17 +89,17 @@ void explainInside(const Session& session) {
 void addExplainCommand(CLI::App& app, Session& session) {
   CLI::App* explaining =
       app.add_subcommand("explain", "The commands, ioctls and netlink messages that a change causes");
-  explaining->add_option("COMMAND", command, "A kestrovectl command with its arguments")->required();
-  explaining->prefix_command();
+  explaining->footer("explain COMMAND [ARGUMENT...]: a kestrovectl command with its arguments");
+  explaining->prefix_command()->fallthrough(false);
   explaining->callback([&session, explaining] {
-    for (const std::string& word : explaining->remaining()) command.push_back(word);
+    command = explaining->remaining();
     explain(session);
   });
 
   CLI::App* inside = app.add_subcommand("explain-inside", "")->group("");
   inside->add_option("IMAGE", imagePath)->required();
   inside->add_option("COMMAND", command)->required();
-  inside->callback([&session] { explainInside(session); });
+  inside->callback([&session] { explainInside(session, imagePath, command); });
 }
 
 }  // namespace ctl

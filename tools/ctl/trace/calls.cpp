@@ -32,9 +32,9 @@ int familyOf(pid_t process, uint64_t fd) {
   return family;
 }
 
-// "sh -c LINE", or "sh -c -- LINE".
+// "sh -c LINE", or "sh -c -- LINE"; our own programs call the shell by its path.
 const std::string* shellLine(const std::vector<std::string>& words) {
-  if (words.size() < 3 || words[0] != "sh" || words[1] != "-c") return nullptr;
+  if (words.size() < 3 || words[1] != "-c" || (words[0] != "sh" && words[0] != "/bin/sh")) return nullptr;
   return words[2] == "--" && words.size() > 3 ? &words[3] : &words[2];
 }
 

@@ -1,0 +1,84 @@
+#include "tools/ctl/explain_inside.h"
+
+#include <sys/shm.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+
+#include "kestrove/kestrove.h"
+#include "tools/common/program.h"
+#include "tools/ctl/trace/tracer.h"
+
+namespace ctl {
+namespace {
+
+constexpr int kEngineTask = 4;
+constexpr int kPoweredOn = 1;
+
+std::string readImage(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string image((std::istreambuf_iterator<char>(file)), {});
+  if (image.size() != SHM_SIZE) throw Refusal(kSystem, path + ": no image of a store");
+  return image;
+}
+
+void* makeStore() {
+  int id = shmget(SHM_KEY, SHM_SIZE, IPC_CREAT | IPC_EXCL | 0666);
+  void* segment = id == -1 ? reinterpret_cast<void*>(-1) : shmat(id, nullptr, 0);
+  if (segment == reinterpret_cast<void*>(-1) || create_lock_file() != 0) {
+    throw Refusal(kSystem, std::string("copy of the store: ") + strerror(errno));
+  }
+  return segment;
+}
+
+// In any state of the store, and without the engine, whose number belongs to nobody here.
+[[noreturn]] void powerOn() {
+  if (shm_lock() != 0) _exit(kNoStore);
+  shm->operationalState = SHM_STATE_OPERATIONAL;
+  shm->taskPids[kEngineTask] = 0;
+  shm_unlock();
+  OpModeContext context = {};
+  int result = OpModeState(kPoweredOn, &context);
+  _exit(result == 0 && updateKernelRules() == 0 ? kDone : kRefused);
+}
+
+// Bridges, addresses, routes and the packet filter as the store says, so that the kernel here answers as the
+// appliance's would. In a process of its own: some failures of the library are fatal to their caller.
+void bringUpAppliance() {
+  pid_t child = fork();
+  if (child == -1) throw Refusal(kSystem, std::string("fork: ") + strerror(errno));
+  if (child == 0) powerOn();
+  int status = 0;
+  while (waitpid(child, &status, 0) == -1 && errno == EINTR) {
+  }
+  if (status != 0) fputs("kestrovectl: the copy did not come up whole; the kernel may answer otherwise\n", stderr);
+}
+
+Json traceJson(const Trace& trace) {
+  Json rows = Json::array();
+  for (const Effect& effect : trace.effects) {
+    rows.push_back({{"kind", effect.kind}, {"effect", effect.text}, {"result", effect.result}});
+  }
+  return {{"exit", trace.status}, {"effects", rows}};
+}
+
+}  // namespace
+
+void explainInside(const Session& session, const std::string& imagePath, const std::vector<std::string>& command) {
+  if (access("/run/kestrove/inside", F_OK) != 0) throw Refusal(kRefused, "only inside the sandbox");
+  std::string image = readImage(imagePath);
+  void* segment = makeStore();
+  memcpy(segment, image.data(), image.size());
+  bringUpAppliance();
+  memcpy(segment, image.data(), image.size());  // coming up has changed it
+  shmdt(segment);
+  std::vector<std::string> line = {tools::ownFolder() + "/kestrovectl"};
+  line.insert(line.end(), command.begin(), command.end());
+  std::string text = traceJson(traceProgram(line)).dump(-1, ' ', false, Json::error_handler_t::replace);
+  fwrite(text.data(), 1, text.size(), session.out);
+}
+
+}  // namespace ctl
