@@ -146,10 +146,10 @@ TEST_P(SimTest, ReportsWhatCrossedItsPorts) {
   EXPECT_EQ("engine stopped", sim.line());
   EXPECT_EQ(0, sim.exitStatus());
   EXPECT_EQ(2u, checkStatsCounter());
-  EXPECT_GE(shm->statistics.totalCompressedDataSize, 1000u);
+  EXPECT_GE(+shm->statistics.totalCompressedDataSize, 1000u);
   EXPECT_EQ(100u, shm->statistics.compressionRatio);
-  EXPECT_GE(shm->qos[0].bytesSent, 1000u);
-  EXPECT_GE(shm->qos[9].packetsSent, 1u);
+  EXPECT_GE(+shm->qos[0].bytesSent, 1000u);
+  EXPECT_GE(+shm->qos[9].packetsSent, 1u);
 }
 
 TEST_P(SimTest, TheStoresIntervalIsUsedUnlessOneIsGiven) {
