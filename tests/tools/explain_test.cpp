@@ -37,7 +37,7 @@ class ExplainTest : public StoreTest {
 
   static Ran explain(const std::string& command) {
     const std::string before = image();
-    Ran ran = ctl("--json explain " + command);
+    Ran ran = tracedCtl("--json explain " + command);
     EXPECT_EQ(before, image()) << "the running store";
     EXPECT_EQ(1, run("/bin/ip link show br0").status) << "the running kernel";
     return ran;
@@ -98,14 +98,14 @@ TEST_F(ExplainTest, AModeChangeShowsItsStepsInOrder) {
 
 TEST_F(ExplainTest, WhatStaysInTheStoreHasNoEffects) {
   EXPECT_THAT(effects("set sysName 'branch seven'"), IsEmpty());
-  EXPECT_EQ("nothing outside the store changes\n", ctl("explain set sysName x").out);
+  EXPECT_EQ("nothing outside the store changes\n", tracedCtl("explain set sysName x").out);
   shm->operationalState = SHM_STATE_CONFIGURATION;
   EXPECT_THAT(effects("route add 172.20.0.0/16 192.168.10.3"), IsEmpty());
 }
 
 TEST_F(ExplainTest, ForAReaderTheTextStandsLast) {
   EXPECT_EQ("ioctl    0              SIOCADDRT 172.20.0.0/16 via 192.168.10.3 flags UP|GATEWAY\n",
-            ctl("explain route add 172.20.0.0/16 192.168.10.3").out);
+            tracedCtl("explain route add 172.20.0.0/16 192.168.10.3").out);
 }
 
 TEST_F(ExplainTest, ARefusedCommandSaysWhy) {
