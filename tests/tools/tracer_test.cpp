@@ -6,6 +6,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -61,9 +62,20 @@ int signalItself() { return kill(getpid(), SIGKILL) == 0 ? 7 : 8; }
 
 int dieOfASignal() { return raise(SIGTERM); }
 
+#ifdef __x86_64__
+// A call of the other width, whose number is that of kill in this one.
+int callNarrow() {
+  long answer = SYS_kill;
+  asm volatile("int $0x80" : "+a"(answer) : "b"(77), "c"(SIGUSR1) : "memory");
+  return answer < 0 ? 6 : 5;
+}
+#else
+int callNarrow() { return 6; }
+#endif
+
 const std::map<std::string, int (*)()> kDeeds = {
-    {"flags", raiseLoopback},  {"netlink", addTwice},    {"shell", runShell},
-    {"programs", runPrograms}, {"signal", signalItself}, {"death", dieOfASignal},
+    {"flags", raiseLoopback}, {"netlink", addTwice},   {"shell", runShell},    {"programs", runPrograms},
+    {"signal", signalItself}, {"death", dieOfASignal}, {"narrow", callNarrow},
 };
 
 // Before main, which would run the tests.
@@ -115,6 +127,12 @@ TEST(Tracer, SignalsAreHeldBackAndSeemToHaveArrived) {
   ASSERT_EQ(1u, trace.effects.size());
   EXPECT_THAT(lines(trace)[0], HasSubstr("signal held back SIGKILL to "));
   EXPECT_EQ(7, trace.status);
+}
+
+TEST(Tracer, CallsOfTheOtherWidthArePassedOver) {
+  Trace trace = traced("narrow");
+  EXPECT_THAT(trace.effects, IsEmpty());
+  EXPECT_EQ(6, trace.status);
 }
 
 TEST(Tracer, ADeathBySignalShowsInTheStatus) {
