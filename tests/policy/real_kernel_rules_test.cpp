@@ -3,6 +3,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include "tests/support/kernel.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
@@ -10,17 +11,6 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::Not;
-
-std::string outputOf(const std::string& command) {
-  FILE* pipe = popen(command.c_str(), "re");
-  std::string text;
-  char part[4096];
-  for (size_t length; (length = fread(part, 1, sizeof part, pipe)) > 0;) text.append(part, length);
-  EXPECT_EQ(0, pclose(pipe)) << command;
-  return text;
-}
-
-void run(const std::string& command) { ASSERT_EQ(0, system(command.c_str())) << command; }
 
 class RealKernelRules : public StoreTest {};
 

@@ -12,6 +12,7 @@
 
 #include "tests/routes/families.h"
 #include "tests/routes/saves.h"
+#include "tests/support/kernel.h"
 
 namespace kestrove::testing {
 namespace {
@@ -19,17 +20,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-
-std::string outputOf(const std::string& command) {
-  FILE* pipe = popen(command.c_str(), "re");
-  std::string text;
-  char part[4096];
-  for (size_t length; (length = fread(part, 1, sizeof part, pipe)) > 0;) text.append(part, length);
-  EXPECT_EQ(0, pclose(pipe)) << command;
-  return text;
-}
-
-void run(const std::string& command) { ASSERT_EQ(0, system(command.c_str())) << command; }
 
 // The lowest descriptor that is free: the same before and after means that none is left open.
 int lowestDescriptor() {
