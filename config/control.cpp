@@ -9,6 +9,7 @@
 #include "kestrove/management.h"
 #include "kestrove/system.h"
 #include "store/fail.h"
+#include "store/lock.h"
 #include "sys/command.h"
 #include "sys/pause.h"
 #include "sys/stream.h"
@@ -55,6 +56,12 @@ void readWebServerPid(char (&pid)[kPidSize]) {
   pid[strcspn(pid, "\n")] = '\0';
 }
 
+// The scripts may ask the store for what they write.
+void runScript(const char* format, const sys::Word& list) {
+  LockPause pause;
+  sys::runLine(format, {list});
+}
+
 bool active(int item) { return isProcessActive(item) == SHM_ON; }
 
 void hangUp(int item, const char* const argv[], const char* failure) {
@@ -92,11 +99,11 @@ int refresh_userinterface_apps(void) {
   sys::Word list = sys::Word::address(addresses);
   char pid[kPidSize];
   readWebServerPid(pid);
-  sys::runLine(kConfigureWeb, {list});
+  runScript(kConfigureWeb, list);
   if (active(kWebItem)) sys::runLine(kHangUpWeb, {sys::Word::pid(pid)});
-  sys::runLine(kConfigureSnmp, {list});
+  runScript(kConfigureSnmp, list);
   hangUp(kSnmpItem, kHangUpSnmp, "killing snmp didnt work");
-  sys::runLine(kConfigureSsh, {list});
+  runScript(kConfigureSsh, list);
   hangUp(kSshItem, kHangUpSsh, "killing ssh didn't work");
   return 0;
 }
@@ -117,7 +124,9 @@ int reboot(uint32_t source, const char* user) { return leaveSystem(kSystemReboot
 int shutdownSystem(uint32_t source, const char* user) { return leaveSystem(kSystemStopped, kPowerOff, source, user); }
 
 int restart_kestrove(uint32_t source, const char* user) {
-  if (resetKestroveRestartCounter() != 0) return -1;
+  StoreLock lock;
+  if (!lock) return -1;
+  resetKestroveRestartCounter();
   resetKestroveRebootCounter();  // a failed save does not keep the engine from starting
   setKestroveConfigItem(kEngineItem, SHM_ON, source, user);
   if (source == kSourceEngine) {

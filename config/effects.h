@@ -1,29 +1,14 @@
-// What a setter does after it changed the store. Each of these takes and releases the lock, and so drops the file
-// lock: the memory change comes first.
+// What a setter does after it changed the store.
 #pragma once
 
 #include "kestrove/engine.h"
 #include "kestrove/opmode.h"
 #include "kestrove/persistence.h"
-#include "store/fail.h"
+#include "store/change_save.h"
 #include "store/mode.h"
 #include "store/pending.h"
 
 namespace kestrove {
-
-// A failed save fails the setter, but only after the rest of the change is done, and with the code of the save.
-class ChangeSave {
- public:
-  void run() {
-    failed_ = save_shared_memory() != 0;
-    code_ = shm_errno;
-  }
-  int result() const { return failed_ ? fail(static_cast<int>(code_)) : 0; }
-
- private:
-  bool failed_ = false;
-  uint32_t code_ = SHM_OK;
-};
 
 // Marks what changed and signals the engine. Debug Mode leaves the engine alone. A signal that cannot be sent keeps
 // its level of the lock and does not fail the setter.

@@ -11,10 +11,11 @@ namespace {
 int applyChange(const Item& item, uint32_t value, uint32_t source, const char* user) {
   ChangeSave save;
   if (item.onEvent != 0) logEvent(value == SHM_ON ? item.onEvent : item.offEvent, source, user);
-  if (item.save) save.run();
+  if (item.save) save.run(save_shared_memory);
   tellEngine(item.pending);
-  if (item.action) return item.action(value) == 0 ? save.result() : -1;
-  return save.result();
+  bool acted = !item.action || item.action(value) == 0;
+  int saved = save.result();
+  return acted ? saved : -1;
 }
 
 int runHook(ConfigHook hook, void* a, void* b) { return hook ? hook(a, b) : 0; }

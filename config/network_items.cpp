@@ -80,7 +80,7 @@ int applyChange(const NetworkItem& item, uint32_t source, const char* user) {
   }
   if (item.action) item.action();
   ChangeSave save;
-  save.run();
+  save.run(save_shared_memory);
   freshenRouteTable(source, user);
   return save.result();
 }

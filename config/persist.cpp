@@ -10,6 +10,7 @@
 #include "store/mode.h"
 #include "store/text.h"
 #include "sys/descriptor.h"
+#include "sys/folder.h"
 #include "sys/repeated.h"
 #include "sys/replace.h"
 
@@ -21,7 +22,10 @@ namespace {
 class LoadingMode {
  public:
   LoadingMode() : before_(shm->operationalState) { shm->operationalState = SHM_STATE_CONFIGURATION; }
-  ~LoadingMode() { shm->operationalState = before_; }
+  // Where somebody has set another state meanwhile, that one stands.
+  ~LoadingMode() {
+    if (configurationMode()) shm->operationalState = before_;
+  }
   LoadingMode(const LoadingMode&) = delete;
   LoadingMode& operator=(const LoadingMode&) = delete;
 
@@ -29,17 +33,21 @@ class LoadingMode {
   uint32_t before_;
 };
 
-// The file that was there stands when this fails.
+// The file that was there stands when this fails. The code tells of it, also where the result does not.
 int reportLostSave(const char* path, int result) {
   int error = errno;
   syslog(LOG_ERR, "Error writing %s: %m", path);
   errno = error;
-  return result == 0 ? 0 : fail(SHM_EIO);
+  fail(SHM_EIO);
+  return result;
 }
 
+// From reading the store to the rename nobody else saves, also where the file lock could not be had or a caller's own
+// nesting has dropped it: whoever saves last has written the newest store.
 int replaceConfigFile() {
   char path[sizeof shm->config.configFileName + 1];
   copyField(path, sizeof path, shm->config.configFileName);
+  sys::FolderLock ordered(path);
   sys::Replacement file(path);
   if (!file) return fail(SHM_ESYSTEM);
   sys::TextWriter out(file);

@@ -1,5 +1,4 @@
-// Every reset changes the store first and logs its events last: logging releases the store lock for a moment, and no
-// half reset counters may be seen then.
+// Every reset changes the store first and logs its events last.
 #include <stddef.h>
 #include <string.h>
 

@@ -95,6 +95,7 @@ int restoreZELFactoryDefaults(uint32_t source, const char* user) {
 int ZELrestore(void) {
   shm_detach();
   delete_shared_memory();
+  LockPause pause;  // both programs use the store
   runProgram("/bin/shm-init");
   return runProgram("/bin/restartKestrove");
 }

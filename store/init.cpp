@@ -41,7 +41,7 @@ int failWith(const char* text) {
 int takeLock() {
   if (create_lock_file() != 0) return failWith("Error creating lock file");
   if (takeStoreLock() != 0) return failWith("Error taking shm lock");
-  shm_lock_count = 1;
+  holdNewStore();
   return 0;
 }
 
@@ -105,14 +105,7 @@ void deriveIdentity() {
   if (drelm()) deriveShortVersion(config.drelmFullVersion, config.drelmVersion);
 }
 
-}  // namespace
-}  // namespace kestrove
-
-using namespace kestrove;
-
-int init_shared_memory(const char* configPath, const char* eventLogPath) {
-  if (!configPath || !eventLogPath) return fail(SHM_EINVAL);
-  if (takeLock() != 0 || makeSegment() != 0) return -1;
+void fillStore(const char* configPath, const char* eventLogPath) {
   load_shared_memory(kFactoryDefaults);
   setMinimums();
   resetRuleTable();
@@ -122,6 +115,28 @@ int init_shared_memory(const char* configPath, const char* eventLogPath) {
   readHardwareAddresses();
   deriveIdentity();
   resetStats(kSystem, kNobody);
-  shm_unlock();
+}
+
+// The operations of the filling are parts of this one: whoever waits for the store gets in when it is whole.
+int build(const char* configPath, const char* eventLogPath, bool keepHold) {
+  if (!configPath || !eventLogPath) return fail(SHM_EINVAL);
+  if (takeLock() != 0) return -1;
+  if (makeSegment() != 0) {
+    giveUpNewStore();
+    return -1;
+  }
+  fillStore(configPath, eventLogPath);
+  endHoldOfNewStore(keepHold);
   return 0;
 }
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int init_shared_memory(const char* configPath, const char* eventLogPath) {
+  return build(configPath, eventLogPath, false);
+}
+
+int kestrove_build(const char* configPath, const char* eventLogPath) { return build(configPath, eventLogPath, true); }

@@ -1,5 +1,4 @@
-// The names that the store holds for the interface numbers, for callers under the lock: unlike the exported accessors
-// these look-ups take none, so they cannot drop it.
+// The names that the store holds for the interface numbers, for callers under the lock.
 #pragma once
 
 #include "kestrove/segment.h"

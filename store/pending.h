@@ -19,7 +19,7 @@ enum PendingChange : uint32_t {
   kPendingOpMode = 1u << 14
 };
 
-// Atomic, because an inner release of the lock may let another process in between a mark and its signal.
+// Atomic, because callers that hold no lock mark changes, too (saveRuleTable).
 inline void markPending(uint32_t bits) { __atomic_fetch_or(&shm->pendingChanges, bits, __ATOMIC_SEQ_CST); }
 inline uint32_t takePending() { return __atomic_exchange_n(&shm->pendingChanges, 0u, __ATOMIC_SEQ_CST); }
 

@@ -9,6 +9,7 @@
 #include "store/fail.h"
 #include "store/lock.h"
 #include "store/segment.h"
+#include "sys/repeated.h"
 
 ShmData* shm = nullptr;
 int32_t shm_lock_count = 0;
@@ -21,6 +22,9 @@ constexpr char kLockFile[] = "/var/lock/shm";
 constexpr mode_t kLockFileMode = 0774;
 
 int lockFile = -1;
+bool fileLocked = false;  // by this process
+int guards = 0;           // of one operation, one inside the other
+int holds = 0;            // of kestrove_hold() among them
 
 // The one opener of the lock file: closing any other descriptor of it would drop this process's lock. Close-on-exec,
 // so that no program started here keeps it open.
@@ -33,7 +37,9 @@ int requestLock(int command, short type) {
   struct flock request = {};
   request.l_type = type;
   request.l_whence = SEEK_SET;
-  return fcntl(lockFile, command, &request);
+  int result = fcntl(lockFile, command, &request);
+  if (result == 0) fileLocked = type == F_WRLCK;
+  return result;
 }
 
 int findSegment(size_t size) { return shmget(SHM_KEY, size, 0); }
@@ -56,7 +62,40 @@ Segment failToCreate(const char* text) {
   return Segment::kFailed;
 }
 
+// Nobody but this process can wait for what it holds itself, so a signal is no reason to go on without the lock.
+bool takeLockAgain() {
+  uint32_t code = shm_errno;
+  bool taken = sys::repeated(takeStoreLock) == 0;
+  shm_errno = code;
+  return taken;
+}
+
+// The count stays when the lock can neither be released nor its file closed.
+int releaseStoreLock() {
+  if (requestLock(F_SETLK, F_UNLCK) == -1) {
+    if (close(lockFile) != 0) return fail(SHM_ESYSTEM);
+    lockFile = -1;
+    fileLocked = false;
+  }
+  --shm_lock_count;
+  return 0;
+}
+
 }  // namespace
+
+void holdNewStore() {
+  shm_lock_count = 1;
+  guards = 1;
+}
+
+void endHoldOfNewStore(bool keep) {
+  holds = keep;
+  if (keep) return;
+  guards = 0;
+  releaseStoreLock();
+}
+
+void giveUpNewStore() { guards = holds = 0; }
 
 bool attachStore() {
   if (shm || attachById(findSegment(SHM_SIZE))) return true;
@@ -83,6 +122,61 @@ Segment createSegment() {
 
 using namespace kestrove;
 
+StoreLock::Level StoreLock::acquire() {
+  if (guards > 0) return acquireInner();
+  if (shm_lock_count > 0) return acquireUnderCount();
+  if (shm_lock() != 0) return Level::kFailed;
+  ++guards;
+  return Level::kOuter;
+}
+
+// After a failed initialisation the count is up and no segment is attached: nothing can be done under such a lock.
+StoreLock::Level StoreLock::acquireInner() {
+  if (!shm) {
+    shm_errno = SHM_EATTACH;
+    return Level::kFailed;
+  }
+  ++guards;
+  ++shm_lock_count;
+  return Level::kInner;
+}
+
+StoreLock::Level StoreLock::acquireUnderCount() {
+  Level level = acquireInner();
+  if (level == Level::kFailed) return level;
+  return takeLockAgain() ? Level::kOuter : Level::kUnlocked;
+}
+
+void StoreLock::release() {
+  Level level = level_;
+  level_ = Level::kNotAsked;
+  if (level < Level::kInner) return;
+  --guards;
+  if (level == Level::kOuter) {
+    releaseStoreLock();
+  } else {
+    --shm_lock_count;
+  }
+}
+
+void StoreLock::leaveHeld() {
+  if (level_ >= Level::kInner) --guards;
+  level_ = Level::kNotAsked;
+}
+
+void StoreLock::keepGuarding() {
+  ++holds;
+  level_ = Level::kNotAsked;
+}
+
+HeldByCaller::HeldByCaller(bool held) : held_(held) { guards += held_; }
+HeldByCaller::~HeldByCaller() { guards -= held_; }
+
+LockPause::LockPause() : again_(fileLocked && requestLock(F_SETLK, F_UNLCK) == 0) {}
+LockPause::~LockPause() {
+  if (again_ && guards > 0) takeLockAgain();
+}
+
 int create_lock_file(void) { return openLockFile(O_CREAT | O_TRUNC); }
 
 int shm_lock(void) {
@@ -94,15 +188,7 @@ int shm_lock(void) {
 }
 
 // Every release drops the file lock, an inner one of a nested pair too: kept on purpose.
-int shm_unlock(void) {
-  if (!shm || shm_lock_count <= 0) return fail(SHM_EINVAL);
-  if (requestLock(F_SETLK, F_UNLCK) == -1) {
-    if (close(lockFile) != 0) return fail(SHM_ESYSTEM);
-    lockFile = -1;
-  }
-  --shm_lock_count;
-  return 0;
-}
+int shm_unlock(void) { return shm && shm_lock_count > 0 ? releaseStoreLock() : fail(SHM_EINVAL); }
 
 int getSharedMemoryStatus(void) {
   if (!shm && findSegment(1) == -1) return errno == ENOENT ? 0 : fail(SHM_ESYSTEM);
@@ -115,6 +201,22 @@ int delete_shared_memory(void) {
   if (id == -1) return failOfSystem("Error getting shared memory ID");
   if (shmctl(id, IPC_RMID, nullptr) == -1) return failOfSystem("Error deleting shared memory");
   shm = nullptr;  // not detached: the kernel destroys the segment with its last user
+  return 0;
+}
+
+int kestrove_hold(void) {
+  StoreLock lock;
+  if (!lock) return -1;
+  lock.keepGuarding();
+  return 0;
+}
+
+int kestrove_release(void) {
+  if (holds == 0) return fail(SHM_EINVAL);
+  --holds;
+  --guards;
+  if (guards == 0 && fileLocked) return releaseStoreLock();
+  --shm_lock_count;
   return 0;
 }
 

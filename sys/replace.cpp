@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <initializer_list>
 
+#include "sys/folder.h"
 #include "sys/leftovers.h"
 #include "sys/repeated.h"
 
@@ -39,22 +40,6 @@ bool sync(int fd) {
   return repeated([fd] { return fsync(fd); }) == 0 || unsupported(errno);
 }
 
-const char* lastComponent(const char* path) {
-  const char* slash = strrchr(path, '/');
-  return slash ? slash + 1 : path;
-}
-
-Descriptor openDirectory(const char* path) {
-  char directory[PATH_MAX] = ".";
-  auto length = static_cast<size_t>(lastComponent(path) - path);
-  if (length >= sizeof directory) length = 0;
-  if (length > 0) {
-    memcpy(directory, path, length);
-    directory[length] = '\0';
-  }
-  return Descriptor(repeated([&] { return ::open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-}
-
 bool sameFile(const struct stat& one, const struct stat& other) {
   return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
@@ -65,7 +50,7 @@ Replacement::Replacement(const char* path) : path_(path), name_(lastComponent(pa
   bool found = openTarget(0);
   if (!found && errno != ENOENT) return;
   int reason = errno;
-  directory_ = openDirectory(path);
+  directory_ = openFolderOf(path);
   if (directory_) removeLeftoversIn(directory_.get(), name_);
   errno = reason;
   if (found) {
@@ -89,6 +74,7 @@ void Replacement::prepareExisting() {
   }
   if (!S_ISREG(old.st_mode)) return;
   if (openTemporary(kPrivateMode)) {
+    followTarget();
     way_ = targetIsPlain() && keepOwner() ? Way::kRename : Way::kCopy;
   } else if (!refused(errno)) {
     failed();
@@ -107,6 +93,18 @@ void Replacement::prepareFresh() {
   }
 }
 
+// Others replace files, too: what is written into one that has left its name would be lost.
+void Replacement::followTarget() {
+  for (int i = 0; i < kNames && !targetHasItsName(); ++i) {
+    if (!openTarget(0) && (errno != ENOENT || !openTarget(O_CREAT))) return;
+  }
+}
+
+bool Replacement::targetHasItsName() const {
+  struct stat target, named;
+  return fstat(target_.get(), &target) == 0 && stat(path_, &named) == 0 && sameFile(target, named);
+}
+
 bool Replacement::targetIsPlain() const {
   struct stat target, named;
   return fstat(target_.get(), &target) == 0 && target.st_nlink == 1 &&
@@ -121,7 +119,7 @@ bool Replacement::keepOwner() {
 
 bool Replacement::openTemporary(mode_t mode) {
   if (!directory_) {
-    directory_ = openDirectory(path_);
+    directory_ = openFolderOf(path_);
     if (!directory_) return false;
   }
   for (int i = 0; i < kNames; ++i) {
@@ -189,6 +187,8 @@ bool Replacement::moveIntoPlace() {
 // The room is reserved beforehand, so that a full disk is found while the old contents still stand.
 bool Replacement::copyIntoPlace() {
   if (!target_ && !openTarget(O_CREAT)) return false;
+  followTarget();
+  if (!target_) return false;
   auto reserve = [this] { return fallocate(target_.get(), FALLOC_FL_KEEP_SIZE, 0, size_); };
   if (size_ > 0 && repeated(reserve) != 0 && !unsupported(errno)) return false;
   for (off_t offset = 0; offset < size_;) {
@@ -217,7 +217,7 @@ bool Replacement::failed() {
 }
 
 void removeLeftovers(const char* path) {
-  Descriptor directory = openDirectory(path);
+  Descriptor directory = openFolderOf(path);
   if (directory) removeLeftoversIn(directory.get(), lastComponent(path));
 }
 

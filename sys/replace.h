@@ -48,6 +48,8 @@ class Replacement {
   bool openTarget(int flags);
   void prepareExisting();
   void prepareFresh();
+  void followTarget();
+  bool targetHasItsName() const;
   bool targetIsPlain() const;
   bool keepOwner();
   bool openTemporary(mode_t mode);

@@ -42,7 +42,7 @@ KESTROVE_API extern OpModeHandler appAccelerateModeFtbl[4];
    but the VLAN ids), runs the mode's handler, applies the management addresses again and stores and saves the new mode.
    Events 1 to 6 also put the IPv6 addresses and the routes of both tables back, except in Configuration and Debug Mode;
    events 2 to 6 mark the change (bit 14) and signal the engine, except in Configuration Mode. Takes the store lock
-   unless locked is set; the save, the route table and the signal drop the file lock, as every inner release does.
+   unless locked is set, and leaves it with the caller then.
 
    0 whatever the kernel, the commands and the save do (a failed save leaves code 2). -1 with code 3 for another event,
    a stored mode above 2 or a null context, with 1 or 2 when the store cannot be locked; nothing is changed then. */

@@ -1,7 +1,8 @@
 /* Building the store, saving it, factory resets.
 
    Saving writes the whole store to the file named by configFileName. The file is replaced as a whole: a save that fails
-   keeps the old one. */
+   keeps the old one. Every operation that saves leaves code 2 or 10 when its change did not reach the file, also where
+   its result is 0. */
 #ifndef KESTROVE_PERSISTENCE_H
 #define KESTROVE_PERSISTENCE_H
 
@@ -21,19 +22,24 @@ extern "C" {
    count 1 and no segment attached. Takes the lock from start to end. */
 KESTROVE_API int init_shared_memory(const char* configPath, const char* eventLogPath);
 
+/* As init_shared_memory, and keeps the hold: nobody else gets into the new store before kestrove_release(), so that the
+   start-up program can finish it first. A hold that the caller had on a store before goes over into this one. */
+KESTROVE_API int kestrove_build(const char* configPath, const char* eventLogPath);
+
 /* Reads a configuration file into the store, line by line, in Configuration Mode: rows are stored and nothing is saved,
-   logged as an event, signalled or applied to the kernel; the state is put back on every path. Only what the file names
-   is overwritten. WEB_CACHE and DNS_ADDR write or remove /etc/resolv.conf and drive the operating modes with event 19;
-   IPv6 rules are announced on standard output. Lines that make no sense are reported to syslog and skipped; codes left
-   by refused values and rows stay in shm_errno. Further arguments are ignored.
-   0, also when the reading fails half-way (code 2); -2 when the file does not exist, -1 when it cannot be opened (both
-   logged), when the lock cannot be taken (its code) or when path is null (code 3). Takes the lock. */
+   logged as an event, signalled or applied to the kernel; the state is put back on every path, unless another one was
+   set meanwhile. Only what the file names is overwritten. WEB_CACHE and DNS_ADDR write or remove /etc/resolv.conf and
+   drive the operating modes with event 19; IPv6 rules are announced on standard output. Lines that make no sense are
+   reported to syslog and skipped; codes left by refused values and rows stay in shm_errno. Further arguments are
+   ignored. 0, also when the reading fails half-way (code 2); -2 when the file does not exist, -1 when it cannot be
+   opened (both logged), when the lock cannot be taken (its code) or when path is null (code 3). Takes the lock. */
 KESTROVE_API int load_shared_memory(const char* path, ...);
 
 /* Saves the store, in every state, to the file that configFileName names. The file is replaced whole; where writing
    fails the old one stands and the reason is logged at error priority.
-   0, also when writing failed; -1 with code 2 when the file cannot be opened for writing, with code 10 when writing
-   failed among the rules (errno tells why). Takes the lock. */
+   0, also when writing failed: then with code 10, so clear shm_errno before to tell; -1 with code 2 when the file
+   cannot be opened for writing, with code 10 when writing failed among the rules (errno tells why). Takes the lock;
+   saves are ordered among themselves even where it cannot be had. */
 KESTROVE_API int write_shared_memory(void);
 
 /* As write_shared_memory, but does nothing and gives 0 in Configuration Mode. */

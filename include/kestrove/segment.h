@@ -1,7 +1,10 @@
 /* Segment, lock and error codes.
 
-   The pattern of every operation on the store: shm_lock(), work on *shm, shm_unlock(). The exported operations of the
-   other headers do so themselves. The library is for single-threaded processes. */
+   The pattern of work on the store: shm_lock(), work on *shm, shm_unlock(). The exported operations of the other
+   headers hold the lock by themselves, each from its beginning to its end; one that is called inside shm_lock() and
+   shm_unlock() asks for the lock all the same and has released it when it returns. What must be seen as one change
+   together with such operations stands between kestrove_hold() and kestrove_release(). The library is for
+   single-threaded processes. */
 #ifndef KESTROVE_SEGMENT_H
 #define KESTROVE_SEGMENT_H
 
@@ -42,11 +45,20 @@ KESTROVE_API int create_lock_file(void);
    is no segment to attach, 2 when the lock file cannot be opened or locked. */
 KESTROVE_API int shm_lock(void);
 
-/* Counts the lock down by one. Every call, an inner one of a nested pair too, gives the lock to whoever waits for it:
-   what must be seen as one change is finished before anything that locks and unlocks again. The process stays attached.
-   0, or -1: code 3 when nothing is locked or attached, 2 when the lock can neither be released nor its file closed (the
-   count then stays). */
+/* Counts the lock down by one. Every call, an inner one of a nested pair too, gives the lock to whoever waits for it;
+   the outer pair then goes on without it. The process stays attached. 0, or -1: code 3 when nothing is locked or
+   attached, 2 when the lock can neither be released nor its file closed (the count then stays). */
 KESTROVE_API int shm_unlock(void);
+
+/* Holds the store over several operations: until kestrove_release() nobody else gets in, whatever operations are called
+   between, and all that they do is seen as one change. Nests. Not for shm_lock() and shm_unlock() between the two: that
+   pair drops the lock as ever. Programs that may use the store themselves (refresh_userinterface_apps,
+   setNetworkConfigItem of item 1, ZELrestore, dhcp_start) are run without the lock all the same. Attaches as shm_lock()
+   does. 0, or -1 with its codes. */
+KESTROVE_API int kestrove_hold(void);
+
+/* Ends a hold. 0, or -1: code 3 when none is there, 2 as shm_unlock(). */
+KESTROVE_API int kestrove_release(void);
 
 /* The operational state of the store; 0 without a code when there is no segment. -1 with the codes of shm_lock, or 2
    when the system cannot tell whether there is one. Takes the lock. */

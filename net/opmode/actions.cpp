@@ -124,7 +124,6 @@ void stopForwarding(const Ports& ports) {
 void routeByPolicy(const Ports&) { pbrPolicyRule(kLockHeld); }
 void resetPolicy(const Ports&) { resetPolicyRules(); }
 
-// The fields, not their items: an accessor would drop the lock in the middle of the transition.
 void markPolicyRoutesSet(const Ports&) {
   shm->config.wanPbrRouteSet = SHM_ON;
   shm->config.lanPbrRouteSet = SHM_ON;

@@ -11,6 +11,7 @@
 #include "kestrove/text.h"
 #include "net/opmode/address_status.h"
 #include "store/bounds.h"
+#include "store/change_save.h"
 #include "store/fail.h"
 #include "store/interface_names.h"
 #include "store/lock.h"
@@ -50,12 +51,12 @@ void removeAt(int index) {
   shm->managementAddressCount = last;
 }
 
-// Saves, then lets the routes follow the addresses. The save has dropped the file lock already, so the last hold is
-// given up here: freshening takes the lock anew.
-void saveAndFreshen(StoreLock& lock) {
-  save_shared_memory();
-  lock.release();
+// Saves, then lets the routes follow the addresses.
+void saveAndFreshen() {
+  ChangeSave save;
+  save.run(save_shared_memory);
   freshenRouteTable(0, "--");
+  save.leaveCode();
 }
 
 struct ParsedAddress {
@@ -117,7 +118,7 @@ int addManagementAddr(ManagementAddress* entry) {
     return fail(SHM_ESYSTEM);
   }
   shm->managementAddress[shm->managementAddressCount++] = *entry;
-  if (!configurationMode()) saveAndFreshen(lock);
+  if (!configurationMode()) saveAndFreshen();
   return 0;
 }
 
@@ -131,7 +132,7 @@ int removeManagementAddr(ManagementAddress* entry) {
   if (entry->ipVersion == kIpv6) shm_errno = SHM_EEXIST;
   if (entry->status == kApplied && !takeOff(*entry)) return fail(SHM_ESYSTEM);
   removeAt(index);
-  if (!configurationMode()) saveAndFreshen(lock);
+  if (!configurationMode()) saveAndFreshen();
   return 0;
 }
 

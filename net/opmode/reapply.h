@@ -3,7 +3,7 @@
 
 namespace kestrove::opmode {
 
-// The IPv6 addresses on the bridge, then both route tables. Under the store lock, which the IPv4 half drops.
+// The IPv6 addresses on the bridge, then both route tables. Under the store lock.
 void reapplyAddressesAndRoutes();
 
 }  // namespace kestrove::opmode

@@ -41,13 +41,14 @@ void tellEngine() {
 int OpModeState(int event, OpModeContext* context) {
   if (!context) return fail(SHM_EINVAL);
   StoreLock lock(context->locked == 0);
+  HeldByCaller held(context->locked != 0 && shm_lock_count > 0);
   if (!lock || !attachStore()) return -1;
   uint32_t mode = shm->config.opModeState;
   if (mode >= kModes || event < 0 || event > kLastEvent) return fail(SHM_EINVAL);
   fill(event, *context);
   kHandlers[mode](event, context);
   addAddressesToInterfaces(context);
-  shm->config.opModeState = context->mode;  // before the route table and the signal drop the file lock
+  shm->config.opModeState = context->mode;  // before the engine is signalled, which may look at once
   if (rebuildsInterfaces(event) && !configurationMode() && !debugMode()) reapplyAddressesAndRoutes();
   if (changesMode(event) && !configurationMode()) tellEngine();
   save_shared_memory();

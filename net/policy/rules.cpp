@@ -6,6 +6,7 @@
 #include "kestrove/persistence.h"
 #include "net/policy/normalise.h"
 #include "store/bounds.h"
+#include "store/change_save.h"
 #include "store/fail.h"
 #include "store/lock.h"
 #include "store/mode.h"
@@ -29,13 +30,17 @@ void shiftRules(int from, int to, int count) {
   memmove(rules() + to, rules() + from, static_cast<size_t>(count) * sizeof(FilterRule));
 }
 
-// Runs last: the save lets other processes in, so the table must be whole by then.
-int tellOfChange() {
-  if (configurationMode()) return -1;
-  save_shared_memory();
-  if (debugMode()) return 0;
+void tellEngine() {
   markPending(kPendingRules);
   notifyKestrove();
+}
+
+int tellOfChange() {
+  if (configurationMode()) return -1;
+  ChangeSave save;
+  save.run(save_shared_memory);
+  if (!debugMode()) tellEngine();
+  save.leaveCode();
   return 0;
 }
 

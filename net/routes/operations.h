@@ -14,6 +14,7 @@
 #include <string.h>
 
 #include "kestrove/persistence.h"
+#include "store/change_save.h"
 #include "store/fail.h"
 #include "store/lock.h"
 #include "store/mode.h"
@@ -22,18 +23,20 @@ namespace kestrove {
 
 enum RouteStatus : uint32_t { kRouteInactive = 1, kRouteDisabled = 2, kRouteActive = 3 };
 
-// The saves of one operation, put together at its end. Inside the operation nothing unlocks, so nobody sees its
-// tables half changed.
+// The saves of one operation, put together at its end.
 class DeferredSave {
  public:
   void mark() { due_ = true; }
   void now() {
-    if (due_) save_shared_memory();
+    if (due_) save_.run(save_shared_memory);
     due_ = false;
   }
+  // As ChangeSave has it.
+  void leaveCode() const { save_.leaveCode(); }
 
  private:
   bool due_ = false;
+  ChangeSave save_;
 };
 
 // What callers get of a route: all but the words that thread the table.
@@ -160,7 +163,9 @@ int freshenRoutes() {
     slot = Family::list().next(route);
   }
   save.now();
-  return endOfWalk();
+  endOfWalk();
+  save.leaveCode();
+  return 0;
 }
 
 }  // namespace kestrove

@@ -279,5 +279,19 @@ TEST_F(ReplaceTest, TwoAtOnceDoNotMeet) {
   EXPECT_EQ("other", contentsOf(kFile));
 }
 
+// As a tool does that rewrites the password file beside us.
+TEST_F(ReplaceTest, FileThatWasReplacedMeanwhileIsFollowed) {
+  constexpr char kLink[] = "/tmp/link-to-target";
+  ASSERT_EQ(0, symlink(kFile, kLink));
+  Replacement file(kLink);
+  ASSERT_TRUE(file.write("ours", 4));
+  const std::string theirs = std::string(kFile) + ".theirs";
+  close(open(theirs.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+  ASSERT_EQ(0, rename(theirs.c_str(), kFile));
+  ASSERT_TRUE(file.commit());
+  EXPECT_EQ("ours", contentsOf(kFile));
+  unlink(kLink);
+}
+
 }  // namespace
 }  // namespace kestrove::sys
