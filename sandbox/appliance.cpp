@@ -1,13 +1,10 @@
 #include "sandbox/appliance.h"
 
-#include <limits.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <string>
 
 #include "sandbox/files.h"
-#include "sandbox/report.h"
 #include "sandbox/stage.h"
 #include "sandbox/tools.h"
 
@@ -51,13 +48,6 @@ void layFolder(const Folder& folder) {
   if (folder.empty) markEmpty(staged);
 }
 
-std::string ownFolder() {
-  char path[PATH_MAX];
-  ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
-  if (length == -1) giveUp("/proc/self/exe: %m");
-  return folderOf(std::string(path, static_cast<size_t>(length)));
-}
-
 // The scripts of the image lie below its folder as they lie below the appliance's root.
 void layImage(const std::string& from, const std::string& to) {
   for (const std::string& name : namesIn(from)) {
@@ -88,7 +78,7 @@ void layAppliance(const Options& options) {
   for (const char* path : kOwnCopies) copyFile(path, place(path), 0644);
   for (const char* path : kEmptyFiles) writeText(place(path), "", 0600);
   layMarkers();
-  const std::string home = ownFolder();
+  const std::string home = folderOf(options.program);
   layImage(home + "/image", "");
   layTools(home, options.record);
 }

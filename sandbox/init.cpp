@@ -5,7 +5,6 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
@@ -17,6 +16,7 @@
 #include "sandbox/appliance.h"
 #include "sandbox/collector.h"
 #include "sandbox/ports.h"
+#include "sandbox/privacy.h"
 #include "sandbox/privileges.h"
 #include "sandbox/report.h"
 #include "sandbox/root.h"
@@ -38,7 +38,8 @@ std::string currentFolder() {
 void buildAppliance(const Options& options) {
   umask(022);
   std::string folder = currentFolder();
-  if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == -1) giveUp("cannot detach the mounts: %m");
+  takeMountsApart();
+  (void)!chdir(folder.c_str());
   makeStage();
   layAppliance(options);
   if (options.ports) openPorts();

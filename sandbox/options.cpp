@@ -3,6 +3,7 @@
 #include <getopt.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <sys/auxv.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -77,6 +78,7 @@ bool interactive() { return isatty(STDOUT_FILENO) && isatty(STDERR_FILENO) && tc
 
 Options readOptions(int argc, char** argv) {
   Options options;
+  options.program = realName(reinterpret_cast<const char*>(getauxval(AT_EXECFN)));  // a bare chroot has no /proc
   int choice = 0;
   while ((choice = getopt_long(argc, argv, "+", kOptions, nullptr)) != -1) apply(choice, options);
   options.command = argv + optind;

@@ -7,6 +7,7 @@
 namespace kestrove::sandbox {
 
 struct Options {
+  std::string program;  // the launcher itself, absolute
   bool record = false;
   bool ports = true;
   bool overlay = true;

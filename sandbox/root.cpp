@@ -64,7 +64,7 @@ std::string realPath(const char* path) {
 }
 
 void mountOwnFolders(const Options& options) {
-  for (const char* needed : {".", "/proc/self/exe", const_cast<const char*>(options.command[0])}) {
+  for (const char* needed : {".", options.program.c_str(), static_cast<const char*>(options.command[0])}) {
     showCovered(realPath(needed));
   }
   for (const std::string& path : options.shown) showCovered(path);

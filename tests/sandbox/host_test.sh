@@ -192,6 +192,43 @@ RunsInsideItself() {
 		'echo inner; sh -c : ; grep -ac ^shell /run/kestrove/commands; ip -o link show eth0 | grep -o eth0' | xargs)"
 }
 
+# A folder with a shell in it, which is no mount point: what chroot leaves of a machine at the least. Mounts are shared,
+# so that one made too early would show outside.
+PlainChrootIsMachineEnough() {
+	mkdir "$scratch/chroot"
+	cat > "$scratch/chroot/machine" <<-END
+		mount -t tmpfs none /srv
+		cd /srv
+		mkdir -p dev proc sys etc tmp run var home/deep bin
+		for program in sh cat ls; do
+			cp /run/kestrove/real/\$program bin 2>/dev/null || cp /bin/\$program bin
+			for library in \$(ldd bin/\$program | grep -o '/[^ ]*'); do cp --parents \$library .; done
+		done
+		cp -r "$(dirname "$launcher")"/kestrove-* "$(dirname "$launcher")"/image home
+		echo "root:x:0:0::/root:/bin/sh" > etc/passwd
+		mkdir /srv/root && mv * root 2>/dev/null
+		mount --bind /dev root/dev
+		mount -t tmpfs none root/home/deep
+		echo deep > root/home/deep/file
+		mount --make-rshared /
+		cat /proc/self/mountinfo > /tmp/before
+		chroot root /home/kestrove-sandbox \$1 --no-ports -- sh -c '
+			echo "a:b" >> /etc/passwd && cat /etc/passwd
+			echo x > /etc/config/kestrove.conf && cat /etc/config/kestrove.conf /home/deep/file
+			ls /proc/self/root/../home
+			echo quiet > /dev/null'
+		cat root/etc/passwd
+		ls root/proc root/sys root/etc
+		cat /proc/self/mountinfo | diff /tmp/before -
+	END
+	for overlay in "" --no-overlay; do
+		text=$("$launcher" --no-ports --bind "$scratch/chroot" -- sh "$scratch/chroot/machine" $overlay 2>&1)
+		root=root:x:0:0::/root:/bin/sh
+		equal "$root a:b x deep deep image kestrove-recorder kestrove-sandbox $root root/etc: passwd root/proc: root/sys:" \
+			"$(echo $text)"
+	done
+}
+
 # The machine is a sandbox here, in which file systems can be mounted.
 FileSystemsBelowTheRootStayVisible() {
 	mkdir "$scratch/inner"
