@@ -11,7 +11,7 @@ namespace kestrove::testing {
 namespace {
 
 constexpr char kMembers[] =
-    "unzip -Z1 /usr/local/apache2/htdocs/config*.zip 2> /dev/null | grep -c configSaved | grep -qx 4";
+    "test \"$(unzip -Z1 /usr/local/apache2/htdocs/config*.zip 2> /dev/null | grep -c configSaved)\" = 4";
 
 bool wholeArchive() { return system(kMembers) == 0; }
 

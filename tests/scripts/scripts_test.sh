@@ -1,0 +1,94 @@
+#!/bin/bash
+# The project's scripts, with stand-ins for what they call: scripts_test.sh SOURCE CASE
+set -u
+source=$1
+case=$2
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+fail() {
+  echo "FAILED: $*" >&2
+  exit 1
+}
+
+equal() { [ "$1" = "$2" ] || fail "expected <$1>, found <$2>"; }
+
+# A reader that goes away before its writer has ended breaks the pipe, and with pipefail the script. To /dev/null, grep
+# reads no further than to its first match.
+ends_early='[^|]\| *(head|grep( [^|]*)? -[A-Za-z]*[qm]|grep [^|]*> ?/dev/null|sed [^|]*[0-9/;{]q([^A-Za-z0-9_]|$))'
+
+NoPipelineEndsEarly() {
+  found=$(grep -rnE "$ends_early" "$source"/{Makefile,.ci,scripts,sandbox/image,tests} | grep -v tests/scripts/scripts_test.sh)
+  equal "" "$found"
+}
+
+EarlyEndsAreSeen() {
+  while IFS= read -r line; do
+    [[ $(grep -E "$ends_early" <<< "$line") ]] || fail "not seen: $line"
+  done <<- 'END'
+		ip route show | grep -q '^172' || broken
+		readelf -dW "$library" |grep -x -q NOW
+		ls | head -n 1
+		ls | grep x >/dev/null
+		dmesg | sed 5q
+	END
+  equal "" "$(grep -E "$ends_early" <<< 'a || grep -q b file; tail -n 1 file | grep b | sort')"
+}
+
+# Stand-ins for the package tools: what is called is noted, dpkg-query has the packages given.
+with_packages() {
+  mkdir "$scratch/bin"
+  printf '#!/bin/sh\nfor last; do :; done\ncase " %s " in *" $last "*) echo installed ;; *) exit 1 ;; esac\n' "$*" \
+    > "$scratch/bin/dpkg-query"
+  printf '#!/bin/sh\n[ "$*" != --print-foreign-architectures ] || exit 0\necho "dpkg $*" >> %s/calls\n' "$scratch" \
+    > "$scratch/bin/dpkg"
+  printf '#!/bin/sh\necho "apt-get $*" >> %s/calls\n' "$scratch" > "$scratch/bin/apt-get"
+  printf '#!/bin/sh\nexec "$@"\n' > "$scratch/bin/sudo"
+  chmod +x "$scratch"/bin/*
+  touch "$scratch/calls"
+  PATH=$scratch/bin:$PATH
+}
+
+MissingPackagesAreNamedAndNotInstalled() {
+  with_packages cmake g++
+  text=$("$source/scripts/setup" --check build 2>&1) && fail "nothing was missing"
+  [[ $text == *"apt-get install --no-install-recommends libcrypt-dev make ninja-build"* ]] || fail "$text"
+  equal "" "$(cat "$scratch/calls")"
+}
+
+WhatIsThereNeedsNoInstallation() {
+  with_packages cmake ninja-build g++ make libcrypt-dev
+  equal "" "$("$source/scripts/setup" build)"
+  equal "" "$(cat "$scratch/calls")"
+}
+
+ForeignArchitectureOnlyFor32Bits() {
+  with_packages
+  "$source/scripts/setup" build tools sandbox >/dev/null
+  equal 0 "$(grep -c add-architecture "$scratch/calls")"
+  equal 3 "$(grep -c ^apt-get "$scratch/calls")"
+  "$source/scripts/setup" m32 >/dev/null
+  equal 1 "$(grep -c add-architecture "$scratch/calls")"
+}
+
+ProgressIsALineEachTenPercent() {
+  text=$(for step in $(seq 200); do echo "[$step/200] Building"; done | "$source/scripts/progress")
+  equal "10 % 20 % 30 % 40 % 50 % 60 % 70 % 80 % 90 % 100 %" "$(echo $text)"
+  equal "50 %" "$(printf 'dlstatus:1:7.5:x\npmstatus:cmake:50.1:x\n' | "$source/scripts/progress" | xargs)"
+}
+
+ProgressPassesComplaintsOn() {
+  equal "FAILED: a.o" "$(printf 'FAILED: a.o\nninja: no work to do.\n' | "$source/scripts/progress")"
+}
+
+# The story itself runs in the sandbox alone; here only its first lines.
+StoryIsColouredOnlyOnATerminal() {
+  sed '/^scene "1/,$d; /inside/d' "$source/scripts/story" > "$scratch/story"
+  echo 'scene title' >> "$scratch/story"
+  on_terminal() { script -qec "bash $scratch/story / /" /dev/null </dev/null | tr -d '\r\n'; }
+  equal title "$(bash "$scratch/story" / / | tr -d '\n')"
+  equal $'\033[1mtitle\033[0m' "$(NO_COLOR='' on_terminal)"
+  equal title "$(NO_COLOR=1 on_terminal)"
+}
+
+"$case" || fail "$case"
