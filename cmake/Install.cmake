@@ -1,7 +1,31 @@
+# What an installation holds. Everything lies below the prefix, and the parts find each other by relative paths.
+set(kestrove_home ${CMAKE_INSTALL_LIBEXECDIR}/kestrove)
+
+# A symbolic link at PATH to TARGET, both relative to the prefix.
+function(kestrove_install_link path target)
+  get_filename_component(folder ${path} DIRECTORY)
+  file(RELATIVE_PATH relative /${folder} /${target})
+  install(CODE "
+    set(link \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${path}\")
+    file(MAKE_DIRECTORY \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${folder}\")
+    message(STATUS \"Installing: \${link}\")
+    file(CREATE_LINK ${relative} \"\${link}\" SYMBOLIC)")
+endfunction()
+
 install(TARGETS kestrove LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/kestrove DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
 if(TARGET kestrovectl)
-  install(TARGETS kestrovectl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-  # ZELrestore runs it by this path.
-  install(TARGETS shm-init RUNTIME DESTINATION /bin)
+  install(TARGETS kestrovectl kestrove-sim shm-init RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
+
+install(TARGETS kestrove-sandbox kestrove-recorder RUNTIME DESTINATION ${kestrove_home})
+install(DIRECTORY ${PROJECT_BINARY_DIR}/sandbox/image DESTINATION ${kestrove_home} USE_SOURCE_PERMISSIONS)
+kestrove_install_link(${CMAKE_INSTALL_BINDIR}/kestrove-sandbox ${kestrove_home}/kestrove-sandbox)
+kestrove_install_link(${kestrove_home}/programs ${CMAKE_INSTALL_BINDIR})
+
+# The documents keep their places beside one another, so that their links hold.
+install(FILES LICENSE README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY doc DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN *.md)
+install(FILES sandbox/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/sandbox)
+install(DIRECTORY sandbox/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}/sandbox)

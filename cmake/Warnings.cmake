@@ -1,7 +1,8 @@
 # Warnings, sanitizers and effort, the same for every target of the tree.
 function(kestrove_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow -Wformat=2
-                         $<$<COMPILE_LANGUAGE:CXX>:-Wno-format-nonliteral> -Wno-format-nonliteral)
+                         $<$<COMPILE_LANGUAGE:CXX>:-Wno-format-nonliteral> -Wno-format-nonliteral
+                         $<$<AND:$<CONFIG:Release>,$<COMPILE_LANG_AND_ID:CXX,GNU>>:-Wno-restrict>) # GCC 12 of its own strings
   if(KESTROVE_WERROR)
     target_compile_options(${target} PRIVATE -Werror)
   endif()

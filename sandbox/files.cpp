@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <stdlib.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -30,6 +31,13 @@ std::string folderOf(const std::string& path) {
 }
 
 std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+std::string realPath(const std::string& path) {
+  char* real = realpath(path.c_str(), nullptr);
+  std::string result = real ? real : "";
+  free(real);
+  return result;
+}
 
 std::vector<std::string> namesIn(const std::string& folder) {
   std::vector<std::string> names;

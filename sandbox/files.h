@@ -12,6 +12,7 @@ bool exists(const std::string& path);  // symbolic links count as they stand
 bool isFolder(const std::string& path);
 std::string folderOf(const std::string& path);
 std::string nameOf(const std::string& path);
+std::string realPath(const std::string& path);  // all links followed; empty when there is nothing
 
 // What a folder holds, without "." and ".."; nothing when it cannot be read.
 std::vector<std::string> namesIn(const std::string& folder);

@@ -1,6 +1,5 @@
 #include "sandbox/root.h"
 
-#include <stdlib.h>
 #include <string.h>
 #include <sys/mount.h>
 #include <sys/syscall.h>
@@ -54,13 +53,6 @@ void showCovered(const std::string& path) {
     bind(top, kStage + top);
     makeReadOnly(kStage + top);
   }
-}
-
-std::string realPath(const char* path) {
-  char* real = realpath(path, nullptr);
-  std::string result = real ? real : "";
-  free(real);
-  return result;
 }
 
 void mountOwnFolders(const Options& options) {

@@ -1,6 +1,5 @@
 #include "sandbox/stage.h"
 
-#include <stdlib.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -17,13 +16,6 @@ constexpr const char* kOwnFolders[] = {"/run", "/tmp", "/dev", "/proc", "/sys"};
 // Which of the two an overlay heeds depends on who mounts it. A memory file system that keeps neither shows the
 // machine's files, if there are any.
 constexpr const char* kEmptyMarks[] = {"trusted.overlay.opaque", "user.overlay.opaque"};
-
-std::string realPath(const std::string& path) {
-  char* real = realpath(path.c_str(), nullptr);
-  std::string result = real ? real : "";
-  free(real);
-  return result;
-}
 
 std::string onStage(const std::string& real) {
   if (isOwn(real)) return kStage + real;

@@ -1,6 +1,5 @@
 #include "sandbox/tools.h"
 
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -72,10 +71,7 @@ std::string machineProgram(const Tool& tool) {
     const std::string path = folder + name;
     if (found.empty() && access(path.c_str(), X_OK) == 0) found = path;
   }
-  char* real = found.empty() ? nullptr : realpath(found.c_str(), nullptr);
-  std::string result = real ? real : "";
-  free(real);
-  return result;
+  return realPath(found);
 }
 
 class ToolLayer {
@@ -113,20 +109,18 @@ class ToolLayer {
   std::string real_;
 };
 
-// The project's own programs, where this build has them.
+// The project's own programs, where this build or installation has them and the machine not already at their place.
 void layBuilt(const std::string& folder) {
   for (const char* program : kBuilt) {
-    for (const char* below : {"/", "/ctl/", "/init/", "/sim/"}) {
-      const std::string built = folder + below + nameOf(program);
-      if (access(built.c_str(), X_OK) == 0) link(built, place(program));
-    }
+    const std::string built = realPath(folder + "/" + nameOf(program));
+    if (!built.empty() && built != realPath(program)) link(built, place(program));
   }
 }
 
 }  // namespace
 
 void layTools(const std::string& home, bool record) {
-  layBuilt(folderOf(home) + "/tools");
+  layBuilt(home + "/programs");
   ToolLayer layer(home, record);
   for (const Tool& tool : kTools) layer.lay(tool);
 }

@@ -96,6 +96,6 @@ int ZELrestore(void) {
   shm_detach();
   delete_shared_memory();
   LockPause pause;  // both programs use the store
-  runProgram("/bin/shm-init");
+  runProgram(KESTROVE_SHM_INIT);
   return runProgram("/bin/restartKestrove");
 }
