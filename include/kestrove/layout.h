@@ -34,7 +34,7 @@ enum {
   SHM_STATE_DISABLED = 2,
   SHM_STATE_UNCONFIGURED = 3,
   SHM_STATE_CONFIGURATION = 4, /* changes touch the store alone: no save, event, kernel change or signal */
-  SHM_STATE_DEBUG = 5          /* changes are saved and logged, the engine and the kernel are left alone */
+  SHM_STATE_DEBUG = 5          /* as 1, but items and rules do not signal the engine and routes stay out of the kernel */
 };
 
 /* Values of a switch. */
