@@ -4,6 +4,7 @@
 #include <string.h>
 #include <syslog.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/events.h"
 #include "kestrove/items.h"
 #include "kestrove/management.h"
@@ -37,10 +38,7 @@ constexpr const char* kReboot[] = {"/sbin/reboot", nullptr};
 constexpr const char* kPowerOff[] = {"/sbin/poweroff", nullptr};
 constexpr const char* kKillallEngine[] = {"/usr/bin/killall", "kestrove", nullptr};
 
-enum ItemId { kSnmpItem = 11, kWebItem = 13, kEngineItem = 15, kSshItem = 17 };
-enum EventId { kSystemStopped = 1, kSystemRebooted = 3, kTimeSet = 13 };
 enum ClockField { kSeconds, kMinutes, kHours, kDay, kMonth, kYear };
-constexpr uint32_t kSourceEngine = 1;
 
 int runQuietly(const char* const argv[]) { return runCommand(const_cast<char* const*>(argv), kNull, kNull); }
 
@@ -100,36 +98,38 @@ int refresh_userinterface_apps(void) {
   char pid[kPidSize];
   readWebServerPid(pid);
   runScript(kConfigureWeb, list);
-  if (active(kWebItem)) sys::runLine(kHangUpWeb, {sys::Word::pid(pid)});
+  if (active(SHM_ITEM_WEB)) sys::runLine(kHangUpWeb, {sys::Word::pid(pid)});
   runScript(kConfigureSnmp, list);
-  hangUp(kSnmpItem, kHangUpSnmp, "killing snmp didnt work");
+  hangUp(SHM_ITEM_SNMP, kHangUpSnmp, "killing snmp didnt work");
   runScript(kConfigureSsh, list);
-  hangUp(kSshItem, kHangUpSsh, "killing ssh didn't work");
+  hangUp(SHM_ITEM_SSH, kHangUpSsh, "killing ssh didn't work");
   return 0;
 }
 
 int setSystemTime(const int32_t when[6], uint32_t source, const char* user) {
   if (!when) return fail(SHM_EINVAL);
-  if (setKestroveConfigItem(kEngineItem, SHM_OFF, source, user) != 0) return -1;
+  if (setKestroveConfigItem(SHM_ITEM_ENGINE, SHM_OFF, source, user) != 0) return -1;
   sys::pauseSeconds(1);
   callSystem(kKillEngine);
   if (setClocks(when) < 0) return fail(SHM_ESYSTEM);  // the engine stays switched off
-  setKestroveConfigItem(kEngineItem, SHM_ON, source, user);
-  logEvent(kTimeSet, source, user);
+  setKestroveConfigItem(SHM_ITEM_ENGINE, SHM_ON, source, user);
+  logEvent(SHM_EVENT_TIME_SET, source, user);
   return 0;
 }
 
-int reboot(uint32_t source, const char* user) { return leaveSystem(kSystemRebooted, kReboot, source, user); }
+int reboot(uint32_t source, const char* user) { return leaveSystem(SHM_EVENT_SYSTEM_REBOOTED, kReboot, source, user); }
 
-int shutdownSystem(uint32_t source, const char* user) { return leaveSystem(kSystemStopped, kPowerOff, source, user); }
+int shutdownSystem(uint32_t source, const char* user) {
+  return leaveSystem(SHM_EVENT_SYSTEM_STOPPED, kPowerOff, source, user);
+}
 
 int restart_kestrove(uint32_t source, const char* user) {
   StoreLock lock;
   if (!lock) return -1;
   resetKestroveRestartCounter();
   resetKestroveRebootCounter();  // a failed save does not keep the engine from starting
-  setKestroveConfigItem(kEngineItem, SHM_ON, source, user);
-  if (source == kSourceEngine) {
+  setKestroveConfigItem(SHM_ITEM_ENGINE, SHM_ON, source, user);
+  if (source == SHM_SOURCE_ENGINE) {
     syslog(LOG_INFO, "restart_kestrove: exiting kestrove");
     exit(0);
   }

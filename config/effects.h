@@ -27,18 +27,4 @@ inline OpModeContext heldContext() {
   return context;
 }
 
-enum ModeEvent : int {
-  kModeSingleOn = 2,
-  kModeSingleOff = 3,
-  kModePbrOn = 4,
-  kModePbrOff = 5,
-  kModeVlanChange = 6,
-  kModeManagementAddress = 12,
-  kModeWanAddress = 13,
-  kModeLanAddress = 14,
-  kModeLanGateway = 16,
-  kModeWanMask = 17,
-  kModeLanMask = 18
-};
-
 }  // namespace kestrove

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "kestrove/codes.h"
 #include "kestrove/system.h"
 #include "store/fail.h"
 #include "store/lock.h"
@@ -17,9 +18,7 @@ namespace {
 
 constexpr char kPidFile[] = "/var/log/curpid";
 constexpr int kPidLineSize = 78;
-constexpr int kEngineTask = 4;
 constexpr int kLowestPid = 2;
-enum Product : uint32_t { kRestartsOnChange = 9, kWritesPidFile = 11 };
 
 // 0 when there is none: no file, an empty one, no number.
 int32_t pidFromFile() {
@@ -30,10 +29,12 @@ int32_t pidFromFile() {
   return static_cast<int32_t>(std::clamp<long>(pid, INT32_MIN, INT32_MAX));
 }
 
-int32_t enginePid() { return shm->config.productId == kWritesPidFile ? pidFromFile() : shm->taskPids[kEngineTask]; }
+int32_t enginePid() {
+  return shm->config.productId == SHM_PRODUCT_ZEL ? pidFromFile() : shm->taskPids[SHM_TASK_ENGINE];
+}
 
-bool ratesChanged() { return (shm->pendingChanges & (kPendingLanRate | kPendingWanRate)) != 0; }
-bool needsRestart() { return shm->config.productId == kRestartsOnChange && !ratesChanged(); }
+bool ratesChanged() { return (shm->pendingChanges & (SHM_CHANGE_LAN_RATE | SHM_CHANGE_WAN_RATE)) != 0; }
+bool needsRestart() { return shm->config.productId == SHM_PRODUCT_UNBRIDGED && !ratesChanged(); }
 
 }  // namespace
 }  // namespace kestrove
@@ -50,7 +51,7 @@ int notifyKestrove(void) {
     lock.leaveHeld();  // the caller's process keeps this level of the lock: kept on purpose
     return fail(SHM_ESYSTEM);
   }
-  if (restart) restart_kestrove(0, "--");
+  if (restart) restart_kestrove(SHM_SOURCE_SYSTEM, "--");
   return 0;
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "kestrove/codes.h"
 #include "kestrove/engine.h"
 #include "store/bounds.h"
 #include "store/fail.h"
@@ -57,8 +58,10 @@ struct Congestion {
 };
 
 // A code without a row leaves all three zero.
-constexpr Congestion kCongestion[] = {{2, 2, 0, 0}, {3, 2, 1, 0}, {4, 2, 0, 1}, {5, 0, 0, 0}};
-constexpr uint8_t kGlobalCongestion = 1;
+constexpr Congestion kCongestion[] = {{SHM_CONGESTION_PER_CONNECTION, 2, 0, 0},
+                                      {SHM_CONGESTION_TCP, 2, 1, 0},
+                                      {SHM_CONGESTION_ERROR_TOLERANCE, 2, 0, 1},
+                                      {SHM_CONGESTION_NONE, 0, 0, 0}};
 
 // The rules of a snapshot, one line each, gathered so that the stream is entered once for many.
 class RuleLines {
@@ -119,7 +122,7 @@ void fillSettings(EngineConfiguration& block, const ConfigRecord& config) {
   block.managementAddressMask = config.managementAddressMask;
   memcpy(block.gatewayId, config.gatewayId, sizeof block.gatewayId);
   block.compression = config.compression == SHM_ON;
-  block.globalCongestion = config.wanCongestionControl == kGlobalCongestion;
+  block.globalCongestion = config.wanCongestionControl == SHM_CONGESTION_GLOBAL;
   block.accumulationInterval = shm->statistics.accumulationInterval;
   block.constant8 = 8;
   block.singleInterfaceMode = config.singleInterfaceMode;

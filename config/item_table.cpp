@@ -7,6 +7,7 @@
 #include <array>
 
 #include "config/effects.h"
+#include "kestrove/codes.h"
 #include "kestrove/iface.h"
 #include "kestrove/system.h"
 #include "kestrove/text.h"
@@ -15,10 +16,11 @@
 namespace kestrove {
 namespace {
 
-constexpr int kHighestId = 58;
+constexpr int kHighestId = SHM_ITEM_FLAG_58;
 constexpr uint32_t kWanOptPlatform = 14;
 constexpr int kHighestMtu = 1500;
-constexpr uint32_t kLinkSettings[] = {1, 20, 40, 80, 100, 120, 140};
+constexpr uint32_t kLinkSettings[] = {SHM_LINK_AUTO,     SHM_LINK_10_HALF, SHM_LINK_10_FULL,  SHM_LINK_100_HALF,
+                                      SHM_LINK_100_FULL, SHM_LINK_120,     SHM_LINK_1000_FULL};
 constexpr char kRelayBypass[] = "/sbin/FtwWdgCtl ftw_pwr_bypass";
 constexpr char kRelayNormal[] = "/sbin/FtwWdgCtl ftw_pwr_normal";
 constexpr char kRelayDynamic[] = "/sbin/FtwWdgCtl ftw_dynamic_normal";
@@ -55,7 +57,7 @@ int applyLink(uint32_t) {
 
 int switchPolicyRouting(uint32_t value) {
   OpModeContext context = heldContext();
-  return OpModeState(value == SHM_ON ? kModePbrOn : kModePbrOff, &context);
+  return OpModeState(value == SHM_ON ? SHM_MODE_EVENT_PBR_ON : SHM_MODE_EVENT_PBR_OFF, &context);
 }
 
 int switchRelay(uint32_t value) {
@@ -68,52 +70,99 @@ int switchRelay(uint32_t value) {
 #define FIELD(name) .width = sizeof(ConfigRecord::name), .place = offsetof(ConfigRecord, name)
 
 constexpr Item kItems[] = {
-    {.id = 1, FIELD(lanLinkRate), .accepts = lanRate, .save = true, .pending = kPendingLanRate},
-    {.id = 2, FIELD(wanLinkRate), .accepts = wanRate, .save = true, .pending = kPendingWanRate},
-    {.id = 3, FIELD(wanIpDefaultRtt)},
-    {.id = 4, FIELD(wanMaximumTransferUnit), .accepts = mtu, .save = true, .pending = kPendingWanMtu},
-    {.id = 5, FIELD(lanMaximumTransferUnit), .accepts = mtu, .save = true, .pending = kPendingLanMtu},
-    {.id = 6, FIELD(lanLinkSetting), .accepts = linkSetting, .save = true, .action = applyLink<0>},
-    {.id = 7, FIELD(wanLinkSetting), .accepts = linkSetting, .save = true, .action = applyLink<1>},
-    {.id = 8, FIELD(managementLinkSetting), .accepts = linkSetting, .save = true, .action = applyLink<3>},
-    {.id = 9,
+    {.id = SHM_ITEM_LAN_LINK_RATE,
+     FIELD(lanLinkRate),
+     .accepts = lanRate,
+     .save = true,
+     .pending = SHM_CHANGE_LAN_RATE},
+    {.id = SHM_ITEM_WAN_LINK_RATE,
+     FIELD(wanLinkRate),
+     .accepts = wanRate,
+     .save = true,
+     .pending = SHM_CHANGE_WAN_RATE},
+    {.id = SHM_ITEM_WAN_DEFAULT_RTT, FIELD(wanIpDefaultRtt)},
+    {.id = SHM_ITEM_WAN_MTU,
+     FIELD(wanMaximumTransferUnit),
+     .accepts = mtu,
+     .save = true,
+     .pending = SHM_CHANGE_WAN_MTU},
+    {.id = SHM_ITEM_LAN_MTU,
+     FIELD(lanMaximumTransferUnit),
+     .accepts = mtu,
+     .save = true,
+     .pending = SHM_CHANGE_LAN_MTU},
+    {.id = SHM_ITEM_LAN_LINK_SETTING,
+     FIELD(lanLinkSetting),
+     .accepts = linkSetting,
+     .save = true,
+     .action = applyLink<SHM_IF_LAN>},
+    {.id = SHM_ITEM_WAN_LINK_SETTING,
+     FIELD(wanLinkSetting),
+     .accepts = linkSetting,
+     .save = true,
+     .action = applyLink<SHM_IF_WAN>},
+    {.id = SHM_ITEM_MANAGEMENT_LINK_SETTING,
+     FIELD(managementLinkSetting),
+     .accepts = linkSetting,
+     .save = true,
+     .action = applyLink<SHM_IF_MANAGEMENT>},
+    {.id = SHM_ITEM_COMPRESSION,
      FIELD(compression),
      .accepts = onOff,
-     .onEvent = 9,
-     .offEvent = 10,
+     .onEvent = SHM_EVENT_COMPRESSION_ON,
+     .offEvent = SHM_EVENT_COMPRESSION_OFF,
      .save = true,
-     .pending = kPendingCompression},
-    {.id = 10, FIELD(transparentBridgeOperState)},
-    {.id = 11, FIELD(snmpOperState), .accepts = onOff, .onEvent = 11, .offEvent = 12, .save = true},
-    {.id = 12, FIELD(snmpVersion), .accepts = within<1, 3>},
-    {.id = 13, FIELD(httpOperState), .accepts = onOff, .onEvent = 18, .offEvent = 19, .save = true},
-    {.id = 14, FIELD(cliOperState), .accepts = onOff, .save = true},
-    {.id = 15, FIELD(kestroveOperState), .accepts = onOff},
-    {.id = 16, FIELD(spareFlag), .accepts = any},
-    {.id = 17, FIELD(sshdOperState), .accepts = onOff, .onEvent = 37, .offEvent = 38, .save = true},
-    {.id = 18, FIELD(bannerOperState), .accepts = onOff, .save = true},
-    {.id = 19, FIELD(singleInterfaceMode)},
-    {.id = 20, FIELD(pbrOperState), .accepts = onOff, .action = switchPolicyRouting},
-    {.id = 25, FIELD(lanPbrRouteSet), .accepts = any},
-    {.id = 26, FIELD(wanPbrRouteSet), .accepts = any},
-    {.id = 35, FIELD(wanCongestionControl), .accepts = within<2, 5>, .save = true, .pending = kPendingWanCongestion},
-    {.id = 36, FIELD(loggingOperState), .accepts = onOff, .save = true},
-    {.id = 37, FIELD(fileBuffering), .accepts = onOff, .save = true},
-    {.id = 38, FIELD(item38Value), .accepts = any, .save = true, .pending = kPendingItem38},
-    {.id = 39, FIELD(failToWireAvailable), .accepts = onOff},
-    {.id = 40, FIELD(failToWireStatus), .accepts = any},
-    {.id = 41, FIELD(failToWireConfig), .accepts = within<1, 2>, .action = switchRelay},
-    {.id = 43, FIELD(opModeState)},
-    {.id = 44, FIELD(hardwarePlatform), .accepts = within<0, 15>},
-    {.id = 47, FIELD(ipv6Support)},
-    {.id = 48, FIELD(wanOptSupport), .present = onWanOptPlatform},
-    {.id = 52, FIELD(minRate)},
-    {.id = 53, FIELD(minMtu)},
-    {.id = 54, FIELD(httpSessionTimeout), .accepts = any},
-    {.id = 55, FIELD(flags[0]), .accepts = within<0, 1>, .save = true},
-    {.id = 56, FIELD(flags[1]), .accepts = within<0, 1>, .save = true},
-    {.id = 57, FIELD(flags[2]), .accepts = within<0, 1>, .save = true},
-    {.id = 58, FIELD(flags[3]), .accepts = within<0, 1>, .save = true},
+     .pending = SHM_CHANGE_COMPRESSION},
+    {.id = SHM_ITEM_BRIDGING, FIELD(transparentBridgeOperState)},
+    {.id = SHM_ITEM_SNMP,
+     FIELD(snmpOperState),
+     .accepts = onOff,
+     .onEvent = SHM_EVENT_SNMP_ENABLED,
+     .offEvent = SHM_EVENT_SNMP_DISABLED,
+     .save = true},
+    {.id = SHM_ITEM_SNMP_VERSION, FIELD(snmpVersion), .accepts = within<1, 3>},
+    {.id = SHM_ITEM_WEB,
+     FIELD(httpOperState),
+     .accepts = onOff,
+     .onEvent = SHM_EVENT_WEB_ENABLED,
+     .offEvent = SHM_EVENT_WEB_DISABLED,
+     .save = true},
+    {.id = SHM_ITEM_CLI, FIELD(cliOperState), .accepts = onOff, .save = true},
+    {.id = SHM_ITEM_ENGINE, FIELD(kestroveOperState), .accepts = onOff},
+    {.id = SHM_ITEM_SPARE_FLAG, FIELD(spareFlag), .accepts = any},
+    {.id = SHM_ITEM_SSH,
+     FIELD(sshdOperState),
+     .accepts = onOff,
+     .onEvent = SHM_EVENT_SSH_DAEMON_ENABLED,
+     .offEvent = SHM_EVENT_SSH_DAEMON_DISABLED,
+     .save = true},
+    {.id = SHM_ITEM_BANNER, FIELD(bannerOperState), .accepts = onOff, .save = true},
+    {.id = SHM_ITEM_SINGLE_INTERFACE, FIELD(singleInterfaceMode)},
+    {.id = SHM_ITEM_POLICY_ROUTING, FIELD(pbrOperState), .accepts = onOff, .action = switchPolicyRouting},
+    {.id = SHM_ITEM_LAN_PBR_ROUTE_SET, FIELD(lanPbrRouteSet), .accepts = any},
+    {.id = SHM_ITEM_WAN_PBR_ROUTE_SET, FIELD(wanPbrRouteSet), .accepts = any},
+    {.id = SHM_ITEM_WAN_CONGESTION,
+     FIELD(wanCongestionControl),
+     .accepts = within<SHM_CONGESTION_PER_CONNECTION, SHM_CONGESTION_NONE>,
+     .save = true,
+     .pending = SHM_CHANGE_CONGESTION},
+    {.id = SHM_ITEM_LOGGING, FIELD(loggingOperState), .accepts = onOff, .save = true},
+    {.id = SHM_ITEM_FILE_BUFFERING, FIELD(fileBuffering), .accepts = onOff, .save = true},
+    {.id = SHM_ITEM_VALUE_38, FIELD(item38Value), .accepts = any, .save = true, .pending = SHM_CHANGE_ITEM_38},
+    {.id = SHM_ITEM_RELAY_AVAILABLE, FIELD(failToWireAvailable), .accepts = onOff},
+    {.id = SHM_ITEM_RELAY_STATUS, FIELD(failToWireStatus), .accepts = any},
+    {.id = SHM_ITEM_RELAY_SETTING, FIELD(failToWireConfig), .accepts = within<1, 2>, .action = switchRelay},
+    {.id = SHM_ITEM_OPERATING_MODE, FIELD(opModeState)},
+    {.id = SHM_ITEM_PLATFORM, FIELD(hardwarePlatform), .accepts = within<0, 15>},
+    {.id = SHM_ITEM_IPV6_SUPPORT, FIELD(ipv6Support)},
+    {.id = SHM_ITEM_WAN_OPT_SUPPORT, FIELD(wanOptSupport), .present = onWanOptPlatform},
+    {.id = SHM_ITEM_MIN_RATE, FIELD(minRate)},
+    {.id = SHM_ITEM_MIN_MTU, FIELD(minMtu)},
+    {.id = SHM_ITEM_SESSION_TIMEOUT, FIELD(httpSessionTimeout), .accepts = any},
+    {.id = SHM_ITEM_FLAG_55, FIELD(flags[0]), .accepts = within<0, 1>, .save = true},
+    {.id = SHM_ITEM_FLAG_56, FIELD(flags[1]), .accepts = within<0, 1>, .save = true},
+    {.id = SHM_ITEM_FLAG_57, FIELD(flags[2]), .accepts = within<0, 1>, .save = true},
+    {.id = SHM_ITEM_FLAG_58, FIELD(flags[3]), .accepts = within<0, 1>, .save = true},
 };
 #undef FIELD
 

@@ -1,6 +1,7 @@
 #include <stddef.h>
 
 #include "config/effects.h"
+#include "kestrove/codes.h"
 #include "kestrove/iface.h"
 #include "kestrove/items.h"
 #include "kestrove/routes.h"
@@ -23,38 +24,46 @@ struct NetworkItem {
   void (*action)() = nullptr;
 };
 
-constexpr int kWanPort = 1;
-
 void refreshServers() { refresh_userinterface_apps(); }
 
 void readdressWanPort() {
   const ConfigRecord& config = shm->config;
   InterfaceName name;
-  physicalInterfaceName(kWanPort, name);
+  physicalInterfaceName(SHM_IF_WAN, name);
   shm_ifconfig(name.text, config.wanIpAddress, config.wanIpAddressMask, config.wanBroadcastAddress);
 }
 
 #define FIELD(name) .place = offsetof(ConfigRecord, name)
 
 constexpr NetworkItem kNetworkItems[] = {
-    {.id = 1,
+    {.id = SHM_NET_MANAGEMENT_ADDRESS,
      FIELD(managementAddress),
-     .pendingWithPbr = kPendingManagement,
-     .modeEvent = kModeManagementAddress,
+     .pendingWithPbr = SHM_CHANGE_MANAGEMENT,
+     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT,
      .action = refreshServers},
-    {.id = 2, FIELD(managementAddressMask), .netmask = true, .modeEvent = kModeManagementAddress},
-    {.id = 3, FIELD(managementBroadcastAddress), .modeEvent = kModeManagementAddress},
-    {.id = 4, FIELD(lanIpAddress), .modeEvent = kModeLanAddress},
-    {.id = 5, FIELD(lanIpAddressMask), .modeEvent = kModeLanMask},
-    {.id = 6, FIELD(lanBroadcastAddress), .modeEvent = kModeLanAddress},
-    {.id = 7, FIELD(wanIpAddress), .modeEvent = kModeWanAddress},
-    {.id = 8, FIELD(wanIpAddressMask), .modeEvent = kModeWanMask},
-    {.id = 9, FIELD(wanBroadcastAddress), .modeEvent = kModeWanAddress},
-    {.id = 12, FIELD(managementAddressMask), .netmask = true, .modeEvent = kModeManagementAddress},
-    {.id = 13, FIELD(managementBroadcastAddress), .modeEvent = kModeManagementAddress},
+    {.id = SHM_NET_MANAGEMENT_MASK,
+     FIELD(managementAddressMask),
+     .netmask = true,
+     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT},
+    {.id = SHM_NET_MANAGEMENT_BROADCAST,
+     FIELD(managementBroadcastAddress),
+     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT},
+    {.id = SHM_NET_LAN_ADDRESS, FIELD(lanIpAddress), .modeEvent = SHM_MODE_EVENT_LAN_ADDRESS},
+    {.id = SHM_NET_LAN_MASK, FIELD(lanIpAddressMask), .modeEvent = SHM_MODE_EVENT_LAN_MASK},
+    {.id = SHM_NET_LAN_BROADCAST, FIELD(lanBroadcastAddress), .modeEvent = SHM_MODE_EVENT_LAN_ADDRESS},
+    {.id = SHM_NET_WAN_ADDRESS, FIELD(wanIpAddress), .modeEvent = SHM_MODE_EVENT_WAN_ADDRESS},
+    {.id = SHM_NET_WAN_MASK, FIELD(wanIpAddressMask), .modeEvent = SHM_MODE_EVENT_WAN_MASK},
+    {.id = SHM_NET_WAN_BROADCAST, FIELD(wanBroadcastAddress), .modeEvent = SHM_MODE_EVENT_WAN_ADDRESS},
+    {.id = SHM_NET_MANAGEMENT_MASK_2,
+     FIELD(managementAddressMask),
+     .netmask = true,
+     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT},
+    {.id = SHM_NET_MANAGEMENT_BROADCAST_2,
+     FIELD(managementBroadcastAddress),
+     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT},
     // It is the WAN gateway's ARP entry that goes with a new LAN gateway: kept on purpose.
-    {.id = 14, FIELD(lanGateway), .dropsWanArp = true, .modeEvent = kModeLanGateway},
-    {.id = 15, FIELD(wanGateway), .dropsWanArp = true, .action = readdressWanPort},
+    {.id = SHM_NET_LAN_GATEWAY, FIELD(lanGateway), .dropsWanArp = true, .modeEvent = SHM_MODE_EVENT_LAN_GATEWAY},
+    {.id = SHM_NET_WAN_GATEWAY, FIELD(wanGateway), .dropsWanArp = true, .action = readdressWanPort},
 };
 #undef FIELD
 

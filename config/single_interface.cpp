@@ -1,4 +1,5 @@
 #include "config/effects.h"
+#include "kestrove/codes.h"
 #include "kestrove/items.h"
 #include "store/lock.h"
 
@@ -22,10 +23,10 @@ int storeMode(uint32_t mode, VlanIds old, VlanIds ids) {
     config.lanVlanId = ids.lan;
     config.wanVlanId = ids.wan;
   }
-  if (config.singleInterfaceMode == mode) return mode == SHM_ON && old != ids ? kModeVlanChange : 0;
+  if (config.singleInterfaceMode == mode) return mode == SHM_ON && old != ids ? SHM_MODE_EVENT_VLAN_CHANGE : 0;
   config.singleInterfaceMode = static_cast<uint8_t>(mode);
   if (mode == SHM_OFF) config.pbrOperState = SHM_OFF;
-  return mode == SHM_ON ? kModeSingleOn : kModeSingleOff;
+  return mode == SHM_ON ? SHM_MODE_EVENT_SINGLE_ON : SHM_MODE_EVENT_SINGLE_OFF;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <stddef.h>
 #include <string.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/events.h"
 #include "kestrove/stats.h"
 #include "stats/ratio.h"
@@ -10,10 +11,6 @@
 
 namespace kestrove {
 namespace {
-
-constexpr uint32_t kCompressionRatioCleared = 14;
-constexpr uint32_t kOptimizationStatsCleared = 15;
-constexpr uint32_t kSystemStatsCleared = 16;
 
 constexpr char kRotateCacheLog[] = "/usr/local/squid/sbin/squid -k rotate  > /dev/null 2>& 1";
 constexpr char kEmptyCacheLog[] = "/bin/cat /dev/null > /sda1/squidG2/log/access.log";
@@ -71,7 +68,7 @@ int resetCompressionRatio(uint32_t source, const char* user) {
   StoreLock lock;
   if (!lock) return -1;
   zeroCompression(shm->statistics);
-  logEvent(kCompressionRatioCleared, source, user);
+  logEvent(SHM_EVENT_COMPRESSION_RATIO_CLEARED, source, user);
   return 0;
 }
 
@@ -87,8 +84,8 @@ int resetStats(uint32_t source, const char* user) {
   if (!lock) return -1;
   zeroCounters(shm->statistics);
   for (QosRow& row : shm->qos) zeroQueue(row);
-  logEvent(kSystemStatsCleared, source, user);
-  logEvent(kCompressionRatioCleared, source, user);
+  logEvent(SHM_EVENT_SYSTEM_STATS_CLEARED, source, user);
+  logEvent(SHM_EVENT_COMPRESSION_RATIO_CLEARED, source, user);
   return 0;
 }
 
@@ -98,8 +95,8 @@ int resetOptimizationStats(uint32_t source, const char* user) {
   zeroCompression(shm->statistics);
   zeroFilter(shm->statistics);
   memset(&shm->sessionEngine, 0, kSessionEngineBytes);
-  logEvent(kCompressionRatioCleared, source, user);
+  logEvent(SHM_EVENT_COMPRESSION_RATIO_CLEARED, source, user);
   clearCacheLog();
-  logEvent(kOptimizationStatsCleared, source, user);
+  logEvent(SHM_EVENT_OPTIMIZATION_STATS_CLEARED, source, user);
   return 0;
 }

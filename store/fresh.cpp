@@ -2,18 +2,13 @@
 
 #include <stddef.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/segment.h"
 
 namespace kestrove {
 namespace {
 
-constexpr uint32_t kFamilyAny = 1;
-constexpr uint32_t kFamilyIpv4 = 4;
-constexpr uint32_t kIpv6Supported = 1;
-constexpr int32_t kTargetAccelerate = 1;
 constexpr int32_t kPriority = 8;
-constexpr uint32_t kAccelerationOn = 1;
-constexpr uint32_t kRuleActive = 3;
 
 template <typename Entry, size_t N>
 void freeSlots(Entry (&slots)[N]) {
@@ -30,12 +25,12 @@ void layOutRouteTables() {
 
 void resetRuleTable() {
   FilterRule rule = {};
-  rule.ipVersion = shm->config.ipv6Support == kIpv6Supported ? kFamilyAny : kFamilyIpv4;
-  rule.target = kTargetAccelerate;
+  rule.ipVersion = shm->config.ipv6Support == SHM_ON ? SHM_FAMILY_ANY : SHM_FAMILY_IPV4;
+  rule.target = SHM_TARGET_ACCELERATE;
   rule.priority = kPriority;
   rule.bandwidth = static_cast<int32_t>(shm->config.minRate);
-  rule.accel = kAccelerationOn;
-  rule.ruleAction = kRuleActive;
+  rule.accel = SHM_ON;
+  rule.ruleAction = SHM_RULE_ACTIVE;
   shm->filterTable.rule[0] = rule;
   shm->filterTable.ruleCount = 1;
 }

@@ -2,6 +2,7 @@
 #include <errno.h>
 #include <syslog.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/events.h"
 #include "kestrove/persistence.h"
 #include "kestrove/segment.h"
@@ -19,9 +20,7 @@ namespace {
 
 constexpr char kFactoryDefaults[] = "/etc/config/factory.defaults";
 constexpr char kEventLogFile[] = "/var/log/kestrove/event.log";
-constexpr uint32_t kProductDrelm = 5;
 constexpr size_t kLongestPath = 127;
-constexpr uint32_t kSystem = 0;
 constexpr char kNobody[] = "--";
 
 struct Minimums {
@@ -31,7 +30,7 @@ struct Minimums {
 constexpr Minimums kDrelmMinimums = {256000, 128};
 constexpr Minimums kMinimums = {10000, 576};
 
-bool drelm() { return shm->config.productId == kProductDrelm; }
+bool drelm() { return shm->config.productId == SHM_PRODUCT_DRELM; }
 
 int failWith(const char* text) {
   shm_perror(text);
@@ -87,9 +86,9 @@ void loadEventLog() {
 }
 
 void readHardwareAddresses() {
-  writeMacAddr(5, shm->lanHardwareAddress);
-  writeMacAddr(1, shm->wanHardwareAddress);
-  writeMacAddr(3, shm->managementHardwareAddress);
+  writeMacAddr(SHM_IF_BASE, shm->lanHardwareAddress);
+  writeMacAddr(SHM_IF_WAN, shm->wanHardwareAddress);
+  writeMacAddr(SHM_IF_MANAGEMENT, shm->managementHardwareAddress);
 }
 
 // No terminator is written: the bytes behind are zero in a fresh segment.
@@ -114,7 +113,7 @@ void fillStore(const char* configPath, const char* eventLogPath) {
   loadEventLog();
   readHardwareAddresses();
   deriveIdentity();
-  resetStats(kSystem, kNobody);
+  resetStats(SHM_SOURCE_SYSTEM, kNobody);
 }
 
 // The operations of the filling are parts of this one: whoever waits for the store gets in when it is whole.

@@ -7,6 +7,7 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/items.h"
 #include "store/fail.h"
 #include "store/lock.h"
@@ -23,8 +24,6 @@ constexpr const char* kProducts[] = {
 constexpr uint32_t kProductCount = sizeof kProducts / sizeof kProducts[0];
 static_assert(kProductCount == 12);
 
-constexpr uint32_t kLoginSerial = 3;
-constexpr uint32_t kLoginSsh = 4;
 constexpr size_t kHardwareAddress = 6;
 
 struct Vendor {
@@ -69,9 +68,9 @@ bool queryHardwareAddress(const char* name, uint8_t* out) {
 // Null for a number that has no hardware address in the store.
 const uint8_t* storedHardwareAddress(int iface) {
   switch (iface) {
-    case 0: return shm->lanHardwareAddress;
-    case 1: return shm->wanHardwareAddress;
-    case 3: return shm->managementHardwareAddress;
+    case SHM_IF_LAN: return shm->lanHardwareAddress;
+    case SHM_IF_WAN: return shm->wanHardwareAddress;
+    case SHM_IF_MANAGEMENT: return shm->managementHardwareAddress;
     default: return nullptr;
   }
 }
@@ -99,7 +98,7 @@ int setZipType(uint32_t v) { return storeWord(&ConfigRecord::zipType, v); }
 int getZipType(uint32_t* out) { return fetchWord(&ConfigRecord::zipType, out); }
 
 int setLoginFrom(uint32_t v) {
-  if (v != kLoginSerial && v != kLoginSsh) return fail(SHM_EINVAL);
+  if (v != SHM_LOGIN_SERIAL && v != SHM_LOGIN_SSH) return fail(SHM_EINVAL);
   StoreLock lock;
   if (!lock) return -1;
   shm->loginFrom = v;

@@ -2,6 +2,7 @@
 #ifndef KESTROVE_KESTROVE_H
 #define KESTROVE_KESTROVE_H
 
+#include "kestrove/codes.h"
 #include "kestrove/dhcp.h"
 #include "kestrove/dump.h"
 #include "kestrove/engine.h"
