@@ -51,7 +51,7 @@ int logEvent(uint32_t id, uint32_t source, const char* user) {
   StoreLock lock;
   if (!lock) return -1;
   if (shm->config.loggingOperState == SHM_OFF) return fail(SHM_ELOGOFF);
-  appendEvent(shm->eventLog, static_cast<int32_t>(now), id, source, user ? user : "");
+  appendEvent(*shm, static_cast<int32_t>(now), id, source, user ? user : "");
   return saveEvents();
 }
 
@@ -77,7 +77,7 @@ int getEventCount(void) {
 int clearEventLog(uint32_t source, const char* user) {
   StoreLock lock;
   if (!lock) return -1;
-  emptyEvents(shm->eventLog);
+  emptyEvents(*shm);
   int result = saveEvents();
   logEvent(kEventLogCleared, source, user);
   return result;
@@ -86,7 +86,7 @@ int clearEventLog(uint32_t source, const char* user) {
 int wipeEventLog(void) {
   StoreLock lock;
   if (!lock) return -1;
-  emptyEvents(shm->eventLog);
+  emptyEvents(*shm);
   return saveEvents();
 }
 

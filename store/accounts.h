@@ -1,9 +1,11 @@
-// The table of user accounts, without the password file. To be used under the store lock.
+// The table of user accounts, without the password file. To be used under the store lock. Both counts and the accounts
+// agree after a death at any instant, too.
 #pragma once
 
 #include <string_view>
 
 #include "kestrove/layout.h"
+#include "store/journal.h"
 #include "store/text.h"
 
 namespace kestrove {
@@ -19,5 +21,8 @@ void appendAccount(const UserAccount& account);
 
 // Closes the gap that the account leaves.
 void dropAccount(int slot);
+
+Outcome finishUserClosing(ShmData& store, const Note& note);
+Outcome finishUserAdding(ShmData& store, const Note& note);
 
 }  // namespace kestrove

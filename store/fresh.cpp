@@ -23,15 +23,20 @@ void layOutRouteTables() {
   freeSlots(shm->routes6.slot);
 }
 
-void resetRuleTable() {
+FilterRule defaultRule(uint32_t ipVersion, int32_t bandwidth) {
   FilterRule rule = {};
-  rule.ipVersion = shm->config.ipv6Support == SHM_ON ? SHM_FAMILY_ANY : SHM_FAMILY_IPV4;
+  rule.ipVersion = ipVersion;
   rule.target = SHM_TARGET_ACCELERATE;
   rule.priority = kPriority;
-  rule.bandwidth = static_cast<int32_t>(shm->config.minRate);
+  rule.bandwidth = bandwidth;
   rule.accel = SHM_ON;
   rule.ruleAction = SHM_RULE_ACTIVE;
-  shm->filterTable.rule[0] = rule;
+  return rule;
+}
+
+void resetRuleTable() {
+  uint32_t family = shm->config.ipv6Support == SHM_ON ? SHM_FAMILY_ANY : SHM_FAMILY_IPV4;
+  shm->filterTable.rule[0] = defaultRule(family, static_cast<int32_t>(shm->config.minRate));
   shm->filterTable.ruleCount = 1;
 }
 

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "store/fail.h"
+#include "store/journal.h"
 #include "store/lock.h"
 #include "store/segment.h"
 #include "sys/repeated.h"
@@ -25,6 +26,7 @@ int lockFile = -1;
 bool fileLocked = false;  // by this process
 int guards = 0;           // of one operation, one inside the other
 int holds = 0;            // of kestrove_hold() among them
+ShmData* gone = nullptr;  // where shm_detach() left the pointer
 
 // The one opener of the lock file: closing any other descriptor of it would drop this process's lock. Close-on-exec,
 // so that no program started here keeps it open.
@@ -48,6 +50,7 @@ bool attachById(int id) {
   void* address = id == -1 ? reinterpret_cast<void*>(-1) : shmat(id, nullptr, 0);
   if (address == reinterpret_cast<void*>(-1)) return false;
   shm = static_cast<ShmData*>(address);
+  gone = nullptr;
   return true;
 }
 
@@ -62,10 +65,16 @@ Segment failToCreate(const char* text) {
   return Segment::kFailed;
 }
 
+// The file lock was had: what a process left that died inside a change comes before anything else.
+void putRight() {
+  if (shm && shm != gone) finishAbandonedWork();
+}
+
 // Nobody but this process can wait for what it holds itself, so a signal is no reason to go on without the lock.
 bool takeLockAgain() {
   uint32_t code = shm_errno;
   bool taken = sys::repeated(takeStoreLock) == 0;
+  if (taken) putRight();
   shm_errno = code;
   return taken;
 }
@@ -182,6 +191,7 @@ int create_lock_file(void) { return openLockFile(O_CREAT | O_TRUNC); }
 int shm_lock(void) {
   if (shm_lock_count < 1) {
     if (!attachStore() || takeStoreLock() != 0) return -1;
+    putRight();
   }
   ++shm_lock_count;
   return 0;
@@ -222,4 +232,5 @@ int kestrove_release(void) {
 
 void shm_detach(void) {
   if (shm) shmdt(shm);
+  gone = shm;
 }

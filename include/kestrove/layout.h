@@ -3,7 +3,8 @@
    Separately built programs, 32-bit and 64-bit, map the same segment, so order, width and place of every member are a
    contract. All records are packed to 4 bytes and hold no pointer, no long and no time_t. Numbers are little-endian,
    IPv4 addresses and masks are in network byte order, IPv6 addresses are 16 bytes in network order. A switch is a
-   byte (or a word where stated) that holds 1 for on and 2 for off. Reserved bytes are zero and stay as they are. */
+   byte (or a word where stated) that holds 1 for on and 2 for off. Reserved bytes are zero and stay as they are, but for the
+   word of a change in progress in reserved32. */
 #ifndef KESTROVE_LAYOUT_H
 #define KESTROVE_LAYOUT_H
 
@@ -324,7 +325,7 @@ typedef struct ShmData {
   char oldAdminPassword[31];
   uint8_t reserved30b[6];
   uint32_t pendingChanges;
-  uint8_t reserved32[56];
+  uint8_t reserved32[56]; /* the first eight name a change of a table in progress (segment.h) and are zero otherwise */
   char ddupStartupOptions[256]; /* no terminator when 256 characters long */
 } ShmData;
 

@@ -42,7 +42,15 @@ KESTROVE_API int create_lock_file(void);
 
 /* Attaches the segment if this process has not yet, and takes the store lock, waiting without limit for other
    processes. The lock nests: a process that holds it only counts up, without a system call. 0, or -1: code 1 when there
-   is no segment to attach, 2 when the lock file cannot be opened or locked. */
+   is no segment to attach, 2 when the lock file cannot be opened or locked.
+
+   A process that dies inside a change of users, rules, routes, addresses or events leaves word of it in the store, in
+   the first eight bytes of reserved32. Whoever takes the file lock next, here or in any operation, finds the tables as
+   before that change or as after it: it finishes the change or takes it back before anything else, and says which in
+   the system log (a warning). Words that no change leaves are cleared and named there. Two cases are left: in a full
+   table of 8192 rules whose last rule is not the one that the store's birth makes, a rule that is moved or changed, and
+   beside any full rule table the oldest event that is overwritten or an address of the bridge that is changed can be
+   torn; a route that is replaced in a full route table can be lost. */
 KESTROVE_API int shm_lock(void);
 
 /* Counts the lock down by one. Every call, an inner one of a nested pair too, gives the lock to whoever waits for it;

@@ -10,6 +10,7 @@
 #include "kestrove/routes.h"
 #include "kestrove/text.h"
 #include "net/opmode/address_status.h"
+#include "store/address_slots.h"
 #include "store/bounds.h"
 #include "store/change_save.h"
 #include "store/fail.h"
@@ -43,13 +44,6 @@ int positionOf(const ManagementAddress& entry) {
 }
 
 bool full() { return static_cast<uint32_t>(shm->managementAddressCount) >= SHM_MANAGEMENT_ADDRESSES; }
-
-void removeAt(int index) {
-  int last = managementEntries(*shm) - 1;
-  ManagementAddress* entry = &shm->managementAddress[index];
-  memmove(entry, entry + 1, static_cast<size_t>(last - index) * sizeof *entry);
-  shm->managementAddressCount = last;
-}
 
 // Saves, then lets the routes follow the addresses.
 void saveAndFreshen() {
@@ -117,7 +111,7 @@ int addManagementAddr(ManagementAddress* entry) {
     entry->status = kNotApplied;
     return fail(SHM_ESYSTEM);
   }
-  shm->managementAddress[shm->managementAddressCount++] = *entry;
+  appendAddress(*shm, *entry);
   if (!configurationMode()) saveAndFreshen();
   return 0;
 }
@@ -131,7 +125,7 @@ int removeManagementAddr(ManagementAddress* entry) {
   // The search is the one that adding refuses by, and leaves its code: kept on purpose.
   if (entry->ipVersion == kIpv6) shm_errno = SHM_EEXIST;
   if (entry->status == kApplied && !takeOff(*entry)) return fail(SHM_ESYSTEM);
-  removeAt(index);
+  dropAddress(*shm, index);
   if (!configurationMode()) saveAndFreshen();
   return 0;
 }

@@ -1,7 +1,5 @@
 #include "kestrove/rules.h"
 
-#include <string.h>
-
 #include "kestrove/engine.h"
 #include "kestrove/persistence.h"
 #include "net/policy/normalise.h"
@@ -11,6 +9,7 @@
 #include "store/lock.h"
 #include "store/mode.h"
 #include "store/pending.h"
+#include "store/rule_slots.h"
 #include "store/segment.h"
 
 namespace kestrove {
@@ -24,10 +23,6 @@ bool isDefaultRule(int position) { return position == ruleEntries(*shm) - 1; }
 int checkEditable(int position) {
   if (!inUse(position)) return fail(SHM_EINVAL);
   return isDefaultRule(position) ? fail(SHM_EREADONLY) : 0;
-}
-
-void shiftRules(int from, int to, int count) {
-  memmove(rules() + to, rules() + from, static_cast<size_t>(count) * sizeof(FilterRule));
 }
 
 void tellEngine() {
@@ -56,15 +51,12 @@ int insertRule(int position, FilterRule* rule) {
   clearOtherFamilies(*rule);
   if (!masksAreValid(*rule)) return fail(SHM_EMASK);
   if (!inUse(position)) return fail(SHM_EINVAL);
-  int count = ruleEntries(*shm);
-  if (count == SHM_RULES) return fail(SHM_EFULL);
+  if (ruleEntries(*shm) == SHM_RULES) return fail(SHM_EFULL);
   raiseBandwidth(*rule);
   reduceActiveRule(*rule);
   FilterRule stored = *rule;  // before the shift, for a caller that hands in a record of the table itself
   stored.order = 0;
-  shiftRules(position, position + 1, count - position);
-  rules()[position] = stored;
-  shm->filterTable.ruleCount = count + 1;
+  openRule(*shm, position, stored);
   tellOfChange();
   return 0;
 }
@@ -78,14 +70,7 @@ int moveRule(int from, int to) {
   if (!inUse(to)) return fail(SHM_EINVAL);
   if (checkEditable(from) != 0) return -1;
   if (to == from || to == from + 1) return 0;
-  FilterRule moved = rules()[from];
-  int place = from > to ? to : to - 1;
-  if (from > to) {
-    shiftRules(to, to + 1, from - to);
-  } else {
-    shiftRules(from + 1, from, place - from);
-  }
-  rules()[place] = moved;
+  shiftRule(*shm, from, from > to ? to : to - 1);
   tellOfChange();
   return 0;
 }
@@ -98,7 +83,7 @@ int changeRule(int position, FilterRule* rule) {
   clearOtherFamilies(*rule);
   if (!masksAreValid(*rule)) return fail(SHM_EMASK);
   reduceActiveRule(*rule);
-  rules()[position] = *rule;
+  replaceRule(*shm, position, *rule);
   tellOfChange();
   return 0;
 }
@@ -106,9 +91,7 @@ int changeRule(int position, FilterRule* rule) {
 int deleteRule(int position) {
   StoreLock lock;
   if (!lock || checkEditable(position) != 0) return -1;
-  int left = ruleEntries(*shm) - 1;
-  shiftRules(position + 1, position, left - position);
-  shm->filterTable.ruleCount = left;
+  closeRule(*shm, position);
   tellOfChange();
   return 0;
 }

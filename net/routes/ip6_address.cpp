@@ -4,6 +4,7 @@
 #include "kestrove/iface.h"
 #include "kestrove/ipv6.h"
 #include "kestrove/persistence.h"
+#include "store/address_slots.h"
 #include "store/bounds.h"
 #include "store/fail.h"
 #include "store/interface_names.h"
@@ -36,9 +37,10 @@ void saveOutsideConfigurationMode() {
 
 // Moves an entry to a new value, on the bridge too and in Configuration Mode too: kept on purpose. A bridge that
 // refuses the removal leaves the entry, one that refuses the new value leaves that stored, unsaved.
-int edit(Ip6Address& entry, const Ip6Address& value) {
+int edit(int index, const Ip6Address& value) {
+  const Ip6Address& entry = shm->ip6Address[index];
   if (!onBridge(entry, kDelete)) return -1;
-  entry = value;
+  changeAddress6(*shm, index, value);
   if (!onBridge(entry, kAdd)) return -1;
   saveOutsideConfigurationMode();
   return 0;
@@ -56,7 +58,7 @@ int shm_addIp6(const Ip6Address* entry) {
   if (full()) return fail(SHM_EFULL);
   if (positionOf(entry->address) >= 0) return fail(SHM_EEXIST);
   if (!configurationMode() && !onBridge(*entry, kAdd)) return -1;
-  shm->ip6Address[shm->ip6Count++] = *entry;
+  appendAddress6(*shm, *entry);
   saveOutsideConfigurationMode();
   return 0;
 }
@@ -73,7 +75,7 @@ int shm_editIp6Address(int index, const void* address16) {
   if (position >= 0) return fail(SHM_EEXIST);
   Ip6Address value = shm->ip6Address[index];
   memcpy(value.address, address16, sizeof value.address);
-  return edit(shm->ip6Address[index], value);
+  return edit(index, value);
 }
 
 int shm_editIp6Prefix(int index, uint32_t prefixLength) {
@@ -82,7 +84,7 @@ int shm_editIp6Prefix(int index, uint32_t prefixLength) {
   if (!inRange(index)) return fail(SHM_EINVAL);
   Ip6Address value = shm->ip6Address[index];
   value.prefixLength = prefixLength;
-  return edit(shm->ip6Address[index], value);
+  return edit(index, value);
 }
 
 int removeIp6(const void* address16) {
@@ -91,10 +93,7 @@ int removeIp6(const void* address16) {
   if (!lock) return -1;
   int index = positionOf(address16);
   if (index < 0 || !onBridge(shm->ip6Address[index], kDelete)) return -1;
-  int last = ip6Entries(*shm) - 1;
-  Ip6Address* entry = &shm->ip6Address[index];
-  memmove(entry, entry + 1, static_cast<size_t>(last - index) * sizeof *entry);
-  shm->ip6Count = last;
+  dropAddress6(*shm, index);
   saveOutsideConfigurationMode();
   return 0;
 }

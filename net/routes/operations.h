@@ -5,6 +5,7 @@
 //   Given                    a caller's route: const where the operations leave it alone
 //   list()                   the table as a sorted list
 //   unlink(key)              take the route with that key off the list
+//   replace(key, route)      put another one there instead
 //   acceptable(route)        may it be in the table
 //   install(route)           bring it into the kernel; false when its gateway is not local or the kernel refuses
 //   uninstall(route)         take it out of the kernel; negative when the kernel refuses
@@ -49,11 +50,10 @@ int giveRoute(Record* out, const Record* slot) {
 
 inline bool kernelFollows() { return !configurationMode() && !debugMode(); }
 
-// Puts a route into the table and, where mode and status say so, into the kernel. One that cannot be installed stays
-// as inactive. Nothing is saved.
+// Brings a route that the table took into the kernel, where mode and status say so. One that cannot be installed stays
+// as inactive. Nothing is saved. False when the table did not take it.
 template <typename Family>
-bool placeRoute(typename Family::Given& route) {
-  typename Family::Record* stored = Family::list().insert(route);
+bool settleRoute(typename Family::Record* stored, typename Family::Given& route) {
   if (!stored) return false;
   if (kernelFollows() && stored->status == kRouteActive && !Family::install(route)) stored->status = kRouteInactive;
   return true;
@@ -70,7 +70,7 @@ int addRoute(typename Family::Given* route) {
   StoreLock lock;
   if (!lock) return -1;
   if (!Family::acceptable(*route)) return fail(SHM_EMASK);
-  if (!placeRoute<Family>(*route)) return -1;
+  if (!settleRoute<Family>(Family::list().insert(*route), *route)) return -1;
   if (!configurationMode()) save_shared_memory();
   return 0;
 }
@@ -103,9 +103,8 @@ int replaceMarked(const typename Family::Record& key, typename Family::Given& ro
     old->status = kRouteInactive;
     return fail(SHM_ESYSTEM);
   }
-  Family::unlink(key);
   save.mark();
-  return placeRoute<Family>(route) ? 0 : -1;
+  return settleRoute<Family>(Family::replace(key, route), route) ? 0 : -1;
 }
 
 // When the new route cannot be added, the old one is gone all the same: kept on purpose.

@@ -3,6 +3,7 @@
 #include "net/routes/operations.h"
 #include "net/routes/sorted_list.h"
 #include "store/bounds.h"
+#include "store/route_slots.h"
 #include "store/segment.h"
 
 namespace kestrove {
@@ -14,6 +15,7 @@ constexpr uint32_t kIpv4 = 4;
 // address counts most: kept on purpose, other programs walk the same list.
 struct Order4 {
   using Record = RouteEntry;
+  using Notes = RouteNotes;
   static constexpr uint32_t kSlots = SHM_ROUTES;
   static constexpr uint32_t kEmptyHead = 0;
   static bool before(const RouteEntry& a, const RouteEntry& b) {
@@ -30,9 +32,10 @@ struct Routes4 {
   static constexpr uint32_t kSlots = SHM_ROUTES;
   static SortedList<Order4> list() {
     static uint32_t hint = SHM_NO_SLOT;
-    return {shm->routes.head, shm->routes.slot, hint};
+    return {shm->routes.head, shm->routes.slot, hint, RouteNotes(*shm, Work::kRouteLinking)};
   }
   static void unlink(const RouteEntry& key) { list().unlink(key); }
+  static RouteEntry* replace(const RouteEntry& key, const RouteEntry& route) { return list().replace(key, route); }
   static bool acceptable(const RouteEntry& route) { return validateNetmask(&route.netmask) == 0; }
   static bool install(const RouteEntry& route) {
     return v4AddressIsLocal(route.gateway) >= 0 && addKernelRoute(&route) >= 0;

@@ -5,6 +5,7 @@
 #include "net/routes/sorted_list.h"
 #include "store/bounds.h"
 #include "store/interface_names.h"
+#include "store/route_slots.h"
 #include "store/segment.h"
 
 namespace kestrove {
@@ -15,6 +16,7 @@ constexpr uint32_t kIpv6 = 6;
 // Unlike IPv4, the bytes of the address are compared in their natural order.
 struct Order6 {
   using Record = Route6Entry;
+  using Notes = RouteNotes;
   static constexpr uint32_t kSlots = SHM_ROUTES6;
   static constexpr uint32_t kEmptyHead = SHM_NO_SLOT;
   static bool before(const Route6Entry& a, const Route6Entry& b) {
@@ -32,13 +34,21 @@ struct Routes6 {
   static constexpr uint32_t kSlots = SHM_ROUTES6;
   static SortedList<Order6> list() {
     static uint32_t hint = SHM_NO_SLOT;
-    return {shm->routes6.head6, shm->routes6.slot, hint};
+    return {shm->routes6.head6, shm->routes6.slot, hint, RouteNotes(*shm, Work::kRoute6Linking)};
+  }
+  static void unlink(const Route6Entry& key) {
+    setOtherHeadRight(key);
+    list().unlink(key);
+  }
+  static Route6Entry* replace(const Route6Entry& key, const Route6Entry& route) {
+    setOtherHeadRight(key);
+    return list().replace(key, route);
   }
   // A head word of all ones in the other table is set right when the first IPv6 route leaves: kept on purpose.
-  static void unlink(const Route6Entry& key) {
-    uint32_t first = shm->routes6.head6;
-    list().unlink(key);
-    if (shm->routes6.head6 != first && shm->routes.head == SHM_NO_SLOT) shm->routes.head = 0;
+  static void setOtherHeadRight(const Route6Entry& leaving) {
+    const Route6Entry* first = list().first();
+    bool firstLeaves = first && Order6::same(*first, leaving);
+    if (firstLeaves && shm->routes.head == SHM_NO_SLOT) shm->routes.head = 0;
   }
   static bool acceptable(const Route6Entry&) { return true; }
   // The name goes into the caller's record alone: the stored route keeps the one it was given.

@@ -5,6 +5,10 @@
 //   kSlots                   how many slots the table has
 //   kEmptyHead               what head becomes when the last record leaves
 //   before(a, b), same(a, b) list order and equality of the keys
+//   Notes                    told which slots change before they do: linking, unlinking, swapping, done
+//
+// A record is whole before the chain leads to it, and stays in its slot until the chain has left it: a death between
+// two stores is made good by asking which of the slots named last the chain reaches.
 //
 // The table is shared with other programs, so no slot number in it is trusted: one outside the table ends the list, and
 // no walk takes more steps than there are slots.
@@ -14,6 +18,7 @@
 
 #include "kestrove/layout.h"
 #include "store/fail.h"
+#include "store/journal.h"
 
 namespace kestrove {
 
@@ -21,10 +26,12 @@ template <typename Order>
 class SortedList {
  public:
   using Record = typename Order::Record;
+  using Notes = typename Order::Notes;
 
   // The hint is a slot number that the process keeps between calls, any at first. Walks leave in it the slot before
   // the place they found, and long ones start there when it still stands before the place they look for.
-  SortedList(uint32_t& head, Record* slots, uint32_t& hint) : head_(head), slots_(slots), hint_(hint) {}
+  SortedList(uint32_t& head, Record* slots, uint32_t& hint, Notes notes)
+      : head_(head), slots_(slots), hint_(hint), notes_(notes) {}
 
   // Null when the list is empty.
   Record* first() { return at(firstSlot()); }
@@ -46,21 +53,39 @@ class SortedList {
     uint32_t free = lowestFree();
     if (free == Order::kSlots) return refuse(SHM_EFULL);
     if (firstSlot() == kNone) return start(record, free);
-    Record* place = walk(record, [&](const Record& slot) { return !used(slot) || !Order::before(slot, record); });
+    Record* place = placeOf(record, nullptr);
     if (endless_) return refuse(SHM_ESYSTEM);
-    if (place && used(*place) && Order::same(*place, record)) return refuse(SHM_EEXIST);
-    fill(slots_[free], record, place && used(*place) ? slotOf(*place) : kNone);
-    previousLink() = free;
+    if (taken(place, record)) return refuse(SHM_EEXIST);
+    notes_.linking(free);
+    link(free, record, place);
+    notes_.done();
     return &slots_[free];
+  }
+
+  // Unlinks the record with that key and inserts another one, which is refused as by an insert of its own; then the old
+  // one is gone all the same. At every instant one of the two is on the list: the new one takes another free slot
+  // first, and moves where an insert would have put it. A full table has no such slot: a death can lose the record.
+  Record* replace(const Record& key, const Record& record) {
+    Record* old = walk(key, [&](const Record& slot) { return Order::same(slot, key); });
+    uint32_t free = lowestFree();
+    Record* place = old && free != Order::kSlots ? placeOf(record, old) : nullptr;
+    if (!old || free == Order::kSlots || endless_ || taken(place, record)) {
+      unlink(key);
+      return insert(record);
+    }
+    uint32_t left = slotOf(*old);
+    swap(free, left, record, place);
+    if (left < free) swap(left, free, slots_[free], placeOf(slots_[free], nullptr));
+    return &slots_[left < free ? left : free];
   }
 
   // Takes the record with that key off the list. False with the code when there is none.
   bool unlink(const Record& key) {
     Record* record = walk(key, [&](const Record& slot) { return Order::same(slot, key); });
     if (!record) return refuse(SHM_ENOENT) != nullptr;
-    bool becomesEmpty = previous_ == kNone && record->next == kNone;
-    previousLink() = becomesEmpty ? Order::kEmptyHead : record->next;
-    record->inUse = SHM_NO_SLOT;
+    notes_.unlinking(slotOf(*record));
+    leave(*record);
+    notes_.done();
     return true;
   }
 
@@ -83,9 +108,50 @@ class SortedList {
   }
 
   static void fill(Record& slot, const Record& record, uint32_t next) {
-    slot = record;
+    Record filled = record;
+    filled.inUse = SHM_NO_SLOT;
+    filled.next = next;
+    slot = filled;
+    keepOrder();
     slot.inUse = kUsed;
-    slot.next = next;
+    keepOrder();
+  }
+
+  // Where a record is to stand, that it may stand behind or in place of the passed one.
+  Record* placeOf(const Record& record, const Record* passed) {
+    return walk(record,
+                [&](const Record& slot) { return &slot != passed && (!used(slot) || !Order::before(slot, record)); });
+  }
+
+  bool taken(const Record* place, const Record& record) const {
+    return place && used(*place) && Order::same(*place, record);
+  }
+
+  // Behind a walk to the place.
+  void swap(uint32_t slot, uint32_t old, const Record& record, const Record* place) {
+    notes_.swapping(slot, old);
+    link(slot, record, place);
+    if (place == &slots_[old]) {
+      previous_ = slot;
+    } else {
+      walk(slots_[old], [&](const Record& candidate) { return &candidate == &slots_[old]; });
+    }
+    leave(slots_[old]);
+    notes_.done();
+  }
+
+  // Both behind a walk, which knows the link.
+  void link(uint32_t slot, const Record& record, const Record* place) {
+    fill(slots_[slot], record, place && used(*place) ? slotOf(*place) : kNone);
+    previousLink() = slot;
+    keepOrder();
+  }
+
+  void leave(Record& record) {
+    bool becomesEmpty = previous_ == kNone && record.next == kNone;
+    previousLink() = becomesEmpty ? Order::kEmptyHead : record.next;
+    keepOrder();
+    record.inUse = SHM_NO_SLOT;
   }
 
   uint32_t lowestFree() const {
@@ -132,6 +198,7 @@ class SortedList {
   uint32_t& head_;
   Record* slots_;
   uint32_t& hint_;
+  Notes notes_;
   uint32_t previous_ = kNone;
   bool endless_ = false;
 };

@@ -21,10 +21,18 @@ struct Toy {
   uint32_t next;
 };
 
+struct NoNotes {
+  void linking(uint32_t) {}
+  void unlinking(uint32_t) {}
+  void swapping(uint32_t, uint32_t) {}
+  void done() {}
+};
+
 // Ascending keys.
 template <uint32_t Slots, uint32_t EmptyHead>
 struct ToyOrder {
   using Record = Toy;
+  using Notes = NoNotes;
   static constexpr uint32_t kSlots = Slots;
   static constexpr uint32_t kEmptyHead = EmptyHead;
   static bool before(const Toy& a, const Toy& b) { return a.key < b.key; }
@@ -38,7 +46,7 @@ struct ToyTable {
   ToyTable() {
     for (Toy& toy : slot) toy = {0, ' ', kNone, kNone};
   }
-  SortedList<ToyOrder<Slots, EmptyHead>> list() { return {head, slot, hint}; }
+  SortedList<ToyOrder<Slots, EmptyHead>> list() { return {head, slot, hint, {}}; }
 
   bool add(int key, char colour = 'w') { return list().insert({key, colour, 77, 77}) != nullptr; }
   bool remove(int key) { return list().unlink({key, ' ', 0, 0}); }
