@@ -17,22 +17,23 @@ std::string_view fieldView(const char (&field)[N]) {
   return {field, fieldLength(field)};
 }
 
-// Copies a field into a buffer and terminates it, cutting what does not fit.
+// Copies a field into a buffer, which may lie over it, and terminates it, cutting what does not fit.
 template <size_t N>
 void copyField(char* buffer, size_t size, const char (&field)[N]) {
   if (size == 0) return;
   size_t length = fieldLength(field);
   if (length > size - 1) length = size - 1;
-  memcpy(buffer, field, length);
+  memmove(buffer, field, length);
   buffer[length] = '\0';
 }
 
-// Fills a field from a text: cut to at most limit characters, the rest of the limit zeroed (as strncpy does).
+// Fills a field from a text, which may stand in the field itself: cut to at most limit characters, the rest of the
+// limit zeroed (as strncpy does).
 template <size_t N>
 void setField(char (&field)[N], const char* text, size_t limit = N) {
   size_t width = limit < N ? limit : N;
   size_t length = strnlen(text, width);
-  memcpy(field, text, length);
+  memmove(field, text, length);
   memset(field + length, 0, width - length);
 }
 

@@ -1,16 +1,12 @@
 #include "store/undo_account.h"
 
 #include "kestrove/persistence.h"
-#include "kestrove/users.h"
 #include "store/accounts.h"
-#include "store/lock.h"
 
 namespace kestrove {
 
-void undoAccount(const char* name) {
-  if (removeUser(name) != 0) return;
-  StoreLock lock;
-  int slot = lock ? findLastAccount(name) : -1;
+void undoAccount(std::string_view name) {
+  int slot = findLastAccount(name);
   if (slot < 0) return;
   dropAccount(slot);
   save_shared_memory();

@@ -1,10 +1,12 @@
 // Taking back an account whose password could not be added.
 #pragma once
 
+#include <string_view>
+
 namespace kestrove {
 
-// removeUser, which knows nobody who is not in the password file; an account that has no line there yet is taken off
-// the table by itself, and the table saved. Takes the lock.
-void undoAccount(const char* name);
+// Takes the last account of that name off the table and saves. The password file is left alone: a password that could
+// not be added has no line there, and a line that was there before is the machine's own. Under the store lock.
+void undoAccount(std::string_view name);
 
 }  // namespace kestrove

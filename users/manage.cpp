@@ -52,10 +52,14 @@ int shm_addUser(const UserAccount* account) {
   return 0;
 }
 
-int addUser(const UserAccount* account, const char* password) {
-  if (!account) return fail(SHM_EINVAL);
-  if (checkName(accountName(*account)) != 0 || shm_addUser(account) != 0) return -1;
-  AccountName name(*account);
+// The account is copied first: it may be one of the table itself.
+int addUser(const UserAccount* given, const char* password) {
+  if (!given) return fail(SHM_EINVAL);
+  UserAccount account = *given;
+  if (checkName(accountName(account)) != 0) return -1;
+  StoreLock lock;
+  if (!lock || shm_addUser(&account) != 0) return -1;
+  AccountName name(account);
   if (!password) return 0;
   if (validatePasswordComplexity(password, nullptr) == 0 && addPassword(name.text, password) == 0) return 0;
   uint32_t code = shm_errno;
@@ -82,8 +86,9 @@ int removeUser(const char* name) {
     shm_errno = SHM_ENOUSER;
     return 0;
   }
+  AccountName own(shm->config.users[slot]);  // the name given may stand in the table, which moves up now
   dropAccount(slot);
-  if (removePasswordLines(name) != 0) return -1;
+  if (removePasswordLines(own.text) != 0) return -1;
   persist();
   return 1;
 }

@@ -1,7 +1,6 @@
 #include "users/password_file.h"
 
 #include <pwd.h>
-#include <shadow.h>
 #include <stdio_ext.h>
 #include <stdlib.h>
 #include <syslog.h>
@@ -11,27 +10,12 @@
 #include "sys/replace.h"
 #include "sys/stream.h"
 #include "users/kept_lines.h"
+#include "users/system_lock.h"
 
 namespace kestrove {
 namespace {
 
 constexpr char kPasswordFile[] = "/etc/passwd";
-
-// Keeps the system's own tools out. The work goes on without it: the appliance must be able to part with a user.
-class PasswordFileLock {
- public:
-  PasswordFileLock() : held_(lckpwdf() == 0) {
-    if (!held_) syslog(LOG_WARNING, "%s cannot be locked: %m", kPasswordFile);
-  }
-  ~PasswordFileLock() {
-    if (held_) ulckpwdf();
-  }
-  PasswordFileLock(const PasswordFileLock&) = delete;
-  PasswordFileLock& operator=(const PasswordFileLock&) = delete;
-
- private:
-  bool held_;
-};
 
 uid_t freeUserNumber() {
   uid_t number = 0;
@@ -69,13 +53,13 @@ int appendPasswordLine(const char* name, const char* hash) {
   entry.pw_gecos = text("");
   entry.pw_dir = text("/root");
   entry.pw_shell = text("/usr/bin/serialUi.sh");
-  PasswordFileLock lock;
+  SystemPasswordLock lock;
   sys::Stream file(fopen(kPasswordFile, "a+e"));
   return file && append(file.get(), entry) ? 0 : fail(SHM_EOPEN);
 }
 
 int removePasswordLines(std::string_view name) {
-  PasswordFileLock lock;
+  SystemPasswordLock lock;
   KeptLines kept;
   sys::Stream file(fopen(kPasswordFile, "re"));
   if (!file || !kept.gather(file.get(), name)) return fail(SHM_EOPEN);

@@ -5,7 +5,9 @@
    with a code in shm_errno. A null name, account, password that is needed, or output: SHM_EINVAL, nothing changed.
 
    None logs an event, signals the engine or touches the kernel. Those that change the table save the store, but for
-   Configuration Mode; a failed save changes no result. */
+   Configuration Mode; a failed save changes no result and leaves its code. Those that change /etc/passwd ask for the
+   system's own lock of that file (/etc/.pwd.lock) for at most a second; without it they go on, with a warning in
+   syslog. */
 #ifndef KESTROVE_USERS_H
 #define KESTROVE_USERS_H
 
@@ -17,27 +19,32 @@ extern "C" {
 
 /* 1 when the name is in the password database, the table has an account whose name begins with it, and the password is
    the right one; a null or empty password is not compared, the question is then only whether the user exists. shm_errno
-   becomes 0. Otherwise 0: SHM_ENOUSER not in one of the two places, SHM_EPASSWORD wrong password. */
+   becomes 0. Otherwise 0: SHM_ENOUSER not in one of the two places, SHM_EPASSWORD wrong password. A wrong password goes
+   to syslog at debug priority, as it was typed. */
 KESTROVE_API int authenticateUser(const char* name, const char* password);
 
 /* Adds an account with a name of 5 to 31 letters and digits to the table and, when a password is given, checks that for
-   complexity and appends the line to /etc/passwd; when one of these two fails the account is taken off again.
-   SHM_EINVAL: another character in the name. SHM_ERANGE: length of the name. SHM_EFULL: five users. SHM_EEXIST: the
-   user exists. The codes of validatePasswordComplexity and addPassword. */
+   complexity and appends the line to /etc/passwd; when one of these two fails the account is taken off the table again,
+   and a line that the machine has for that name stays. The name is checked before the lock is taken; all else is one
+   operation under it. SHM_EINVAL: another character in the name. SHM_ERANGE: length of the name. SHM_EFULL: five users.
+   SHM_EEXIST: the user exists. The codes of validatePasswordComplexity and addPassword. */
 KESTROVE_API int addUser(const UserAccount* account, const char* password);
 
-/* Adds an account to the table alone, its name unchecked. SHM_EFULL, SHM_EEXIST. */
+/* Adds an account to the table alone, its name unchecked: one that no row of the configuration file can carry is gone
+   with the next start. SHM_EFULL, SHM_EEXIST. */
 KESTROVE_API int shm_addUser(const UserAccount* account);
 
 /* Appends a line for the name to /etc/passwd: the hash, a random free user number, group 0, home /root, shell
-   /usr/bin/serialUi.sh. The table is not looked at. SHM_EOPEN: the file cannot be opened or written, it is as it was;
-   SHM_ESYSTEM: the password cannot be hashed. */
+   /usr/bin/serialUi.sh. An unfinished last line is completed first. The table is not looked at. SHM_EOPEN: the file
+   cannot be opened or written, or the name has a colon or a line feed; the file is as it was. SHM_ESYSTEM: the password
+   cannot be hashed. */
 KESTROVE_API int addPassword(const char* name, const char* password);
 
 /* Removes the account from the table and all its lines from /etc/passwd; gives 1. The file is replaced whole, an
-   unfinished last line is lost. 0 when there is no such user (SHM_ENOUSER, nothing changed). -1 with SHM_EOPEN when the
-   file cannot be read or written or what stays takes more than 1 MiB: the file is as it was, the account is gone from
-   the table and the store is not saved. */
+   unfinished last line is lost. An entry behind the accounts in use is emptied alone. 0 when the password database does
+   not know the name or the table has no account of exactly that name (SHM_ENOUSER, nothing changed). -1 with SHM_EOPEN
+   when the file cannot be read or written or what stays takes more than 1 MiB: the file is as it was, the account is
+   gone from the table and the store is not saved. The name may be that of the table itself. */
 KESTROVE_API int removeUser(const char* name);
 
 /* Copies the account of exactly that name, the last one of several. -1 without a code when there is none. */

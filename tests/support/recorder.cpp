@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <string_view>
@@ -105,6 +106,13 @@ void answer(const std::string& program, const std::string& output, int status) {
   const std::string base = std::string(sandbox::kAnswers) + "/" + program;
   writeFile(base + ".out", output);
   writeFile(base + ".status", std::to_string(status));
+}
+
+void perform(const std::string& program, const std::string& script) {
+  for (const char* part : {".out", ".status"}) unlink((std::string(sandbox::kAnswers) + "/" + program + part).c_str());
+  const std::string path = std::string(sandbox::kRealPrograms) + "/" + program;
+  writeFile(path, "#!/bin/sh\n" + script + "\n");
+  ASSERT_EQ(0, chmod(path.c_str(), 0755));
 }
 
 }  // namespace kestrove::testing

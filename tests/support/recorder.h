@@ -22,4 +22,7 @@ void clearRecords();
 // From now on the recorded program of that base name prints the text and exits with the status.
 void answer(const std::string& program, const std::string& output, int status = 0);
 
+// From now on it runs this shell script instead.
+void perform(const std::string& program, const std::string& script);
+
 }  // namespace kestrove::testing

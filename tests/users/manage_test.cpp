@@ -150,6 +150,47 @@ TEST_F(ManageTest, UndoingTakesTheNewAccountOffNotAnOlderOneOfThatName) {
   EXPECT_EQ(1, getAdminUserCount());
 }
 
+TEST_F(ManageTest, UndoingLeavesTheMachinesOwnLineOfThatName) {
+  const std::string file = std::string(kSystemLines) + "nobody:*:65534:65534::/:/bin/false\n";
+  writeFile(kPasswd, file);
+  UserAccount nobody = accountNamed("nobody");
+  EXPECT_FAILS_WITH(SHM_ERANGE, addUser(&nobody, "weak"));
+  EXPECT_EQ(file, readFile(kPasswd));
+  EXPECT_EQ(0, getUserCount());
+  EXPECT_EQ(std::string::npos, readFile(kConfigFile).find("nobody"));
+}
+
+TEST_F(ManageTest, AccountOfTheTableItselfIsAnAccountLikeAnother) {
+  fillWith({accountNamed("alice", 1), accountNamed("bobby")});
+  EXPECT_EQ(0, addUser(&shm->config.users[0], nullptr));  // not in the password database: no account exists
+  shm->config.users[4] = accountNamed("carol", 1);
+  EXPECT_EQ(0, shm_addUser(&shm->config.users[4]));
+  EXPECT_THAT(slots(), ElementsAre("alice", "bobby", "alice", "carol", "carol"));
+  EXPECT_EQ(3, getAdminUserCount());
+  EXPECT_FAILS_WITH(SHM_ERANGE, addUser(&shm->config.users[1], "weak"));
+  EXPECT_THAT(slots(), ElementsAre("alice", "bobby", "alice", "carol", ""));
+}
+
+TEST_F(ManageTest, TextsOfTheStoreAsNameAndPassword) {
+  fillWith({accountNamed("alice")});
+  strcpy(shm->oldAdminPassword, kGoodPassword);
+  EXPECT_EQ(0, addPassword(shm->config.users[0].username, shm->oldAdminPassword));
+  EXPECT_EQ(1, authenticateUser(shm->config.users[0].username, shm->oldAdminPassword));
+  EXPECT_FAILS_WITH(SHM_EPASSWORD, validatePasswordComplexity(shm->oldAdminPassword, shm->oldAdminPassword));
+  EXPECT_EQ(0, encryptPasswd(shm->oldAdminPassword, shm->config.sysName));
+  EXPECT_STREQ(kGoodHash, shm->config.sysName);
+  EXPECT_EQ(0, getUserPassword(shm->config.users[0].username, shm->config.sysLocation));
+  EXPECT_STREQ(kGoodHash, shm->config.sysLocation);
+  fillWith({accountNamed("alice", 1), accountNamed("bobby")});
+  EXPECT_EQ(0, getUserAccount(shm->config.users[1].username, &shm->config.users[0]));
+  EXPECT_THAT(slots(), ElementsAre("bobby", "bobby", "", "", ""));
+  EXPECT_EQ(0, getUserTableEntry(1, &shm->config.users[1]));
+  EXPECT_THAT(slots(), ElementsAre("bobby", "bobby", "", "", ""));
+  setenv("USER", "bobby", 1);
+  EXPECT_EQ(0, getCurrentUser(&shm->config.users[2]));
+  EXPECT_THAT(slots(), ElementsAre("bobby", "bobby", "bobby", "", ""));
+}
+
 TEST_F(ManageTest, UnwritablePasswordFileUndoesTheAccount) {
   unlink(kPasswd);
   mkdir(kPasswd, 0755);
@@ -210,6 +251,16 @@ TEST_F(RemoveTest, GapIsClosed) {
   EXPECT_THAT(slots(), ElementsAre("user1", "user3", "user4", "", ""));
   EXPECT_EQ(3, getUserCount());
   EXPECT_EQ(0, getAdminUserCount());
+}
+
+// The name moves away under the caller's pointer while the account is removed.
+TEST_F(RemoveTest, NameInTheTableRemovesThatUserAlone) {
+  fillWith({accountNamed("user1"), accountNamed("user2"), accountNamed("user3")});
+  EXPECT_EQ(1, removeUser(shm->config.users[0].username));
+  EXPECT_THAT(slots(), ElementsAre("user2", "user3", "", "", ""));
+  EXPECT_EQ(kSystemLines + lineOf("user2") + lineOf("user3") + lineOf("user4") + lineOf("user5"), readFile(kPasswd));
+  EXPECT_EQ(1, removeUser(shm->config.users[1].username));
+  EXPECT_EQ(kSystemLines + lineOf("user2") + lineOf("user4") + lineOf("user5"), readFile(kPasswd));
 }
 
 TEST_F(RemoveTest, SlotJustPastTheUsersMovesDown) {

@@ -2,9 +2,11 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <shadow.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 
+#include "tests/support/peer.h"
 #include "tests/support/syslog.h"
 #include "tests/users/users_fixture.h"
 
@@ -191,6 +193,45 @@ TEST_F(PasswordFileTest, LockThatCannotBeTakenIsAWarning) {
   EXPECT_EQ(0, addPassword("bobby", kGoodPassword));
   EXPECT_THAT(syslogLines(), Contains(HasSubstr("warning: /etc/passwd cannot be locked: ")).Times(2));
   rmdir("/etc/.pwd.lock");
+}
+
+// As the system's own tools take it, for longer than anybody waits.
+class SystemTool {
+ public:
+  SystemTool()
+      : peer_([](const Peer::Line& line) {
+          line.say(lckpwdf() == 0 ? 'y' : 'n');
+          return line.hear();
+        }) {
+    EXPECT_EQ('y', peer_.line().hear());
+  }
+
+ private:
+  Peer peer_;
+};
+
+TEST_F(PasswordFileTest, LockOfTheSystemsToolsIsAskedForAMomentOnlyAndKeepsTheCallersAlarm) {
+  writeFile(kPasswd, kSystemLines + lineOf("alice"));
+  SystemTool tool;
+  alarm(1000);
+  time_t begun = time(nullptr);
+  EXPECT_EQ(1, removeUser("alice"));
+  EXPECT_EQ(0, addPassword("bobby", kGoodPassword));
+  EXPECT_LE(time(nullptr), begun + 3);
+  EXPECT_GT(alarm(0), 900u);
+  EXPECT_THAT(syslogLines(), Contains(HasSubstr("warning: /etc/passwd cannot be locked: ")).Times(2));
+}
+
+TEST_F(PasswordFileTest, LockOfTheSystemsToolsIsWaitedForWhenItIsGivenBackSoon) {
+  Peer tool([](const Peer::Line& line) {
+    line.say(lckpwdf() == 0 ? 'y' : 'n');
+    usleep(300000);
+    return ulckpwdf();
+  });
+  ASSERT_EQ('y', tool.line().hear());
+  EXPECT_EQ(0, addPassword("bobby", kGoodPassword));
+  EXPECT_EQ(0, tool.join());
+  EXPECT_THAT(syslogLines(), Not(Contains(HasSubstr("cannot be locked"))));
 }
 
 TEST_F(PasswordFileTest, LockIsGivenBack) {
