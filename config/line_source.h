@@ -2,6 +2,7 @@
 #pragma once
 
 #include <stddef.h>
+#include <string.h>
 
 namespace kestrove {
 
@@ -13,6 +14,7 @@ class LineSource {
   static constexpr size_t kLongestLine = 510;
 
   explicit LineSource(int fd) : fd_(fd) {}
+  ~LineSource() { explicit_bzero(buffer_, sizeof buffer_); }  // a password may stand in a file
   LineSource(const LineSource&) = delete;
   LineSource& operator=(const LineSource&) = delete;
 

@@ -7,6 +7,7 @@
 #include "kestrove/persistence.h"
 #include "kestrove/system.h"
 #include "kestrove/users.h"
+#include "store/accounts.h"
 #include "store/fail.h"
 #include "store/lock.h"
 #include "store/text.h"
@@ -22,12 +23,15 @@ constexpr const char* kAgentFiles[] = {"/var/config/snmpd.conf", "/var/net-snmp/
 
 enum class Accounts { kRemove, kKeep };
 
+// An account without a password line, which removeUser does not know, leaves the table by itself.
 bool removeFirstUser() {
   UserAccount account;
   if (getUserTableEntry(0, &account) != 0) return false;
   char name[sizeof account.username + 1];
   copyField(name, sizeof name, account.username);
-  return removeUser(name) == 1;
+  int removed = removeUser(name);
+  if (removed == 0) dropAccount(0);
+  return removed >= 0;
 }
 
 // A count beyond the table is damage; it does not keep the reset busy.

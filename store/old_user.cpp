@@ -1,21 +1,36 @@
 // One-time move of an administrator account named by old configuration keys.
+#include <fcntl.h>
 #include <stdio.h>
 #include <string.h>
+#include <syslog.h>
+#include <unistd.h>
 
 #include "kestrove/persistence.h"
 #include "kestrove/users.h"
 #include "store/lock.h"
 #include "store/text.h"
 #include "store/undo_account.h"
-#include "sys/stream.h"
+#include "sys/descriptor.h"
+#include "sys/repeated.h"
 
 namespace kestrove {
 namespace {
 
 constexpr char kConfigFile[] = "/etc/config/kestrove.conf";
-constexpr char kRowFormat[] = "%-25s %s\n";
+constexpr mode_t kFileMode = 0666;
+constexpr char kRows[] = "%s%-25s %.*s\n%-25s %.*s\n";
+constexpr size_t kLongestRows = 160;
 
+// The account as the keys name it. The password is plain text and leaves no trace on the stack.
 struct OldUser {
+  OldUser() {
+    copyField(name, sizeof name, shm->oldAdminUsername);
+    copyField(password, sizeof password, shm->oldAdminPassword);
+  }
+  ~OldUser() { explicit_bzero(password, sizeof password); }
+  OldUser(const OldUser&) = delete;
+  OldUser& operator=(const OldUser&) = delete;
+
   char name[sizeof(ShmData::oldAdminUsername) + 1];
   char password[sizeof(ShmData::oldAdminPassword) + 1];
 };
@@ -27,7 +42,7 @@ int addToTable(const OldUser& user) {
   return shm_addUser(&account);
 }
 
-// A name that the table refuses is removed all the same, somebody else's account too: kept on purpose, the next start
+// A name that the table refuses is removed all the same, an account of that name too: kept on purpose, the next start
 // then finds room for it. The code that counts is that of the first failure.
 int createAccount(const OldUser& user) {
   int added = addToTable(user);
@@ -43,12 +58,27 @@ int createAccount(const OldUser& user) {
   return result;
 }
 
-// The next start finds the keys again.
+bool unfinished(int file) {
+  off_t size = lseek(file, 0, SEEK_END);
+  char last = '\n';
+  return size > 0 && pread(file, &last, 1, size - 1) == 1 && last != '\n';
+}
+
+// What a line can hold of a text.
+int lineLength(const char* text) { return static_cast<int>(strcspn(text, "\n")); }
+
+// The next start finds the keys again, on lines of their own. Through no stream, whose buffer would keep the password.
 void keepForNextStart(const OldUser& user) {
-  sys::Stream file(fopen(kConfigFile, "ae"));
+  sys::Descriptor file(open(kConfigFile, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, kFileMode));
   if (!file) return;
-  fprintf(file.get(), kRowFormat, "ADMIN_USERNAME", user.name);
-  fprintf(file.get(), kRowFormat, "ADMIN_PASSWORD", user.password);
+  char rows[kLongestRows];
+  int length = snprintf(rows, sizeof rows, kRows, unfinished(file.get()) ? "\n" : "", "ADMIN_USERNAME",
+                        lineLength(user.name), user.name, "ADMIN_PASSWORD", lineLength(user.password), user.password);
+  auto size = static_cast<size_t>(length);
+  if (sys::repeated([&] { return write(file.get(), rows, size); }) != length) {
+    syslog(LOG_ERR, "Error writing %s: %m", kConfigFile);
+  }
+  explicit_bzero(rows, sizeof rows);
 }
 
 }  // namespace
@@ -56,16 +86,17 @@ void keepForNextStart(const OldUser& user) {
 
 using namespace kestrove;
 
+// Once the account exists, its plain password has no place in the store any more; until then the store keeps it.
 int addOldUser(void) {
+  StoreLock lock;
+  if (!lock) return -1;
   OldUser user;
-  {
-    StoreLock lock;
-    if (!lock) return -1;
-    copyField(user.name, sizeof user.name, shm->oldAdminUsername);
-    copyField(user.password, sizeof user.password, shm->oldAdminPassword);
-  }
   if (!*user.name || !*user.password) return 0;
   int result = createAccount(user);
-  if (result < 0) keepForNextStart(user);
+  if (result < 0) {
+    keepForNextStart(user);
+  } else {
+    explicit_bzero(shm->oldAdminPassword, sizeof shm->oldAdminPassword);
+  }
   return result;
 }

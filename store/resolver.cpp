@@ -97,13 +97,11 @@ int neighb_mac(int count, const char* ifname, const char* ip, char* dst) {
 int removeResolvConf(void) { return unlink(kResolverFile); }
 
 int changeDnsServerIp(uint32_t addr) {
+  StoreLock lock;
+  if (!lock) return -1;
   OpModeContext context = {};
-  {
-    StoreLock lock;
-    if (!lock) return -1;
-    context.mode = shm->config.opModeState;
-    context.l7Mode = shm->config.opModeSubState;
-  }
+  context.mode = shm->config.opModeState;
+  context.l7Mode = shm->config.opModeSubState;
   if (writeNameServer(addr) != 0) return -1;
   OpModeState(kEventDnsChange, &context);
   return 0;

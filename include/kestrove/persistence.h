@@ -45,17 +45,22 @@ KESTROVE_API int write_shared_memory(void);
 /* As write_shared_memory, but does nothing and gives 0 in Configuration Mode. */
 KESTROVE_API int save_shared_memory(void);
 
-/* Moves the administrator account of the old keys ADMIN_USERNAME and ADMIN_PASSWORD, when both were in the
-   configuration file, to the accounts of today. 0; or a negative result with the code of the account operation that
-   failed: the account is then removed again and both keys are appended to /etc/config/kestrove.conf for the next start.
-   Takes the lock, saves, changes /etc/passwd. */
+/* Moves the administrator account of the old keys ADMIN_USERNAME and ADMIN_PASSWORD, when the store holds both, to the
+   accounts of today; neither is checked as addUser does. The password is wiped from the store once the account exists.
+   0, also without the keys; or a negative result with the code of the account operation that failed. Both keys are then
+   appended to /etc/config/kestrove.conf, up to a line feed in them, for the next start, unless that file cannot be
+   opened. An account that was added without its password is taken off the table again; where the table refused the
+   name, removeUser is called for it, so that an older account of exactly that name goes, too.
+   Takes the lock from beginning to end, saves, changes /etc/passwd. */
 KESTROVE_API int addOldUser(void);
 
 /* Factory reset on behalf of source and user: switches event logging off (item 36) and clears the event log, enters
-   Configuration Mode, removes all user accounts, the state of the SNMP agent, the configured marker, the event log file
-   and the configuration file, and puts the backup beside the configuration file (its name with ".bak") in its place.
-   0, and the store lock stays counted in the calling process, which is to restart the appliance next. -1 with the
-   lock's code, or with code 2 as soon as something cannot be removed; the lock is then released. */
+   Configuration Mode, removes all user accounts (those without a line in /etc/passwd from the table alone), the state
+   of the SNMP agent, the configured marker, the event log file and the configuration file, and puts the backup beside
+   the configuration file (its name with ".bak") in its place; a missing backup is no failure. 0, and the store lock
+   stays counted in the calling process, which is to restart the appliance next. -1 with the lock's code, or with code 2
+   as soon as something cannot be removed; the lock is then released, and the store stays in Configuration Mode with
+   logging off. */
 KESTROVE_API int restoreFactoryDefaults(uint32_t source, const char* user);
 
 /* As restoreFactoryDefaults, but keeps the user accounts and the configured marker. */

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string.h>
+#include <sys/mount.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -143,18 +144,34 @@ TEST_F(FactoryReset, MissingConfigurationFileEndsIt) {
 }
 
 TEST_F(FactoryReset, AccountThatCannotBeRemovedEndsIt) {
-  strcpy(shm->config.users[0].username, "nobody-knows");
-  strcpy(shm->config.users[1].username, "nobody-knows-either");
-  ASSERT_EQ(0, rename("/etc/passwd", "/etc/passwd.away"));
+  ASSERT_EQ(0, mount("/etc/passwd", "/etc/passwd", nullptr, MS_BIND, nullptr));
+  ASSERT_EQ(0, mount(nullptr, "/etc/passwd", nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr));
   expectFailure(restoreFactoryDefaults);
-  rename("/etc/passwd.away", "/etc/passwd");
+  umount2("/etc/passwd", MNT_DETACH);
   for (const char* path : kAgentFiles) EXPECT_TRUE(fileExists(path));
+}
+
+TEST_F(FactoryReset, AccountsWithoutAPasswordLineAreNoHindrance) {
+  UserAccount account = {};
+  for (const char* name : {"third", "nobody-knows", "fifth"}) {
+    strcpy(account.username, name);
+    ASSERT_EQ(0, shm_addUser(&account));
+  }
+  EXPECT_EQ(0, restoreFactoryDefaults(2, "op"));
+  EXPECT_EQ(0, shm->config.userCount);
+  EXPECT_EQ(0, shm->config.adminUserCount);
+  for (const UserAccount& user : shm->config.users) EXPECT_STREQ("", user.username);
+  EXPECT_THAT(readFile("/etc/passwd"), Not(::testing::HasSubstr("first:")));
 }
 
 TEST_F(FactoryReset, CountBeyondTheTableDoesNotKeepItBusy) {
   for (int32_t count : {6, 1000, INT32_MAX}) {
     shm->config.userCount = count;
-    expectFailure(restoreFactoryDefaults);
+    writeFile(kEventLog, "");
+    writeFile(kConfig, "");
+    EXPECT_EQ(0, restoreFactoryDefaults(2, "op"));
+    EXPECT_EQ(0, shm->config.userCount);
+    shm_lock_count = 0;
   }
 }
 

@@ -1,12 +1,15 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/memory.h"
 #include "tests/support/store.h"
 
 using namespace kestrove::testing;
@@ -102,6 +105,69 @@ TEST_F(OldUser, KeysGoToTheFixedFileWhateverTheStoresOwnIs) {
   EXPECT_EQ(-1, addOldUser());
   EXPECT_EQ(kKeys, readFile(kConfig));
   EXPECT_THAT(readFile("/etc/config/other.conf"), Not(HasSubstr("ADMIN_")));
+}
+
+TEST_F(OldUser, KeysStandOnLinesOfTheirOwnBehindAnUnfinishedOne) {
+  shm->config.userCount = SHM_USERS;
+  name("boss", "Secret-12");
+  for (const char* text : {"", "LAN_MTU 1500\n"}) {
+    writeFile(kConfig, text);
+    EXPECT_EQ(-1, addOldUser());
+    EXPECT_EQ(std::string(text) + kKeys, readFile(kConfig));
+  }
+  writeFile(kConfig, "LAN_MTU 1500");
+  EXPECT_EQ(-1, addOldUser());
+  EXPECT_EQ(std::string("LAN_MTU 1500\n") + kKeys, readFile(kConfig));
+}
+
+TEST_F(OldUser, KeysWithALineFeedAreWrittenUpToIt) {
+  shm->config.userCount = SHM_USERS;
+  name("boss\nSSHD 1", "Secret-12\nSSHD 1");
+  EXPECT_EQ(-1, addOldUser());
+  EXPECT_EQ(kKeys, readFile(kConfig));
+}
+
+TEST_F(OldUser, MachinesOwnLineOfThatNameStays) {
+  std::string file = readFile("/etc/passwd");
+  writeFile("/etc/passwd", file + "boss:x:7:7::/:/bin/false\n");
+  ASSERT_EQ(0, mount("/etc/passwd", "/etc/passwd", nullptr, MS_BIND, nullptr));
+  ASSERT_EQ(0, mount(nullptr, "/etc/passwd", nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr));
+  name("boss", "Secret-12");
+  EXPECT_FAILS_WITH(SHM_EOPEN, addOldUser());
+  umount2("/etc/passwd", MNT_DETACH);
+  EXPECT_EQ(0, shm->config.userCount);
+  EXPECT_EQ(file + "boss:x:7:7::/:/bin/false\n", readFile("/etc/passwd"));
+}
+
+// Written past every buffer of this process.
+constexpr char kZebraKeys[] = "ADMIN_USERNAME boss\nADMIN_PASSWORD Zebra7?stripes\n";
+
+void writeZebraKeys() {
+  int file = open("/tmp/keys.conf", O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  ASSERT_EQ(static_cast<ssize_t>(strlen(kZebraKeys)), write(file, kZebraKeys, strlen(kZebraKeys)));
+  close(file);
+}
+
+TEST_F(OldUser, PasswordStaysNowhereOnceTheAccountExists) {
+  writeZebraKeys();
+  ASSERT_EQ(0, load_shared_memory("/tmp/keys.conf"));
+  EXPECT_EQ(1, occurrences('Z', "ebra7?stripes")) << "in the store alone";
+  EXPECT_EQ(0, addOldUser());
+  EXPECT_EQ(0, occurrences('Z', "ebra7?stripes"));
+  EXPECT_EQ(1, shm->config.userCount);
+  EXPECT_EQ(0, addOldUser()) << "nothing is left to be moved";
+  EXPECT_EQ(1, shm->config.userCount);
+}
+
+TEST_F(OldUser, PasswordStaysInTheStoreAloneUntilTheAccountExists) {
+  writeZebraKeys();
+  ASSERT_EQ(0, load_shared_memory("/tmp/keys.conf"));
+  shm->config.userCount = SHM_USERS;
+  EXPECT_EQ(-1, addOldUser());
+  EXPECT_EQ(1, occurrences('Z', "ebra7?stripes"));
+  shm->config.userCount = 0;
+  EXPECT_EQ(0, addOldUser());
+  EXPECT_EQ(0, occurrences('Z', "ebra7?stripes"));
 }
 
 TEST_F(OldUser, FileThatCannotBeAppendedToIsLeft) {
