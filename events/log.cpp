@@ -1,3 +1,4 @@
+#include <errno.h>
 #include <string.h>
 #include <syslog.h>
 #include <time.h>
@@ -8,6 +9,7 @@
 #include "kestrove/events.h"
 #include "store/fail.h"
 #include "store/lock.h"
+#include "store/text.h"
 #include "sys/command.h"
 
 namespace kestrove {
@@ -17,6 +19,16 @@ constexpr char kEventLogFile[] = "/var/log/kestrove/event.log";
 constexpr char kNullDevice[] = "/dev/null";
 constexpr uint32_t kSystemRebooted = 3;
 constexpr uint32_t kEventLogCleared = 17;
+
+// The name of a user as an event keeps it, apart from the caller's text: that may be a record of the log itself.
+class UserName {
+ public:
+  explicit UserName(const char* user) { setField(text_, user ? user : "", sizeof text_ - 1); }
+  const char* text() const { return text_; }
+
+ private:
+  char text_[sizeof(EventRecord::userName) + 1] = {};
+};
 
 // A bogus event is told apart here only: it is logged like any other.
 void tellSyslog(uint32_t id, uint32_t source) {
@@ -51,7 +63,7 @@ int logEvent(uint32_t id, uint32_t source, const char* user) {
   StoreLock lock;
   if (!lock) return -1;
   if (shm->config.loggingOperState == SHM_OFF) return fail(SHM_ELOGOFF);
-  appendEvent(*shm, static_cast<int32_t>(now), id, source, user ? user : "");
+  appendEvent(*shm, static_cast<int32_t>(now), id, source, UserName(user).text());
   return saveEvents();
 }
 
@@ -73,14 +85,18 @@ int getEventCount(void) {
   return shm->eventLog.eventLogFull ? SHM_EVENTS : static_cast<int>(shm->eventLog.writeIndex);
 }
 
-// The result is that of the file; whether its own event could be logged does not matter.
+// Result, code and errno are those of the file; what its own event leaves does not matter.
 int clearEventLog(uint32_t source, const char* user) {
   StoreLock lock;
   if (!lock) return -1;
   emptyEvents(*shm);
   int result = saveEvents();
+  uint32_t code = shm_errno;
+  int error = errno;
   logEvent(kEventLogCleared, source, user);
-  return result;
+  if (result == 0) return 0;
+  errno = error;
+  return fail(static_cast<int>(code));
 }
 
 int wipeEventLog(void) {
@@ -90,9 +106,12 @@ int wipeEventLog(void) {
   return saveEvents();
 }
 
+// Goes on without the lock: each step then fails by itself, and the file is copied as it is.
 int logSystemUpdateEvent(uint32_t id, uint32_t source, const char* user) {
+  UserName name(user);
+  StoreLock lock;
   wipeEventLog();
-  logEvent(id, source, user);
-  logEvent(kSystemRebooted, source, user);
+  logEvent(id, source, name.text());
+  logEvent(kSystemRebooted, source, name.text());
   return copyForNewSystem();
 }

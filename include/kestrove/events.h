@@ -36,15 +36,16 @@ KESTROVE_API const char* getEventMessage(uint32_t id);
 KESTROVE_API int getEventCount(void);
 
 /* Empties the log, writes the file, then logs event 17 with the given source and user (nothing more when logging is
-   switched off: the log then stays empty). The result is that of the first write, 0 or -1 with code 9 or 10; -1 with
-   the lock's code. Takes the lock. */
+   switched off: the log then stays empty). The result is that of the first write, 0 or -1 with code 9 or 10 and errno,
+   whatever becomes of the event; with 0 the code may be the event's. -1 with the lock's code. Takes the lock. */
 KESTROVE_API int clearEventLog(uint32_t source, const char* user);
 
 /* Empties the log and writes the file; logs nothing. 0, or -1 with code 9 or 10 of the write or the lock's code. */
 KESTROVE_API int wipeEventLog(void);
 
 /* Starts the log of an updated system: wipes it, logs the given event and event 3, both with the given source and user,
-   and copies the file to /old_dir/var/log/kestrove/ with cp. The exit status of cp, -1 when it could not be run. */
+   and copies the file to /old_dir/var/log/kestrove/ with cp. The exit status of cp, -1 when it could not be run. Takes
+   the lock for all of it; without the lock nothing is logged and the file is copied as it is. */
 KESTROVE_API int logSystemUpdateEvent(uint32_t id, uint32_t source, const char* user);
 
 /* Writes the 360460 bytes at area to a file, which is created when missing, overwritten in place and cut to that size:

@@ -270,6 +270,50 @@ TEST_F(EventLogging, ClearingTellsOfAFileThatCannotBeWrittenAndStillLogs) {
   EXPECT_EQ(1, getEventCount());
 }
 
+TEST_F(EventLogging, ClearingTellsOfItsFileAndNotOfItsEvent) {
+  shm->config.loggingOperState = SHM_OFF;
+  ASSERT_EQ(0, mkdir(kFile, 0755));
+  EXPECT_FAILS_WITH(SHM_EOPEN, clearEventLog(2, "admin"));
+  EXPECT_EQ(EISDIR, errno);
+  ASSERT_EQ(0, rmdir(kFile));
+  ASSERT_EQ(0, symlink("/dev/full", kFile));
+  for (uint8_t logging : {SHM_OFF, SHM_ON}) {
+    shm->config.loggingOperState = logging;
+    errno = 0;
+    EXPECT_FAILS_WITH(SHM_EIO, clearEventLog(2, "admin"));
+    EXPECT_EQ(ENOSPC, errno);
+  }
+}
+
+TEST_F(EventLogging, NamesInTheLogItselfAreNamesLikeOthers) {
+  ASSERT_EQ(0, logEvent(24, 3, "administrator"));
+  shm->eventLog.writeIndex = 0;
+  EXPECT_EQ(0, logEvent(24, 3, shm->eventLog.record[0].userName + 3));
+  EXPECT_STREQ("inistrator", shm->eventLog.record[0].userName);
+  EXPECT_EQ(0, clearEventLog(3, shm->eventLog.record[0].userName + 3));
+  EXPECT_STREQ("strator", shm->eventLog.record[0].userName);
+  strcpy(shm->eventSourceUsername, "someone");
+  EXPECT_EQ(0, logEvent(24, 3, shm->eventSourceUsername));
+  EXPECT_STREQ("someone", shm->eventLog.record[1].userName);
+}
+
+TEST_F(EventLogging, LineWrittenOverItsOwnRecord) {
+  ASSERT_EQ(0, logEvent(24, 3, "admin"));
+  const std::string line = text(0);
+  char* buffer = reinterpret_cast<char*>(&shm->eventLog.record[0]);
+  EXPECT_EQ(static_cast<int>(line.size()), getEventString(0, buffer, 128, 2));
+  EXPECT_EQ(line, buffer);
+}
+
+TEST_F(EventLogging, PathsAndAreasOfTheStore) {
+  ASSERT_EQ(0, logEvent(24, 3, "admin"));
+  const std::string before = image();
+  EXPECT_EQ(0, write_event_log(shm->config.eventLogFileName, &shm->eventLog));
+  shm->eventLog = {};
+  EXPECT_EQ(0, read_event_log(shm->config.eventLogFileName, &shm->eventLog));
+  EXPECT_TRUE(before == image());
+}
+
 TEST_F(EventLogging, WipingLogsNothing) {
   logNumbered(0, 3);
   clearSyslog();

@@ -29,6 +29,21 @@ TEST_F(EventUpdate, StartsAFreshLogAndCopiesIt) {
   EXPECT_EQ(0, shm_lock_count);
 }
 
+TEST_F(EventUpdate, NameInTheLogItselfIsTheOneOfBothEvents) {
+  ASSERT_EQ(0, logEvent(24, 3, "administrator"));
+  EXPECT_EQ(0, logSystemUpdateEvent(4, 2, shm->eventLog.record[0].userName + 3));
+  for (int i = 0; i < 2; ++i) EXPECT_STREQ("inistrator", shm->eventLog.record[i].userName);
+}
+
+TEST_F(EventUpdate, GoesOnWithoutTheStore) {
+  dropStore();
+  clearRecords();
+  answer("cp", "", 3);
+  EXPECT_EQ(3, logSystemUpdateEvent(4, 2, "admin"));
+  EXPECT_EQ(1u, programs().size());
+  EXPECT_EQ(0, shm_lock_count);
+}
+
 TEST_F(EventUpdate, GivesTheCopysStatus) {
   answer("cp", "", 3);
   EXPECT_EQ(3, logSystemUpdateEvent(5, 2, "admin"));
