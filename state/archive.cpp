@@ -49,7 +49,7 @@ int gatherFiles() {
 int makeArchive(const char* timestamp, uint32_t source, const char* user) {
   char archive[PATH_MAX];
   if (snprintf(archive, sizeof archive, kArchive, timestamp) >= PATH_MAX) return -1;
-  makeStaging();
+  if (!makeStaging()) return -1;
   callSystem(kEmptyStaging);
   if (gatherFiles() != 0) return -1;
   sys::runLine(kZip, {Word::path(archive)});

@@ -5,11 +5,11 @@
 #include "store/text.h"
 
 #define STATE_DOCUMENTS "/usr/local/apache2/htdocs/"
-#define STATE_STAGING STATE_DOCUMENTS "state/"
+#define STATE_STAGING_FOLDER STATE_DOCUMENTS "state"
+#define STATE_STAGING STATE_STAGING_FOLDER "/"
 
 namespace kestrove {
 
-constexpr char kStagingDirectory[] = STATE_STAGING;
 constexpr char kMakeStaging[] = "mkdir " STATE_STAGING " > /dev/null 2>&1";
 constexpr char kEmptyStaging[] = "rm -f " STATE_STAGING "* > /dev/null 2>&1";
 constexpr char kCopy[] = "cp %s %s > /dev/null 2>&1";

@@ -63,8 +63,8 @@ using namespace kestrove;
 
 int loadSystemState(uint32_t source, const char* user) {
   if (!attachStore()) return -1;
-  makeStaging();
-  if (unpack() != 0 || putFilesBack() != 0) return -1;
+  if (!makeStaging() || !dropOldCopies()) return -1;
+  if (unpack() != 0 || !copiesAreRegular() || putFilesBack() != 0) return -1;
   emptyStaging();
   logEvent(kStateRestored, source, user);
   return 0;

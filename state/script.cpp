@@ -3,6 +3,7 @@
 
 #include <limits.h>
 #include <stdio.h>
+#include <unistd.h>
 
 #include "kestrove/state.h"
 #include "state/paths.h"
@@ -52,14 +53,17 @@ void writeScript(TextWriter& out) {
 
 }  // namespace
 
-// A script that could not be written whole counts as one that could not be made.
+// A script that could not be written whole is removed: a part of one would set a part of the settings.
 int writeScriptFile(const char* timestamp) {
   char path[PATH_MAX];
   if (snprintf(path, sizeof path, kScript, timestamp) >= PATH_MAX) return -1;
   sys::Stream script(fopen(path, "w+e"));
-  if (script) setvbuf(script.get(), nullptr, _IONBF, 0);  // the writer has its own, larger buffer
-  if (!script || writeTo(script.get(), writeScript) != 0) return -1;
-  return script.close() == 0 ? 0 : -1;
+  if (!script) return -1;
+  setvbuf(script.get(), nullptr, _IONBF, 0);  // the writer has its own, larger buffer
+  int result = writeTo(script.get(), writeScript);
+  if (script.close() == 0 && result == 0) return 0;
+  unlink(path);
+  return -1;
 }
 
 }  // namespace kestrove

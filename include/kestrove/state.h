@@ -6,8 +6,12 @@
    is a text such as 20240131-235959.
 
    A failure is -1. A null timestamp, stream or route sets SHM_EINVAL and nothing is written; other failures set no code
-   but that of the lock, the log tells of them. A null stream or route is refused, a null user counts as an empty one.
-   None changes the store (but for the event log), saves it, signals the engine or touches the kernel. */
+   but that of the lock, the log tells of most. A null user counts as an empty one. All but loadSystemState and the two
+   line printers take the lock. None changes the store (but for the event log), saves it, signals the engine or touches
+   the kernel.
+
+   The files pass through the folder state/ beside the archive, which is made private to the caller. Something else of
+   that name, a link above all, is not used: -1, and nothing is run. */
 #ifndef KESTROVE_STATE_H
 #define KESTROVE_STATE_H
 
@@ -23,11 +27,12 @@ extern "C" {
 KESTROVE_API int saveSystemState(uint32_t source, const char* user);
 
 /* Unpacks the archive and copies its files back to where they came from; the configuration takes effect when the store
-   is next built. The script is left alone. Takes no lock, attaches the store where needed (SHM_EATTACH). Stops at the
-   first copy that fails, so the files may then be of two states. Logs event 40. */
+   is next built, unless a save has replaced it by then. The script is left alone. Takes no lock, attaches the store
+   where needed (SHM_EATTACH). Only what this archive brought is copied, and nothing at all when one of its members is
+   no regular file. Stops at the first copy that fails, so the files may then be of two states. Logs event 40. */
 KESTROVE_API int loadSystemState(uint32_t source, const char* user);
 
-/* Writes the script. */
+/* Writes the script. -1 when it cannot be made or not be written whole; no part of it is left. */
 KESTROVE_API int __saveCliState(const char* timestamp);
 
 /* Makes the archive and logs event 39. What the zip program says is not looked at. */

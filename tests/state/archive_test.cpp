@@ -109,6 +109,17 @@ TEST_F(ArchiveTest, RestoreOfSomebodyElsesArchive) {
   EXPECT_EQ(0, events());
 }
 
+// zip -y keeps a link a link; unzip makes one of it again.
+TEST_F(ArchiveTest, RestoreOfALinkInAnArchive) {
+  writeFile("/tmp/elsewhere", "elsewhere");
+  ASSERT_EQ(0,
+            system("cd /tmp && echo stolen > kestrove.conf.configSaved && ln -s /tmp/elsewhere passwd.configSaved && "
+                   "zip -qy /usr/local/apache2/htdocs/config-1.zip *.configSaved"));
+  EXPECT_EQ(-1, loadSystemState(0, "--"));
+  EXPECT_EQ("the configuration\n", readFile(kConfigFile));
+  EXPECT_EQ("root:x:0:0:root:/root:/bin/sh\n", readFile(kPasswd));
+}
+
 TEST_F(ArchiveTest, NoRoomForTheArchive) {
   ASSERT_EQ(0, mount("none", kDocuments, "tmpfs", 0, "size=16k"));
   writeFile(std::string(kDocuments) + "/rest", std::string(12 * 1024, 'r'));
@@ -128,6 +139,7 @@ TEST_F(ArchiveTest, ScriptThatDoesNotFitIsAFailure) {
   for (FilterRule& rule : shm->filterTable.rule) rule.ipVersion = 4;
   shm->filterTable.ruleCount = 8192;
   EXPECT_EQ(-1, __saveCliState("now"));
+  EXPECT_THAT(namesIn(kDocuments), IsEmpty()) << "no part of it stays";
   umount2(kDocuments, MNT_DETACH);
 }
 

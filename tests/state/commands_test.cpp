@@ -32,16 +32,22 @@ constexpr char kLoadAgentState[] =
     "cp " HTDOCS "state/varsnmpd.conf.configSaved /var/net-snmp/snmpd.conf > /dev/null 2>&1";
 constexpr char kLoadPasswd[] = "cp " HTDOCS "state/passwd.configSaved /etc/passwd > /dev/null 2>&1";
 
+constexpr char kArchive[] = "/tmp/archive";
+constexpr const char* kMembers[] = {"kestrove.conf", "snmpd.conf", "varsnmpd.conf", "passwd"};
+
+std::string memberOf(const std::string& folder, const std::string& name) {
+  return folder + "/" + name + ".configSaved";
+}
+
 class CommandsTest : public StateTest {
  protected:
-  // As unzip would leave it.
-  static void stage() {
-    std::filesystem::create_directories(kStaging);
-    for (const char* name : {"kestrove.conf", "snmpd.conf", "varsnmpd.conf", "passwd"}) {
-      writeFile(std::string(kStaging) + "/" + name + ".configSaved", std::string("saved ") + name);
-    }
+  // What unzip brings, whole.
+  static void fillArchive() {
+    std::filesystem::create_directories(kArchive);
+    for (const char* name : kMembers) writeFile(memberOf(kArchive, name), std::string("saved ") + name);
+    perform("unzip", "/run/kestrove/real/cp -a /tmp/archive/*.configSaved " HTDOCS "state/");
   }
-  static void unstage(const char* name) { unlink((std::string(kStaging) + "/" + name + ".configSaved").c_str()); }
+  static void leaveOut(const char* name) { std::filesystem::remove_all(memberOf(kArchive, name)); }
 };
 
 TEST_F(CommandsTest, ArchiveFromAllFiles) {
@@ -142,7 +148,7 @@ TEST_F(CommandsTest, ConfigurationPathWithShellCharactersIsNotRun) {
   EXPECT_EQ(-1, __saveShmState("now", 0, "--"));
   EXPECT_THAT(shellLines(), ElementsAre(kMkdir, kEmpty));
   EXPECT_THAT(syslogLines(), Contains("debug: copying /etc/config/a;reboot failed"));
-  stage();
+  fillArchive();
   clearRecords();
   EXPECT_EQ(-1, loadSystemState(0, "--"));
   EXPECT_THAT(shellLines(), ElementsAre(kMkdir, kUnzip));
@@ -169,7 +175,7 @@ TEST_F(CommandsTest, StagingIsPrivateBeforeTheFirstCommand) {
   ASSERT_EQ(0, stat(kStaging, &status));
   EXPECT_EQ(0700u, status.st_mode & 07777);
   chmod(kStaging, 0777);
-  stage();
+  fillArchive();
   EXPECT_EQ(0, loadSystemState(0, "--"));
   ASSERT_EQ(0, stat(kStaging, &status));
   EXPECT_EQ(0700u, status.st_mode & 07777);
@@ -177,7 +183,7 @@ TEST_F(CommandsTest, StagingIsPrivateBeforeTheFirstCommand) {
 }
 
 TEST_F(CommandsTest, RestoreOfAllFiles) {
-  stage();
+  fillArchive();
   EXPECT_EQ(0, loadSystemState(2, "bob"));
   EXPECT_THAT(shellLines(), ElementsAre(kMkdir, kUnzip, kLoadConfig, kLoadAgent, kLoadAgentState, kLoadPasswd, kEmpty));
   EXPECT_THAT(syslogLines(), Contains(std::string("debug: ") + kUnzip));
@@ -195,7 +201,7 @@ TEST_F(CommandsTest, RestoreOfAllFiles) {
 }
 
 TEST_F(CommandsTest, RestoreWithoutAnArchive) {
-  stage();
+  fillArchive();
   answer("unzip", "", 9);
   shm_errno = 99;
   EXPECT_EQ(-1, loadSystemState(0, "--"));
@@ -206,13 +212,13 @@ TEST_F(CommandsTest, RestoreWithoutAnArchive) {
 }
 
 TEST_F(CommandsTest, ArchiveWithoutConfigurationOrPasswordsIsRefusedInSilence) {
-  stage();
-  unstage("kestrove.conf");
+  fillArchive();
+  leaveOut("kestrove.conf");
   EXPECT_EQ(-1, loadSystemState(0, "--"));
   EXPECT_THAT(shellLines(), ElementsAre(kMkdir, kUnzip));
   EXPECT_THAT(syslogLines(), ElementsAre(std::string("debug: ") + kUnzip));
-  stage();
-  unstage("passwd");
+  fillArchive();
+  leaveOut("passwd");
   clearRecords();
   clearSyslog();
   EXPECT_EQ(-1, loadSystemState(0, "--"));
@@ -222,9 +228,9 @@ TEST_F(CommandsTest, ArchiveWithoutConfigurationOrPasswordsIsRefusedInSilence) {
 }
 
 TEST_F(CommandsTest, ArchiveWithoutAgentFiles) {
-  stage();
-  unstage("snmpd.conf");
-  unstage("varsnmpd.conf");
+  fillArchive();
+  leaveOut("snmpd.conf");
+  leaveOut("varsnmpd.conf");
   EXPECT_EQ(0, loadSystemState(0, "--"));
   EXPECT_THAT(shellLines(), ElementsAre(kMkdir, kUnzip, kLoadConfig, kLoadPasswd, kEmpty));
   EXPECT_THAT(syslogLines(), Contains(std::string("debug: ") + kAgentFile + " missing"));
@@ -241,7 +247,7 @@ TEST_F(CommandsTest, RestoreStopsAtTheFirstFailedCopy) {
       {kConfigFile, kLoadConfig}, {kAgentFile, kLoadAgent}, {kAgentStateFile, kLoadAgentState}, {kPasswd, kLoadPasswd}};
   for (const BackRow& row : rows) {
     SCOPED_TRACE(row.path);
-    stage();
+    fillArchive();
     std::filesystem::rename(row.path, std::string(row.path) + ".away");
     // A folder with a folder in it of the copy's name takes no copy.
     std::string inside = row.command;
@@ -259,8 +265,8 @@ TEST_F(CommandsTest, RestoreStopsAtTheFirstFailedCopy) {
 }
 
 TEST_F(CommandsTest, StagingThatCannotBeEmptiedIsNamedAndIgnored) {
-  stage();
-  std::filesystem::create_directory(std::string(kStaging) + "/folder");
+  fillArchive();
+  std::filesystem::create_directories(std::string(kStaging) + "/folder");
   EXPECT_EQ(0, loadSystemState(0, "--"));
   std::vector<std::string> log = syslogLines();
   EXPECT_THAT(log, Contains(std::string("err: Failed: ") + kEmpty));
@@ -268,8 +274,83 @@ TEST_F(CommandsTest, StagingThatCannotBeEmptiedIsNamedAndIgnored) {
   EXPECT_EQ(40u, lastEvent().eventId);
 }
 
+TEST_F(CommandsTest, MemberThatIsNoRegularFileIsRefusedBeforeAnythingIsCopied) {
+  writeFile("/tmp/elsewhere", "elsewhere");
+  for (const char* name : kMembers) {
+    for (bool folder : {false, true}) {
+      SCOPED_TRACE(name);
+      fillArchive();
+      leaveOut(name);
+      if (folder) {
+        std::filesystem::create_directory(memberOf(kArchive, name));
+      } else {
+        std::filesystem::create_symlink("/tmp/elsewhere", memberOf(kArchive, name));
+      }
+      clearRecords();
+      clearSyslog();
+      EXPECT_EQ(-1, loadSystemState(0, "--"));
+      EXPECT_THAT(shellLines(), ElementsAre(kMkdir, kUnzip));
+      EXPECT_EQ("err: " + memberOf(kStaging, name) + " is no regular file", syslogLines().back());
+      EXPECT_EQ("the configuration\n", readFile(kConfigFile));
+      EXPECT_EQ(0, events());
+      leaveOut(name);
+      std::filesystem::remove_all(kStaging);
+    }
+  }
+}
+
+TEST_F(CommandsTest, OldCopiesThatTheArchiveDidNotBringAreNotRestored) {
+  for (const char* name : {"snmpd.conf", "varsnmpd.conf"}) {
+    std::filesystem::create_directories(kStaging);
+    writeFile(memberOf(kStaging, name), "stale");
+    fillArchive();
+    leaveOut(name);
+    EXPECT_EQ(0, loadSystemState(0, "--"));
+  }
+  EXPECT_NE("stale", readFile(kAgentFile));
+  EXPECT_NE("stale", readFile(kAgentStateFile));
+  for (const char* name : {"kestrove.conf", "passwd"}) {
+    writeFile(memberOf(kStaging, name), "stale");
+    fillArchive();
+    leaveOut(name);
+    EXPECT_EQ(-1, loadSystemState(0, "--"));
+  }
+  EXPECT_NE("stale", readFile(kConfigFile));
+  EXPECT_NE("stale", readFile(kPasswd));
+}
+
+TEST_F(CommandsTest, OldCopyThatCannotBeRemovedEndsTheRestore) {
+  std::filesystem::create_directories(memberOf(kStaging, "passwd"));
+  fillArchive();
+  EXPECT_EQ(-1, loadSystemState(0, "--"));
+  EXPECT_THAT(shellLines(), ElementsAre(kMkdir));
+  EXPECT_THAT(syslogLines(),
+              ElementsAre("err: " + memberOf(kStaging, "passwd") + " cannot be removed: Is a directory"));
+}
+
+// A link would lead the copies, password hashes among them, elsewhere, and give that place another mode.
+TEST_F(CommandsTest, StagingFolderThatIsALinkIsNotUsed) {
+  fillArchive();
+  for (const char* target : {"/tmp/target", "/tmp/nothing"}) {
+    std::filesystem::create_directories("/tmp/target");
+    chmod("/tmp/target", 0755);
+    std::filesystem::remove_all(kStaging);
+    std::filesystem::create_symlink(target, kStaging);
+    clearRecords();
+    clearSyslog();
+    EXPECT_EQ(-1, loadSystemState(0, "--"));
+    EXPECT_EQ(-1, __saveShmState("now", 0, "--"));
+    EXPECT_THAT(shellLines(), IsEmpty());
+    EXPECT_THAT(syslogLines(), Contains(HasSubstr("err: " HTDOCS "state cannot be used: ")).Times(2));
+    EXPECT_THAT(namesIn("/tmp/target"), IsEmpty());
+    struct stat status;
+    ASSERT_EQ(0, stat("/tmp/target", &status));
+    EXPECT_EQ(0755u, status.st_mode & 07777);
+  }
+}
+
 TEST_F(CommandsTest, RestoreTakesNoLockAndAttaches) {
-  stage();
+  fillArchive();
   ShmData* attached = shm;
   shm = nullptr;
   EXPECT_EQ(0, loadSystemState(0, "--"));
