@@ -1,6 +1,6 @@
 /* Address, text, line and time utilities.
 
-   None of them saves, logs an event or signals the engine, and only changeDnsServerIp takes the lock. IPv4 addresses
+   None of them logs an event or signals the engine, and only changeDnsServerIp takes the lock and saves. IPv4 addresses
    and masks are words in network byte order, IPv6 addresses 16 bytes in network order. A null pointer where a text or
    an output is needed gives -1 with code 3 and changes nothing; functions without a result then do nothing. */
 #ifndef KESTROVE_TEXT_H
@@ -94,8 +94,9 @@ KESTROVE_API int neighb_mac(int count, const char* ifname, const char* ip, char*
 /* Removes /etc/resolv.conf. 0, or -1 (without a code). */
 KESTROVE_API int removeResolvConf(void);
 
-/* Makes addr the only name server in /etc/resolv.conf and drives event 19 of the operating modes. 0; -1 with the lock's
-   code, or without one when the file cannot be written. Takes the lock and releases it before the file is written. */
+/* Makes addr the only name server in /etc/resolv.conf and drives event 19 of the operating modes, which applies the
+   management addresses again and saves the store. 0; -1 with the lock's code, or without one when the file cannot be
+   written. Takes the lock from beginning to end. */
 KESTROVE_API int changeDnsServerIp(uint32_t addr);
 
 #ifdef __cplusplus

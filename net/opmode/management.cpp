@@ -166,12 +166,9 @@ int getManagementAddressList(char* buffer, int size) {
     return -1;
   }
   buffer[0] = '\0';
-  int count;
-  {
-    StoreLock lock;
-    if (!lock) return -1;
-    count = managementEntries(*shm);
-  }
+  StoreLock lock;
+  if (!lock) return -1;
+  int count = managementEntries(*shm);
   ManagementAddress entry;
   for (int i = 0; i < count && getManagementAddr(i, &entry) == 0; ++i) {
     char text[INET6_ADDRSTRLEN];
