@@ -50,15 +50,19 @@ int getBridgeRouterLanWanPhysName(char* base, char* lan, int takeLock) {
   if (!base || !lan) return fail(SHM_EINVAL);
   StoreLock lock(takeLock != 0);
   if (!reachable(lock, takeLock)) return -1;
-  copyField(base, sizeof shm->config.bridgeRouterPhysicalName, shm->config.bridgeRouterPhysicalName);
-  copyField(lan, sizeof shm->config.physicalLanInterfaceName, shm->config.physicalLanInterfaceName);
+  InterfaceName baseName, lanName;  // both before either is given out: the buffers may be names of the store
+  copyField(baseName.text, sizeof baseName.text, shm->config.bridgeRouterPhysicalName);
+  copyField(lanName.text, sizeof lanName.text, shm->config.physicalLanInterfaceName);
+  strcpy(base, baseName.text);
+  strcpy(lan, lanName.text);
   return 0;
 }
 
 int getLanWanVlanId(uint32_t* lan, uint32_t* wan, int takeLock) {
   StoreLock lock(takeLock != 0);
   if (!reachable(lock, takeLock)) return -1;
-  if (lan) *lan = shm->config.lanVlanId;
-  if (wan) *wan = shm->config.wanVlanId;
+  uint32_t lanId = shm->config.lanVlanId, wanId = shm->config.wanVlanId;  // the outputs may be these fields
+  if (lan) *lan = lanId;
+  if (wan) *wan = wanId;
   return 0;
 }

@@ -1,5 +1,7 @@
 #include "config/reader.h"
 
+#include <limits.h>
+#include <stdio.h>
 #include <string.h>
 
 #include "config/keywords.h"
@@ -92,7 +94,9 @@ void parseConfigLine(char* text, const char* path, int number) {
   }
 }
 
-bool readConfigFile(const char* path, int fd) {
+bool readConfigFile(const char* given, int fd) {
+  char path[PATH_MAX];  // of its own: the one given may be the name in the store, which a line of the file can change
+  snprintf(path, sizeof path, "%s", given);
   LineSource lines(fd);
   int number = 0;
   while (char* line = lines.next()) parseConfigLine(line, path, ++number);

@@ -33,6 +33,12 @@ void setTarget(FilterRule& rule, const char* word) {
   if (rule.target != 1) rule.priority = negated(rule.priority);
 }
 
+// Just before the default rule. A damaged count leaves no such place, which the table refuses.
+int lastPlace() {
+  int count = getRuleCount();
+  return count > 0 ? count - 1 : -1;
+}
+
 // The columns that the rules of all families have, then the insertion just before the default rule.
 void finishRule(Columns& columns, FilterRule& rule) {
   rule.proto = static_cast<uint32_t>(columns.number());
@@ -47,7 +53,7 @@ void finishRule(Columns& columns, FilterRule& rule) {
   rule.ruleAction = static_cast<uint32_t>(columns.number());
   if (!columns.complete() || !validStatus(static_cast<int32_t>(rule.ruleAction))) return;
   setTarget(rule, target);
-  addRule(getRuleCount() - 1, &rule, 0, 0);
+  addRule(lastPlace(), &rule, 0, 0);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "config/row_writer.h"
 
+#include "config/line_text.h"
 #include "config/line_writer.h"
 #include "config/values.h"
 #include "kestrove/segment.h"
@@ -77,7 +78,7 @@ bool writeUserAccounts(std::string_view keyword, sys::TextWriter& out) {
   for (int32_t i = 0; i < count; ++i) {
     const UserAccount& account = shm->config.users[i];
     LineWriter line(out, keyword);
-    line.text<25>(fieldView(account.username)).number<12>(fileSwitch(account.superUser));
+    line.text<25>(columnText(fieldView(account.username))).number<12>(fileSwitch(account.superUser));
     line.number<12>(account.lastLoginSeconds).number(account.lastPasswdChange).end();
   }
   return true;
@@ -118,7 +119,9 @@ bool writeRoutes6(std::string_view keyword, sys::TextWriter& out) {
   });
 }
 
+// A failure before them is none of theirs.
 bool writeRules(std::string_view keyword, sys::TextWriter& out) {
+  if (!out.good()) return true;
   RuleHeads heads = {LineHead(keyword), LineHead(kRuleKeyword6), LineHead(kRuleKeywordAny)};
   int32_t count = boundedCount(shm->filterTable.ruleCount, SHM_RULES);
   for (int32_t i = 0; i < count - 1 && out.good(); ++i) writeRule(heads, shm->filterTable.rule[i], out);

@@ -11,7 +11,8 @@ bool writeIp6Addresses(std::string_view keyword, sys::TextWriter& out);
 bool writeManagementAddresses(std::string_view keyword, sys::TextWriter& out);
 bool writeRoutes(std::string_view keyword, sys::TextWriter& out);
 bool writeRoutes6(std::string_view keyword, sys::TextWriter& out);
-// All rules but the last, the default rule. Ends at the first that cannot be written.
+// All rules but the last, the default rule. Ends at the first that cannot be written; writes none and gives true when
+// nothing could be written before them.
 bool writeRules(std::string_view keyword, sys::TextWriter& out);
 
 }  // namespace kestrove

@@ -38,9 +38,10 @@ int getSingleInterfaceMode(uint32_t* mode, uint32_t* lanVlan, uint32_t* wanVlan)
   if (!mode || !lanVlan || !wanVlan) return fail(SHM_EINVAL);
   StoreLock lock;
   if (!lock) return -1;
+  VlanIds ids = {shm->config.lanVlanId, shm->config.wanVlanId};  // the outputs may be these fields
   *mode = shm->config.singleInterfaceMode;
-  *lanVlan = shm->config.lanVlanId;
-  *wanVlan = shm->config.wanVlanId;
+  *lanVlan = ids.lan;
+  *wanVlan = ids.wan;
   return 0;
 }
 

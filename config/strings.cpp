@@ -44,7 +44,7 @@ int getShmString(int id, char* buffer, int size) {
   if (!text) return fail(SHM_EINVAL);
   // A text of the field's whole width comes without a terminator when the buffer is no longer than that.
   std::string_view value = fieldView(shm->config.*text->field);
-  memcpy(buffer, value.data(), value.size());
+  memmove(buffer, value.data(), value.size());  // the buffer may be the field
   if (value.size() < static_cast<size_t>(size)) buffer[value.size()] = '\0';
   return 0;
 }

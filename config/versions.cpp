@@ -16,7 +16,7 @@ int copyText(char (ConfigRecord::*field)[N], char* buf, int len) {
   if (!lock) return -1;
   size_t length = static_cast<size_t>(len);
   std::string_view text = fieldView(shm->config.*field).substr(0, length);
-  memcpy(buf, text.data(), text.size());
+  memmove(buf, text.data(), text.size());  // the buffer may be the field
   memset(buf + text.size(), 0, length - text.size());
   return 0;
 }

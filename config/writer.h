@@ -5,8 +5,8 @@
 
 namespace kestrove {
 
-// Writes every line in its fixed order. 0 whatever the writing does, except -1 when it failed among the rules. The
-// store is attached and locked.
+// Writes every line in its fixed order. 0 whatever the writing does, except -1 when it failed among the rules. A text
+// that no line can hold is written as far as one can; that is said in the log, once. The store is attached and locked.
 int writeConfigFile(sys::TextWriter& out);
 
 }  // namespace kestrove

@@ -85,12 +85,12 @@ int validateNetmask(const uint32_t* mask) {
 
 int validateManagementAddress(char* text, uint32_t* out) {
   if (!text || !out) return fail(SHM_EINVAL);
-  *out = 0;
-  uint32_t address;
-  if (parseIpv4Address(text, &address) != 0) return -1;
-  if (!unicast(address)) return fail(SHM_EINVAL);
-  *out = address;
-  return 0;
+  uint32_t address = 0;
+  bool parsed = parseIpv4Address(text, &address) == 0;
+  bool usable = parsed && unicast(address);
+  *out = usable ? address : 0;  // last: the output may lie over the text
+  if (parsed && !usable) return fail(SHM_EINVAL);
+  return usable ? 0 : -1;
 }
 
 int parseIpv6Address(const char* text, void* out16) {

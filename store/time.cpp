@@ -1,3 +1,4 @@
+#include <string.h>
 #include <time.h>
 
 #include "kestrove/text.h"
@@ -17,8 +18,10 @@ void formatTime(char* dateOut, char* timeOut, const char* format, const time_t* 
   if (!when || (dateOut && !format)) return;
   tm parts;
   if (!gmtime_r(when, &parts)) return;
+  char date[kTextSize];  // before the time is given out: the format may stand in one of the outputs
+  if (dateOut) writeTime(date, format, parts);
   if (timeOut) writeTime(timeOut, "%T", parts);
-  if (dateOut) writeTime(dateOut, format, parts);
+  if (dateOut) strcpy(dateOut, date);
 }
 
 void getSystemTime(char* dateOut, char* timeOut, const char* format) {

@@ -148,6 +148,6 @@ int getGatewayId(char* dst) {
   StoreLock lock;
   if (!lock) return -1;
   const char* id = reinterpret_cast<const char*>(shm->config.gatewayId);
-  memcpy(dst, id, strnlen(id, sizeof shm->config.gatewayId));
+  memmove(dst, id, strnlen(id, sizeof shm->config.gatewayId));
   return 0;
 }

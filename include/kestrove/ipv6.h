@@ -83,7 +83,7 @@ KESTROVE_API int gatewayIsLocal6(Route6Entry* route);
 /* Writes the 16-byte mask of a prefix length; all ones above 128, zeros for a negative length. */
 KESTROVE_API void convPrefixToMask(void* mask16, int prefixLength);
 
-/* out = a AND b over 16 bytes; out may be a or b. */
+/* out = a AND b over 16 bytes; out may lie over a or b. */
 KESTROVE_API void v6And(const void* a16, const void* b16, void* out16);
 
 /* 1 when the 16 bytes are equal, else 0. */

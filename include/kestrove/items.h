@@ -110,8 +110,9 @@ KESTROVE_API int setNetworkConfigItemPostAct(int id, const uint32_t* value, uint
    SHM_EINVAL: no such id, a smaller size. */
 KESTROVE_API int getShmString(int id, char* buffer, int size);
 
-/* Up to 256 characters. A change saves the store; a failed save leaves its code, the result is 0 all the same.
-   SHM_EINVAL: id not listed or not settable, a longer text. */
+/* Up to 256 characters, which may stand in the field itself. A change saves the store; a failed save leaves its code,
+   the result is 0 all the same. The store keeps a text whole, the configuration file up to its first line feed, with a
+   warning in syslog. SHM_EINVAL: id not listed or not settable, a longer text. */
 KESTROVE_API int setShmString(int id, const char* text);
 
 /* Interface numbers: 0 LAN, 1 WAN, 3 management port, 4 management bridge, 5 bridge/router port. The buffer holds at

@@ -129,8 +129,9 @@ void v6And(const void* a16, const void* b16, void* out16) {
   if (!a16 || !b16 || !out16) return;
   const uint8_t* a = static_cast<const uint8_t*>(a16);
   const uint8_t* b = static_cast<const uint8_t*>(b16);
-  uint8_t* out = static_cast<uint8_t*>(out16);
-  for (int i = 0; i < 16; ++i) out[i] = a[i] & b[i];
+  uint8_t both[16];  // whole before it is given out: the output may lie over one of the two
+  for (int i = 0; i < 16; ++i) both[i] = a[i] & b[i];
+  memcpy(out16, both, sizeof both);
 }
 
 int v6Match(const void* a16, const void* b16) {

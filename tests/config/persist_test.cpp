@@ -242,6 +242,21 @@ TEST_F(SaveTest, DiskThatFillsUpAmongTheRulesIsAWriteError) {
   EXPECT_EQ(0, shm_lock_count);
 }
 
+// More than one buffer of text stands before the rules.
+TEST_F(SaveTest, DiskThatFillsUpBeforeTheRulesIsNoneOfTheirs) {
+  for (uint32_t i = 0; i < SHM_ROUTES; ++i) shm->routes.slot[i] = {i, 0, 0, 1, 1, i + 1};
+  shm->routes.head = 0;
+  aimAt("/dev/full");
+  for (int rules : {1, 2, 4000}) {
+    shm->filterTable.ruleCount = rules;
+    shm_errno = 0;
+    errno = 0;
+    EXPECT_EQ(0, save_shared_memory());
+    EXPECT_EQ(uint32_t{SHM_EIO}, shm_errno);
+    EXPECT_EQ(ENOSPC, errno);
+  }
+}
+
 TEST_F(SaveTest, DeviceThatTakesNothing) {
   aimAt("/dev/full");
   EXPECT_EQ(0, save_shared_memory());

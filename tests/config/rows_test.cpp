@@ -40,6 +40,13 @@ class RowsTest : public StoreTest {
   static const Route6Entry& firstRoute6() { return shm->routes6.slot[shm->routes6.head6]; }
 };
 
+TEST_F(RowsTest, RuleBesideADamagedCountHasNoPlace) {
+  for (int count : {INT_MIN, -1, 0}) {
+    shm->filterTable.ruleCount = count;
+    expectDropped("SELEC_ACCEL_ANY 6 0 0 80 80 1 NONE 20000 1 3");
+  }
+}
+
 TEST_F(RowsTest, RouteOfEachStatusIsAdded) {
   load(
       "ROUTE 10.1.0.0 255.255.0.0 192.168.1.1 1\nROUTE 10.2.0.0\t255.255.0.0  192.168.1.2 2\n"

@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include "tests/support/store.h"
+#include "tests/support/syslog.h"
 
 namespace kestrove::testing {
 namespace {
@@ -225,6 +226,54 @@ TEST_F(WriterTest, TextsWithoutATerminatorAreBoundedByTheirFields) {
   memset(shm->config.sysName, 's', sizeof shm->config.sysName);
   EXPECT_EQ("LAN_NAME                  " + std::string(16, 'n') + "\n", linesOf("LAN_NAME"));
   EXPECT_EQ("SYS_NAME                  " + std::string(256, 's') + "\n", linesOf("SYS_NAME"));
+}
+
+TEST_F(WriterTest, TextsAreWrittenUpToTheirFirstLineFeed) {
+  strcpy(shm->config.sysContact, "x\nADMIN_USERNAME mallory\nADMIN_PASSWORD Passw0rd!");
+  strcpy(shm->config.sysName, "\n");
+  strcpy(shm->config.lanInterfaceName, "eth1\nSSHD 1");
+  std::string text = saved();
+  EXPECT_EQ(std::string::npos, text.find("ADMIN_"));
+  EXPECT_EQ(std::string::npos, text.find("SSHD"));
+  EXPECT_EQ("SYS_CONTACT               x\n", linesOf("SYS_CONTACT"));
+  EXPECT_EQ("SYS_NAME                  \n", linesOf("SYS_NAME"));
+  EXPECT_EQ("LAN_NAME                  eth1\n", linesOf("LAN_NAME"));
+  EXPECT_STREQ("x\nADMIN_USERNAME mallory\nADMIN_PASSWORD Passw0rd!", shm->config.sysContact) << "kept whole";
+}
+
+TEST_F(WriterTest, UserNamesAreWrittenUpToTheirFirstSeparator) {
+  shm->config.userCount = 4;
+  shm->config.users[0] = {"mallory 1 0 0", 2, 0, 0, 0};
+  shm->config.users[1] = {"trent\t1 0 0", 2, 0, 0, 0};
+  shm->config.users[2] = {"peggy\nADMIN_USERNAME x", 2, 0, 0, 0};
+  shm->config.users[3] = {" alice", 1, 0, 0, 0};
+  EXPECT_EQ(
+      "USER_ACCOUNT              mallory                   0            0            0\n"
+      "USER_ACCOUNT              trent                     0            0            0\n"
+      "USER_ACCOUNT              peggy                     0            0            0\n"
+      "USER_ACCOUNT                                        1            0            0\n",
+      linesOf("USER_ACCOUNT"));
+}
+
+TEST_F(WriterTest, CutTextsAreWarnedAboutOnceASave) {
+  constexpr char kWarning[] =
+      "warning: The configuration file holds texts up to their first line feed, user names up to a blank";
+  clearSyslog();
+  saved();
+  EXPECT_TRUE(syslogLines().empty());
+  strcpy(shm->config.sysName, "a\nb");
+  strcpy(shm->config.sysContact, "a\nb");
+  saved();
+  EXPECT_EQ(std::vector<std::string>{kWarning}, syslogLines());
+  memset(shm->config.sysName, 0, 4);
+  memset(shm->config.sysContact, 0, 4);
+  shm->config.users[1] = {"mallory 1 0 0", 2, 0, 0, 0};
+  clearSyslog();
+  saved();
+  EXPECT_TRUE(syslogLines().empty()) << "nobody's name";
+  shm->config.userCount = 2;
+  saved();
+  EXPECT_EQ(std::vector<std::string>{kWarning}, syslogLines());
 }
 
 TEST_F(WriterTest, UserAccountsStandInTableOrder) {
