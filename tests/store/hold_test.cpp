@@ -66,6 +66,14 @@ TEST_F(Hold, SavesAndEventsInsideKeepIt) {
   EXPECT_THAT(watch.seen(), ElementsAre("zip held"));
 }
 
+TEST_F(Hold, CopyOfAnUpdatedLogIsMadeInsideIt) {
+  LockWatch watch;
+  watch.instead("/bin/cp");
+  EXPECT_EQ(0, logSystemUpdateEvent(4, 0, kUser));
+  EXPECT_THAT(watch.seen(), ElementsAre("cp held"));
+  EXPECT_FALSE(fileLockHeld());
+}
+
 TEST_F(Hold, ScriptsThatMayUseTheStoreRunWithoutIt) {
   LockWatch watch;
   for (const char* name : {"apacheConfig.sh", "snmpdConfig.sh", "sshdConfig.sh"}) {

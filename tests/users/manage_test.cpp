@@ -355,8 +355,12 @@ TEST_F(RemoveTest, ConfigurationModeSavesNothingTheRestIsDone) {
 TEST_F(RemoveTest, FailedSaveChangesNoResult) {
   strcpy(shm->config.configFileName, "/no/such/folder/file");
   UserAccount alice = accountNamed("alice");
+  shm_errno = 0;
   EXPECT_EQ(0, addUser(&alice, kGoodPassword));
+  EXPECT_EQ(uint32_t{SHM_ESYSTEM}, shm_errno) << "tells that the file is not there";
+  shm_errno = 0;
   EXPECT_EQ(1, removeUser("alice"));
+  EXPECT_EQ(uint32_t{SHM_ESYSTEM}, shm_errno);
 }
 
 TEST_F(RemoveTest, NoTextIsAnInvalidArgument) {
