@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "sys/plain.h"
+#include "sys/search_path.h"
 
 namespace kestrove::sys {
 namespace {
@@ -49,6 +50,7 @@ void redirectOutput(const char* path) {
 [[noreturn]] void becomeProgram(char* const argv[], const char* inputPath, const char* outputPath) {
   if (inputPath) redirectInput(inputPath);
   if (outputPath) redirectOutput(outputPath);
+  TrustedSearchPath path;
   execvp(argv[0], argv);
   syslog(LOG_ERR, "runCommand: Error starting task \"%s\": %m", argv[0]);
   _exit(0);  // a program that cannot be started looks like one that succeeded: kept on purpose
@@ -93,7 +95,12 @@ int runVector(char* const argv[], const char* inputPath, const char* outputPath)
   return exitStatus(child);
 }
 
-int runShell(const char* line, const char* caller) { return raiseUser(caller) ? system(line) : -1; }
+int runShell(const char* line, const char* caller) { return raiseUser(caller) ? runShellAsCaller(line) : -1; }
+
+int runShellAsCaller(const char* line) {
+  TrustedSearchPath path;
+  return system(line);
+}
 
 bool Word::plain() const {
   switch (kind_) {
@@ -135,6 +142,11 @@ bool formatLine(char* line, size_t size, const char* format, std::initializer_li
 int runLine(const char* format, std::initializer_list<Word> words) {
   char line[kLongestLine];
   return formatLine(line, sizeof line, format, words) ? runShell(line) : kRefusedLine;
+}
+
+int runLineAsCaller(const char* format, std::initializer_list<Word> words) {
+  char line[kLongestLine];
+  return formatLine(line, sizeof line, format, words) ? runShellAsCaller(line) : kRefusedLine;
 }
 
 }  // namespace kestrove::sys

@@ -1,7 +1,8 @@
 // The one door to other programs.
 //
 // Bare launchers for command lines that are fixed or come whole from a caller, and the formatted line, whose words
-// pass a checkpoint: what came from the store or a file reaches the shell only if it is plain.
+// pass a checkpoint: what came from the store or a file reaches the shell only if it is plain. Programs named without a
+// path are found as search_path.h says.
 #pragma once
 
 #include <initializer_list>
@@ -20,6 +21,9 @@ int runVector(char* const argv[], const char* inputPath, const char* outputPath)
 // Runs a line through the shell as user 0. The raw status of system(), -1 when the user id cannot be raised; then the
 // caller's name stands in the log.
 int runShell(const char* line, const char* caller = "callSystem");
+
+// The same as the user that the caller is.
+int runShellAsCaller(const char* line);
 
 // One word of a formatted line.
 class Word {
@@ -51,5 +55,6 @@ bool formatLine(char* line, size_t size, const char* format, std::initializer_li
 
 // formatLine and runShell; kRefusedLine when the line was refused.
 int runLine(const char* format, std::initializer_list<Word> words);
+int runLineAsCaller(const char* format, std::initializer_list<Word> words);
 
 }  // namespace kestrove::sys

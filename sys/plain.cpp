@@ -1,11 +1,16 @@
 #include "sys/plain.h"
 
+#include <stddef.h>
+#include <stdint.h>
+
 namespace kestrove::sys {
 namespace {
 
 constexpr size_t kLongestInterface = 15;
 constexpr size_t kLongestBase = 16;
 constexpr size_t kLongestVlan = 10;
+constexpr uint64_t kLowestPid = 2;  // 1 is the system's first process, 0 and -1 are groups of them
+constexpr uint64_t kHighestPid = INT32_MAX;
 
 bool digit(char c) { return c >= '0' && c <= '9'; }
 bool letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
@@ -25,13 +30,24 @@ bool plainVlan(std::string_view name) {
   if (dot == name.npos || dot > kLongestBase) return false;
   std::string_view id = name;
   id.remove_prefix(dot + 1);
+  if (id.starts_with('-')) id.remove_prefix(1);  // an id is printed as a signed number
   return !id.empty() && id.size() <= kLongestVlan && all(id, digit);
+}
+
+// Saturates: no number is taken for a smaller one.
+uint64_t valueOf(std::string_view digits) {
+  uint64_t value = 0;
+  for (char c : digits) {
+    if (value <= kHighestPid) value = value * 10 + static_cast<uint64_t>(c - '0');
+  }
+  return value;
 }
 
 }  // namespace
 
+// With a "-" at its head a word would be an option of the program.
 bool plainName(std::string_view name) {
-  return !name.empty() && all(name, [](char c) { return letter(c) || digit(c) || oneOf(c, "._-:@"); });
+  return !name.starts_with('-') && all(name, [](char c) { return letter(c) || digit(c) || oneOf(c, "._-:@"); });
 }
 
 bool plainInterface(std::string_view name) {
@@ -44,9 +60,12 @@ bool plainAddress(std::string_view text) {
 
 bool plainPath(std::string_view path) {
   return !path.empty() && path[0] == '/' &&
-         all(path, [](char c) { return letter(c) || digit(c) || oneOf(c, "/._-+:=@%,"); });
+         all(path, [](char c) { return letter(c) || digit(c) || oneOf(c, "/._-+:@"); });
 }
 
-bool plainPid(std::string_view pid) { return all(pid, digit); }
+bool plainPid(std::string_view pid) {
+  if (pid.empty()) return true;
+  return all(pid, digit) && valueOf(pid) >= kLowestPid && valueOf(pid) <= kHighestPid;
+}
 
 }  // namespace kestrove::sys

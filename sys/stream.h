@@ -3,6 +3,8 @@
 
 #include <stdio.h>
 
+#include "sys/descriptor.h"
+
 namespace kestrove::sys {
 
 template <int (*Close)(FILE*)>
@@ -34,5 +36,12 @@ class StreamGuard {
 
 using Stream = StreamGuard<fclose>;
 using Pipe = StreamGuard<pclose>;
+
+// The descriptor goes with the stream; without one, or without memory, there is none.
+inline Stream streamOn(Descriptor descriptor, const char* mode) {
+  FILE* stream = descriptor ? fdopen(descriptor.get(), mode) : nullptr;
+  if (stream) descriptor.release();
+  return Stream(stream);
+}
 
 }  // namespace kestrove::sys

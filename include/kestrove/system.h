@@ -13,9 +13,14 @@ extern "C" {
 #endif
 
 /* The launchers raise the user id to 0 before anything else and give -1, with the reason in syslog, when that is
-   refused. They take no lock and set no code. */
+   refused. They take no lock and set no code.
 
-/* Runs argv[0], found through PATH, without a shell and waits for it. The paths become its standard input, and its
+   Programs named without a path are looked for in /usr/sbin, /usr/bin, /sbin and /bin instead of PATH where PATH may
+   not be trusted: in a program that was started with more rights than its caller's (setuid, say), and when PATH has an
+   entry that is not absolute or that leads to or through a folder in which others than root may put a program. The
+   caller's own PATH stays as it is. */
+
+/* Runs argv[0] without a shell and waits for it. The paths become its standard input, and its
    standard output and error; both are created if missing and never shortened; null leaves the caller's streams.
    The exit status, 0 to 255; -1 when the process could not be made or was ended by a signal. A program that cannot be
    started gives 0, with the reason in syslog. */

@@ -1,6 +1,8 @@
 // Bridge, VLANs and forwarding by command line: every line whole, from the recorder.
 
 #include <gmock/gmock.h>
+#include <stdlib.h>
+#include <sys/stat.h>
 
 #include "kestrove/kestrove.h"
 #include "tests/support/recorder.h"
@@ -10,6 +12,7 @@
 namespace kestrove::testing {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -71,9 +74,10 @@ TEST(Commands, FailingAndMissingProgramsAreIgnored) {
 
 TEST(Commands, NamesThatAreNotPlainReachNoShell) {
   for (const std::string& name :
-       {std::string(), std::string("eth0;reboot"), std::string("$(reboot)"), std::string("a b"), std::string("a\nb"),
-        std::string("../x"), std::string(16, 'a'), std::string(17, 'a') + ".1", std::string(16, 'a') + ".x",
-        std::string(16, 'a') + ".", std::string(16, 'a') + ".12345678901", std::string(300, 'a')}) {
+       {std::string("-a"), std::string("-"), std::string("eth0;reboot"), std::string("$(reboot)"), std::string("a b"),
+        std::string("a\nb"), std::string("../x"), std::string(16, 'a'), std::string(17, 'a') + ".1",
+        std::string(16, 'a') + ".x", std::string(16, 'a') + ".", std::string(16, 'a') + ".12345678901",
+        std::string(16, 'a') + ".--1", std::string(16, 'a') + ".-", std::string(300, 'a')}) {
     EXPECT_EQ(0, turnOnIpfoward(name.c_str()));
     EXPECT_EQ(0, shm_vconfig_add2(name.c_str(), 1, 2));
     EXPECT_EQ(0, shm_vconfig_rem2(name.c_str(), 1, 2));
@@ -81,6 +85,57 @@ TEST(Commands, NamesThatAreNotPlainReachNoShell) {
     EXPECT_EQ(0, shm_ifconfig_down1(name.c_str(), 1));
   }
   EXPECT_THAT(shellLines(), IsEmpty());
+}
+
+TEST(Commands, EmptyNamesRunAsTheyAre) {
+  EXPECT_EQ(0, turnOnBridge("", ""));
+  EXPECT_EQ(0, turnOffBridge("", ""));
+  EXPECT_EQ(0, turnOnIpfoward(""));
+  EXPECT_EQ(0, shm_vconfig_add1("", 1));
+  EXPECT_EQ(0, shm_vconfig_rem1("", 1));
+  EXPECT_EQ(0, shm_ifconfig_down1("", 0));
+  EXPECT_EQ(0, shm_ifconfig_down1("", 1));
+  EXPECT_THAT(shellLines(),
+              ElementsAre("/usr/bin/init-bridging    > /dev/null 2>&1", "ifconfig br0 up  > /dev/null 2>&1 ",
+                          "/usr/sbin/brctl delif br0   > /dev/null 2>&1",
+                          "/usr/sbin/brctl delif br0   > /dev/null 2>&1", "ifconfig br0 down  > /dev/null 2>&1 ",
+                          "/usr/sbin/brctl delbr br0  > /dev/null 2>&1", "echo 1 > /proc/sys/net/ipv4/conf//forwarding",
+                          "/sbin/vconfig add  1 > /dev/null 2>&1", "/sbin/vconfig rem .1 > /dev/null 2>&1",
+                          "/sbin/ifconfig   down> /dev/null 2>&1", "/sbin/ifconfig .1  down> /dev/null 2>&1"));
+  EXPECT_THAT(syslogLines(), IsEmpty());
+}
+
+// A program of the caller's folder in place of ifconfig: it leaves a mark.
+class OtherPath : public ::testing::Test {
+ protected:
+  static void putFirst(const std::string& folder, mode_t mode) {
+    ASSERT_EQ(0, mkdir(folder.c_str(), 0755));
+    writeFile(folder + "/ifconfig", "#!/bin/sh\ntouch /tmp/fooled\n");
+    ASSERT_EQ(0, chmod((folder + "/ifconfig").c_str(), 0755));
+    ASSERT_EQ(0, chmod(folder.c_str(), mode));
+    setenv("PATH", (folder + ":/usr/sbin:/usr/bin:/sbin:/bin").c_str(), 1);
+  }
+};
+
+TEST_F(OtherPath, IsNotFollowedWhereOthersMayWrite) {
+  putFirst("/tmp/programs", 0777);
+  EXPECT_EQ(0, turnOnBridge("eth0", "eth1"));
+  EXPECT_FALSE(fileExists("/tmp/fooled"));
+  EXPECT_THAT(shellLines(),
+              ElementsAre("/usr/bin/init-bridging eth0 eth1  > /dev/null 2>&1", "ifconfig br0 up  > /dev/null 2>&1 "))
+      << "the line is what it always is";
+  EXPECT_THAT(programs(), Contains("ifconfig br0 up"));
+  char program[] = "ifconfig";
+  char* const vector[] = {program, nullptr};
+  EXPECT_EQ(0, runCommand(vector, "/dev/null", "/dev/null"));
+  EXPECT_FALSE(fileExists("/tmp/fooled"));
+  EXPECT_STREQ("/tmp/programs:/usr/sbin:/usr/bin:/sbin:/bin", getenv("PATH")) << "the caller keeps its own";
+}
+
+TEST_F(OtherPath, IsFollowedWhereOnlyRootMayWrite) {
+  putFirst("/etc/programs", 0755);
+  EXPECT_EQ(0, turnOnBridge("eth0", "eth1"));
+  EXPECT_TRUE(fileExists("/tmp/fooled"));
 }
 
 TEST(Commands, AVlanOnALongNameIsPlain) {
