@@ -1,8 +1,9 @@
 /* Packet-filter reset and policy routing in the kernel.
 
    The packet filter is reset through one file, /tmp/restore_file, and one stream, so one caller at a time on the whole
-   machine. Programs write to /dev/null; what they report changes nothing but the results named here: exit status of a
-   program, raw status of a shell line, -1 when it could not be started. Only pbrPolicyRule uses the store. */
+   machine. It is always a new file, never what stands under the name. Programs read from and write to /dev/null; what
+   they report changes nothing but the results named here: exit status of a program, raw status of a shell line, -1 when
+   it could not be started. Only pbrPolicyRule uses the store. */
 #ifndef KESTROVE_KERNELRULES_H
 #define KESTROVE_KERNELRULES_H
 
@@ -31,8 +32,9 @@ KESTROVE_API int flushExistingChains(void);
 /* Delete the callers' chains of IPv4 filter and IPv4 mangle. The result of the last program. */
 KESTROVE_API int deleteExistingChains(void);
 
-/* Writes the closing lines, closes the stream (fp is null afterwards), loads the file and removes it. The result of the
-   removal, 0 or -1; -1 with nothing done without a stream. */
+/* Writes the closing lines, makes the stream's file readable and writable for everybody, closes the stream (fp is null
+   afterwards), loads /tmp/restore_file and removes it. The result of the removal, 0 or -1; -1 with nothing done without
+   a stream. */
 KESTROVE_API int commitHandler(void);
 
 /* Makes the kernel drop all forwarded IPv6 traffic. The program's result. */

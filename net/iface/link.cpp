@@ -8,6 +8,7 @@
 #include "store/interface_names.h"
 #include "store/lock.h"
 #include "sys/command.h"
+#include "sys/scratch_file.h"
 #include "sys/stream.h"
 
 using namespace kestrove;
@@ -84,9 +85,11 @@ int getLinkStatus(int iface, char* first, char* second, char* third) {
   unlink(kStatusFile);
   InterfaceName name;
   if (!interfaceName(iface == kLanNumber ? kBaseNumber : iface, name)) return fail(SHM_EINVAL);
+  // The shell writes into the file that it finds under the name: one of ours, or the tool does not run.
+  sys::Stream status = sys::streamOn(sys::makeScratchFile(kStatusFile), "r");
+  if (!status) return fail(SHM_ESYSTEM);
   sys::runLine(kReadStatus, {Word::interface(name.text), Word::fixed(kStatusFile)});
-  sys::Stream status(fopen(kStatusFile, "re"));
-  bool complete = status && readValues(status.get(), {first, third, second});
+  bool complete = readValues(status.get(), {first, third, second});
   unlink(kStatusFile);
   return complete ? 0 : -1;
 }

@@ -8,6 +8,8 @@
 
 #include "store/fail.h"
 #include "sys/command.h"
+#include "sys/scratch_file.h"
+#include "sys/stream.h"
 
 FILE* fp = nullptr;
 
@@ -36,7 +38,7 @@ constexpr const char* kOpeningLines[] = {"*mangle",
 constexpr const char* kClosingLines[] = {
     "COMMIT", "*filter", ":INPUT ACCEPT [0:0]", ":FORWARD ACCEPT [0:0]", ":OUTPUT ACCEPT [0:0]", "COMMIT"};
 
-int run(const char* const* vector, const char* input = nullptr) {
+int run(const char* const* vector, const char* input = kNowhere) {
   return sys::runVector(const_cast<char* const*>(vector), input, kNowhere);
 }
 
@@ -52,8 +54,7 @@ using namespace kestrove;
 
 // Callers may add lines of their own between the opening and commitHandler, so the stream is theirs to see.
 int updateKernelRules(void) {
-  unlink(kRestoreFile);
-  fp = fopen(kRestoreFile, "we");
+  fp = sys::streamOn(sys::makeScratchFile(kRestoreFile), "w").release();
   if (!fp) {
     syslog(LOG_ERR, "Error opening iptables temp file: %m");
     return -1;
@@ -84,11 +85,10 @@ int deleteExistingChains(void) {
 int commitHandler(void) {
   if (!fp) return -1;
   addLines(kClosingLines);
+  // On the descriptor: by its name another file could get the mode.
+  if (fchmod(fileno(fp), kEverybodyReadsAndWrites) != 0) syslog(LOG_ERR, "Error changing mode on restore file: %m");
   fclose(fp);
   fp = nullptr;
-  if (chmod(kRestoreFile, kEverybodyReadsAndWrites) != 0) {
-    syslog(LOG_ERR, "Error changing mode on restore file: %m");
-  }
   run(kRestore, kRestoreFile);
   return unlink(kRestoreFile);
 }

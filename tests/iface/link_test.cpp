@@ -1,6 +1,8 @@
 // Link settings and link status through the MII tool.
 
 #include <gmock/gmock.h>
+#include <sys/mount.h>
+#include <unistd.h>
 
 #include "kestrove/kestrove.h"
 #include "tests/support/recorder.h"
@@ -126,6 +128,34 @@ TEST_F(Link, OldOutputIsNotTakenForNew) {
   strcpy(shm->config.wanInterfaceName, "");
   EXPECT_EQ(-1, status(1));
   EXPECT_FALSE(fileExists("/tmp/mii.out"));
+}
+
+TEST_F(Link, EmptyNameRunsAsItIs) {
+  strcpy(shm->config.wanInterfaceName, "");
+  shm->config.wanLinkSetting = 20;
+  EXPECT_EQ(0, setSystemLinkSetting(1));
+  EXPECT_EQ(-1, status(1));
+  EXPECT_THAT(shellLines(),
+              ElementsAre("/usr/bin/mii-diag -F 20  > /dev/null 2>&1", "/usr/bin/mii-diag -t  > /tmp/mii.out"));
+}
+
+TEST_F(Link, LinkInPlaceOfTheOutputIsNotFollowed) {
+  answer("mii-diag", "a: 1\nb: 2\nc: 3\n");
+  writeFile("/tmp/victim", "precious");
+  ASSERT_EQ(0, symlink("/tmp/victim", "/tmp/mii.out"));
+  EXPECT_EQ(0, status(1));
+  EXPECT_EQ("precious", readFile("/tmp/victim"));
+}
+
+TEST_F(Link, FileInPlaceOfTheOutputThatCannotBeRemovedIsNotOverwritten) {
+  answer("mii-diag", "a: 1\nb: 2\nc: 3\n");
+  writeFile("/tmp/victim", "precious");
+  writeFile("/tmp/mii.out", "");
+  ASSERT_EQ(0, mount("/tmp/victim", "/tmp/mii.out", nullptr, MS_BIND, nullptr));
+  EXPECT_FAILS_WITH(SHM_ESYSTEM, status(1));
+  EXPECT_EQ("precious", readFile("/tmp/victim"));
+  EXPECT_THAT(shellLines(), IsEmpty());
+  ASSERT_EQ(0, umount("/tmp/mii.out"));
 }
 
 TEST_F(Link, NullIsRefused) {

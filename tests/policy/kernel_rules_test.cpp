@@ -1,9 +1,11 @@
 // Every command line and every vector of the kernel rules, whole and in order.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tests/support/peer.h"
 #include "tests/support/recorder.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
@@ -68,12 +70,38 @@ TEST_F(PacketFilter, ALinkLeftInItsPlaceIsNotFollowed) {
   EXPECT_EQ("precious", readFile("/tmp/victim"));
 }
 
+TEST_F(PacketFilter, AFileThatCannotBeRemovedIsNotOverwritten) {
+  writeFile("/tmp/victim", "precious");
+  ASSERT_EQ(0, chmod("/tmp/victim", 0600));
+  writeFile(kRestoreFile, "");
+  ASSERT_EQ(0, mount("/tmp/victim", kRestoreFile, nullptr, MS_BIND, nullptr));
+  EXPECT_EQ(-1, updateKernelRules());
+  EXPECT_EQ("precious", readFile("/tmp/victim"));
+  struct stat status = {};
+  ASSERT_EQ(0, stat("/tmp/victim", &status));
+  EXPECT_EQ(mode_t{0600}, status.st_mode & 07777);
+  EXPECT_THAT(programs(), IsEmpty());
+  ASSERT_EQ(0, umount(kRestoreFile));
+}
+
+TEST_F(PacketFilter, ProgramsDoNotReadTheCallersInput) {
+  writeFile("/tmp/typed", "typed by the caller\n");
+  EXPECT_EQ(0, inOtherProcess([] {
+              dup2(open("/tmp/typed", O_RDONLY), STDIN_FILENO);
+              return updateKernelRules() + addIp6tablesDropRule();
+            }));
+  EXPECT_EQ(7u, programs().size());
+  EXPECT_THAT(inputsOf("iptables"), IsEmpty());
+  EXPECT_THAT(inputsOf("ip6tables"), IsEmpty());
+  EXPECT_THAT(inputsOf("iptables-restore"), ElementsAre(kTwelveLines));
+}
+
 TEST_F(PacketFilter, WithoutTheFileNothingRuns) {
   ASSERT_EQ(0, mkdir(kRestoreFile, 0755));
   EXPECT_EQ(-1, updateKernelRules());
   EXPECT_THAT(programs(), IsEmpty());
   EXPECT_EQ(nullptr, fp);
-  EXPECT_THAT(syslogLines(), ElementsAre("err: Error opening iptables temp file: Is a directory"));
+  EXPECT_THAT(syslogLines(), ElementsAre("err: Error opening iptables temp file: File exists"));
 }
 
 TEST_F(PacketFilter, AFolderThatCannotBeWrittenStopsTheUpdate) {
@@ -160,11 +188,25 @@ TEST_F(PacketFilter, TheFileIsForEverybodyWhileItIsLoaded) {
   EXPECT_EQ(mode_t{0666}, status.st_mode & 07777);
 }
 
-TEST_F(PacketFilter, AModeThatCannotBeGivenIsLoggedAndTheLoadGoesOn) {
+TEST_F(PacketFilter, TheModeIsThatOfTheOpenFileWhateverItsNameLeadsTo) {
+  writeFile("/tmp/victim", "precious");
+  ASSERT_EQ(0, chmod("/tmp/victim", 0600));
   fp = fopen(kRestoreFile, "w");
   ASSERT_EQ(0, unlink(kRestoreFile));
+  ASSERT_EQ(0, symlink("/tmp/victim", kRestoreFile));
+  EXPECT_EQ(0, commitHandler());
+  struct stat status = {};
+  ASSERT_EQ(0, stat("/tmp/victim", &status));
+  EXPECT_EQ(mode_t{0600}, status.st_mode & 07777);
+}
+
+TEST_F(PacketFilter, AModeThatCannotBeGivenIsLoggedAndTheLoadGoesOn) {
+  char* text = nullptr;
+  size_t size = 0;
+  fp = open_memstream(&text, &size);  // a stream without a file
   EXPECT_EQ(0, commitHandler()) << "opening it as input has made it again";
-  EXPECT_THAT(syslogLines(), ElementsAre("err: Error changing mode on restore file: No such file or directory"));
+  free(text);
+  EXPECT_THAT(syslogLines(), ElementsAre("err: Error changing mode on restore file: Bad file descriptor"));
   EXPECT_THAT(programs(), ElementsAre("/sbin/iptables-restore"));
 }
 
@@ -278,6 +320,36 @@ TEST_F(PolicyRouting, NamesWithShellCharactersReachNoShell) {
   EXPECT_THAT(shellLines(), ElementsAreArray(kReset));
   EXPECT_EQ(1u, shm->config.lanPbrRouteSet);
   EXPECT_EQ(1u, shm->config.wanPbrRouteSet);
+}
+
+TEST_F(PolicyRouting, EmptyNamesRunAsTheyAre) {
+  strcpy(shm->config.physicalLanInterfaceName, "");
+  strcpy(shm->config.bridgeRouterPhysicalName, "");
+  pbrPolicyRule(0);
+  ASSERT_EQ(13u, shellLines().size());
+  EXPECT_EQ("/sbin/ip rule add dev  table 103 >> /dev/null  2>&1 ", shellLines()[7]);
+  EXPECT_EQ("/sbin/ip rule add dev .12 table 102 >> /dev/null 2>&1 ", shellLines()[8]);
+}
+
+TEST_F(PolicyRouting, ALineOfTheRestoreFileMayLieInTheStore) {
+  strcpy(shm->config.sysName, "-A INPUT -j ACCEPT");
+  fp = fopen(kRestoreFile, "w");
+  EXPECT_EQ(19, addToRestoreFile(shm->config.sysName));
+  EXPECT_EQ(0, commitHandler());
+  EXPECT_THAT(inputsOf("iptables-restore"), ElementsAre(std::string("-A INPUT -j ACCEPT\n") + kClosingLines));
+}
+
+TEST_F(PolicyRouting, AnOptionIsNoName) {
+  strcpy(shm->config.physicalLanInterfaceName, "-batch");
+  pbrPolicyRule(0);
+  EXPECT_EQ(10u, shellLines().size()) << "the reset, and the lines with the VLAN alone";
+}
+
+TEST_F(PolicyRouting, ALongNameKeepsTheSignOfItsId) {
+  memset(shm->config.bridgeRouterPhysicalName, 'b', 16);
+  shm->config.lanVlanId = 0x80000000u;
+  pbrPolicyRule(0);
+  EXPECT_EQ("/sbin/ip rule add dev bbbbbbbbbbbbbbbb.-2147483648 table 102 >> /dev/null 2>&1 ", shellLines().at(8));
 }
 
 TEST_F(PolicyRouting, WithoutTheLockNothingRuns) {
