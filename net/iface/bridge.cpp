@@ -3,6 +3,7 @@
 #include <linux/sockios.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
 
 #include <memory>
 
@@ -97,16 +98,37 @@ int closeAfterFailure(int result) {
   return result;
 }
 
+// The socket that br_init opened. The exported number is the caller's to change, and a number that the caller closed
+// may be another file by now: the inode tells.
+struct OpenedSocket {
+  int fd = -1;
+  ino_t inode = 0;
+};
+OpenedSocket opened;
+
+ino_t socketInode(int fd) {
+  struct stat status;
+  return fstat(fd, &status) == 0 && S_ISSOCK(status.st_mode) ? status.st_ino : 0;
+}
+
+void closeOpened() {
+  if (opened.fd >= 0 && socketInode(opened.fd) == opened.inode) close(opened.fd);
+  opened = {};
+}
+
 }  // namespace
 
 int br_init(void) {
-  if (br_socket_fd >= 0) br_close();
+  closeOpened();
   br_socket_fd = openStreamSocket().release();
-  return br_socket_fd < 0 ? errno : 0;
+  if (br_socket_fd < 0) return errno;
+  opened = {br_socket_fd, socketInode(br_socket_fd)};
+  return 0;
 }
 
 int br_close(void) {
   int result = close(br_socket_fd);
+  if (br_socket_fd == opened.fd) opened = {};
   br_socket_fd = -1;
   return result;
 }

@@ -1,8 +1,10 @@
 // The bridge by the kernel's first bridge requests, against the real kernel.
 
 #include <errno.h>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <stdlib.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include "kestrove/kestrove.h"
@@ -60,6 +62,63 @@ TEST_F(Bridge, SocketIsOpenedAndClosed) {
 TEST_F(Bridge, SecondInitLeavesOneSocket) {
   EXPECT_EQ(0, br_init());
   EXPECT_EQ(0, br_init());
+}
+
+bool isOpen(int fd) { return fcntl(fd, F_GETFD) != -1; }
+
+TEST_F(Bridge, NumberThatACallerPutThereIsNotClosed) {
+  int foreign = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  br_socket_fd = foreign;
+  EXPECT_EQ(0, br_init());
+  EXPECT_NE(foreign, br_socket_fd);
+  EXPECT_TRUE(isOpen(foreign));
+  int own = br_socket_fd;
+  br_socket_fd = foreign;
+  EXPECT_EQ(0, br_init());
+  EXPECT_TRUE(isOpen(foreign));
+  EXPECT_EQ(own, br_socket_fd) << "ours was closed, so its number is free again";
+  close(foreign);
+}
+
+TEST_F(Bridge, UpAndDownLeaveANumberOfTheCallersOpen) {
+  int foreign = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  br_socket_fd = foreign;
+  EXPECT_EQ(0, set_bridge_up("br0", "eth0", "eth1"));
+  EXPECT_TRUE(isOpen(foreign));
+  br_socket_fd = foreign;
+  EXPECT_EQ(0, set_bridge_down("br0", "eth0", "eth1"));
+  EXPECT_TRUE(isOpen(foreign));
+  EXPECT_EQ(-1, br_socket_fd);
+  close(foreign);
+}
+
+TEST_F(Bridge, NumberThatIsAnotherFileByNowIsNotClosed) {
+  ASSERT_EQ(0, br_init());
+  int number = br_socket_fd;
+  close(number);
+  ASSERT_EQ(number, open("/dev/null", O_RDONLY | O_CLOEXEC));
+  EXPECT_EQ(0, br_init());
+  EXPECT_TRUE(isOpen(number));
+  EXPECT_EQ(0, br_close());
+  close(number);
+  ASSERT_EQ(0, br_init());
+  number = br_socket_fd;
+  close(number);
+  ASSERT_EQ(number, socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  EXPECT_EQ(0, br_init()) << "a socket, but not the one that was opened here";
+  EXPECT_TRUE(isOpen(number));
+  EXPECT_EQ(0, br_close());
+  close(number);
+}
+
+TEST_F(Bridge, CloseClosesTheNumberThatStandsThere) {
+  ASSERT_EQ(0, br_init());
+  int own = br_socket_fd;
+  br_socket_fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  EXPECT_EQ(0, br_close());
+  EXPECT_TRUE(isOpen(own));
+  EXPECT_EQ(0, br_init());
+  EXPECT_EQ(0, br_close());
 }
 
 TEST_F(Bridge, InitWithoutASocketGivesErrno) {
