@@ -42,10 +42,11 @@ KESTROVE_API int set_iface_up(const char* name);
 /* Takes an interface down and keeps its other flags. 0, also when the flags cannot be read, or -1 without a code. */
 KESTROVE_API int set_iface_down(const char* name);
 
-/* Opens br_socket_fd, in place of the one that may be open. 0 or errno. */
+/* Opens br_socket_fd anew. A socket opened here before is closed; another number that a caller put there is left open.
+   0 or errno. */
 KESTROVE_API int br_init(void);
 
-/* Closes br_socket_fd. The result of close. */
+/* Closes whatever br_socket_fd says. The result of close. */
 KESTROVE_API int br_close(void);
 
 /* Make or remove a bridge on br_socket_fd. br_add_bridge and br_cmd_delbr give 0 or errno, br_cmd_addbr the raw result
@@ -77,7 +78,9 @@ KESTROVE_API int set_bridge_up(const char* bridge, const char* port1, const char
 KESTROVE_API int set_bridge_down(const char* bridge, const char* port1, const char* port2);
 
 /* The following eleven run fixed command lines through the shell, their output thrown away, and give 0 whatever the
-   commands do. A name that is not plain (letters, digits and . _ - : @) reaches no shell: that command is not run.
+   commands do. A name that is not plain (letters, digits and . _ - : @ without a "-" at its head, 15 characters or a
+   base of 16, a dot and a VLAN id) reaches no shell: that command is not run, which the system log tells. An empty name
+   is plain. Programs named without a path (ifconfig) are found as system.h says.
 
    turnOnBridge makes "br0" of two ports by the appliance's own script and raises it; turnOffBridge takes both ports out
    of it and removes it. */
@@ -117,8 +120,9 @@ KESTROVE_API int setSystemLinkSetting(int which);
 
 /* Reads the link status of an interface number (0 means 5) by the MII tool into three buffers of 256 bytes: the values
    of the tool's first, third and second line, in this order. Takes the store lock, and uses /tmp/mii.out under it. 0,
-   or -1: with code 3 for a number without a name, with 1 or 2 when the lock cannot be taken, without a code when the
-   tool gave fewer than three usable lines; the buffers may have been written then. */
+   or -1: with code 3 for a number without a name, with 1 or 2 when the lock cannot be taken, with 2 when that file
+   cannot be made anew (then the tool does not run), without a code when the tool gave fewer than three usable lines;
+   the buffers may have been written then. */
 KESTROVE_API int getLinkStatus(int iface, char* first, char* second, char* third);
 
 /* Adds (op 0 or more) or deletes (op below 0) an IPv4 address beside those that the interface has; addresses and mask
@@ -129,11 +133,12 @@ KESTROVE_API int shm_netlinkConfig(const char* name, uint32_t address, uint32_t 
 /* The prefix length of a netmask in network byte order, up to its last bit that is set; 0 for 0. */
 KESTROVE_API int inet_ntocidr(uint32_t mask);
 
-/* Store the Internet gateway or the management address, given as text (which is rewritten in its canonical form), as
-   the network items of the same meaning do. Then, whether or not the text is an address, unless in Configuration Mode:
-   save, mark the change (bit 6) and signal the engine. setinBandWanGateway gives 0 also for a text that is no address;
-   setManagementIP then gives -1 with the parser's code, unless the save or the signal left another one. -1 with code 1
-   when the store cannot be attached. */
+/* Store the Internet gateway or the management address, given as text (which is rewritten in its canonical form, as far
+   as it is one), as the network items of the same meaning do. Then, whether or not the text is an address, unless in
+   Configuration Mode: save, mark the change (bit 6) and signal the engine. All under the store lock; without a store
+   the text is rewritten and that is all. setinBandWanGateway gives 0, setManagementIP -1 with the parser's code for a
+   text that is no address, whatever save and signal did, and otherwise 0: then code 1 or 2 tells that it was not stored
+   or not saved. */
 KESTROVE_API int setinBandWanGateway(char* text);
 KESTROVE_API int setManagementIP(char* text);
 

@@ -4,7 +4,9 @@
 #include "kestrove/items.h"
 #include "kestrove/persistence.h"
 #include "kestrove/text.h"
+#include "store/change_save.h"
 #include "store/fail.h"
+#include "store/lock.h"
 #include "store/mode.h"
 #include "store/pending.h"
 #include "store/segment.h"
@@ -19,31 +21,34 @@ constexpr uint32_t kNoSource = 0;
 constexpr char kNoUser[] = "--";
 
 void tellEngine() {
-  save_shared_memory();
+  ChangeSave save;
+  save.run(save_shared_memory);
   markPending(kPendingInterface);
   notifyKestrove();
+  save.leaveCode();
 }
 
-// Saves and tells the engine whether or not the text is an address: kept on purpose. False when it is none.
-bool store(char* text, int item) {
+// Saves and tells the engine whether or not the text is an address: kept on purpose. Without a store the text is
+// rewritten all the same. The parser's result and, for a text that is no address, its code.
+int store(char* text, int item) {
+  StoreLock lock;  // for the whole work; without it each step does what it can
   uint32_t address = 0;
-  bool parsed = parseIpv4Address(text, &address) == 0;
-  if (parsed) setNetworkConfigItem(item, &address, kNoSource, kNoUser);
-  if (!configurationMode()) tellEngine();
-  return parsed;
+  int result = parseIpv4Address(text, &address);
+  uint32_t code = shm_errno;
+  if (lock || attachStore()) {
+    if (result == 0) setNetworkConfigItem(item, &address, kNoSource, kNoUser);
+    if (!configurationMode()) tellEngine();
+  }
+  if (result != 0) shm_errno = code;
+  return result;
 }
 
 }  // namespace
 
 int setinBandWanGateway(char* text) {
   if (!text) return fail(SHM_EINVAL);
-  if (!attachStore()) return -1;
   store(text, kGatewayItem);
   return 0;
 }
 
-int setManagementIP(char* text) {
-  if (!text) return fail(SHM_EINVAL);
-  if (!attachStore()) return -1;
-  return store(text, kManagementItem) ? 0 : -1;
-}
+int setManagementIP(char* text) { return text ? store(text, kManagementItem) : fail(SHM_EINVAL); }

@@ -80,10 +80,56 @@ TEST_F(TextSetters, NullIsRefused) {
   EXPECT_EQ(0u, shm->pendingChanges);
 }
 
-TEST(TextSettersWithoutStore, FailToAttach) {
-  char text[] = "10.0.0.9";
-  EXPECT_FAILS_WITH(SHM_EATTACH, setinBandWanGateway(text));
-  EXPECT_FAILS_WITH(SHM_EATTACH, setManagementIP(text));
+TEST_F(TextSetters, DeadEngineLeavesTheParsersCode) {
+  shm->taskPids[4] = 4194304;  // no process has that number
+  EXPECT_FAILS_WITH(SHM_EDOTS, management("1.2.3"));
+  EXPECT_FAILS_WITH(SHM_EOCTET, management("1.2.3.256"));
+  EXPECT_FAILS_WITH(SHM_EINVAL, management(""));
+  EXPECT_EQ(0, management("10.0.0.9"));
+  EXPECT_EQ(0, gateway("rubbish"));
+}
+
+TEST_F(TextSetters, FailedSaveLeavesTheParsersCode) {
+  strcpy(shm->config.configFileName, "/no/such/folder/file");
+  EXPECT_FAILS_WITH(SHM_EDOTS, management("1.2.3"));
+  shm_errno = 0;
+  EXPECT_EQ(0, management("10.0.0.9"));
+  EXPECT_EQ(uint32_t(SHM_ESYSTEM), shm_errno) << "not on disk";
+}
+
+TEST_F(TextSetters, TextIsRewritten) {
+  EXPECT_EQ(0, gateway("192.168.001.010"));
+  EXPECT_STREQ("192.168.1.10", text_);
+  EXPECT_EQ(0, management("010.000.0.09"));
+  EXPECT_STREQ("10.0.0.9", text_);
+}
+
+TEST_F(TextSetters, TextMayLieInTheStore) {
+  strcpy(shm->config.sysName, "010.0.0.9");
+  EXPECT_EQ(0, setManagementIP(shm->config.sysName));
+  EXPECT_EQ(v4("10.0.0.9"), shm->config.managementAddress);
+  EXPECT_STREQ("10.0.0.9", shm->config.sysName);
+  EXPECT_THAT(readFile(kFile), HasSubstr("10.0.0.9"));
+  strcpy(shm->config.sysName, "192.168.010.254");
+  EXPECT_EQ(0, setinBandWanGateway(shm->config.sysName));
+  EXPECT_EQ(v4("192.168.10.254"), shm->config.wanGateway);
+  EXPECT_STREQ("192.168.10.254", shm->config.sysName);
+}
+
+TEST(TextSettersWithoutStore, ParseAndRewriteTheText) {
+  char text[] = "010.0.0.9";
+  EXPECT_EQ(0, setinBandWanGateway(text));
+  EXPECT_STREQ("10.0.0.9", text);
+  strcpy(text, "010.0.0.9");
+  EXPECT_EQ(0, setManagementIP(text));
+  EXPECT_STREQ("10.0.0.9", text);
+  char bad[] = "010.2.3";
+  EXPECT_EQ(0, setinBandWanGateway(bad));
+  EXPECT_STREQ("10.2.3", bad);
+  EXPECT_FAILS_WITH(SHM_EDOTS, setManagementIP(bad));
+  char empty[] = "";
+  EXPECT_FAILS_WITH(SHM_EINVAL, setManagementIP(empty));
+  EXPECT_EQ(0, shm_lock_count);
 }
 
 }  // namespace
