@@ -12,17 +12,18 @@ extern "C" {
    ignored. */
 typedef int (*DhcpCallback)(uint32_t* kind, const char* value);
 
-/* Runs /sbin/dhcpcd for the interface, in the foreground and with a time-out, after stopping a client that still runs
-   for it, then reads the lease and hands each of its lines on: the kind is written to *kindOut and the callback, unless
-   it is null, called with kindOut and the value.
+/* Runs /sbin/dhcpcd for the interface, as the user that the caller is, in the foreground and with a time-out, after
+   stopping a client that still runs for it (a number below 2 in its file of process ids stops nobody), then reads the
+   lease and hands each of its lines on: the kind is written to *kindOut and the callback, unless it is null, called
+   with kindOut and the value.
 
    Kinds: 0 IPADDR, 1 NETMASK, 2 GATEWAYS, 3 DHCPSID, 4 DNSSERVERS (all of them in one text, with blanks), 5 DNSDOMAIN,
    6 any other line. A line without a quoted value comes with the value of an earlier line, the first with an empty one.
 
    0 when the client got an address in less than timeoutSeconds, also when its lease cannot be read then. -1 when it did
    not, with the reason in the log and no code; a null name or kindOut sets SHM_EINVAL. A name with other characters
-   than letters, digits and . _ - : @ is refused. Nothing is applied to the interface here; the store is not used.
-   Prints the seconds that it took on standard output. */
+   than letters, digits and . _ - : @ or with a "-" at its head is refused. Nothing is applied to the interface here;
+   the store is not used. Prints the seconds that it took on standard output. */
 KESTROVE_API int dhcp_start(const char* name, int timeoutSeconds, DhcpCallback callback, uint32_t* kindOut);
 
 #ifdef __cplusplus

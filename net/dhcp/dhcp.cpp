@@ -7,8 +7,11 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include <string_view>
+
 #include "net/dhcp/lease.h"
 #include "store/fail.h"
+#include "store/lock.h"
 #include "sys/command.h"
 #include "sys/stream.h"
 
@@ -27,6 +30,13 @@ constexpr size_t kClientLineSize = 1024;
 
 long ticksPerSecond = 0;
 
+// The line without what stands behind the number.
+std::string_view number(std::string_view line) {
+  line = line.substr(0, line.find('\n'));
+  while (line.ends_with(' ') || line.ends_with('\t')) line.remove_suffix(1);
+  return line;
+}
+
 // A client that still runs for the interface is stopped by the process id that it left.
 void stopStaleClient(const char* name) {
   char path[kPathSize];
@@ -34,8 +44,7 @@ void stopStaleClient(const char* name) {
   sys::Stream file(fopen(path, "re"));
   char pid[kPidLineSize];
   if (!file || !fgets(pid, sizeof pid, file.get())) return;
-  pid[strcspn(pid, "\n")] = '\0';
-  sys::runLine("kill %s", {Word::pid(pid)});
+  sys::runLineAsCaller("kill %s", {Word::pid(number(pid))});
 }
 
 bool readTicks(clock_t& ticks, const char* format, const char* moment) {
@@ -59,10 +68,14 @@ int notAssigned() {
   return -1;
 }
 
+// The client's hooks may use the store.
+int runClient(const char* line) {
+  LockPause pause;
+  return sys::runShellAsCaller(line);
+}
+
 // A lease that cannot be read after a good run is logged and no more.
-void handLeaseOver(const char* name, DhcpCallback callback, uint32_t* kind) {
-  char path[kPathSize];
-  snprintf(path, sizeof path, kLeaseFile, name);
+void handLeaseOver(const char* path, DhcpCallback callback, uint32_t* kind) {
   sys::Stream file(fopen(path, "re"));
   if (!file) {
     syslog(LOG_ERR, "DHCP file err %s\n", path);
@@ -83,15 +96,17 @@ int dhcp_start(const char* name, int timeoutSeconds, DhcpCallback callback, uint
   bool plain = sys::formatLine(line, sizeof line, kClientLine,
                                {Word::fixed(kClient), Word::number(timeoutSeconds), Word::name(name)});
   if (!plain) return notAssigned();
+  char lease[kPathSize];  // before anything can change a name that lies in the store
+  snprintf(lease, sizeof lease, kLeaseFile, name);
   stopStaleClient(name);
   clock_t start, end;
   if (!readTicks(start, "DHCP time err %s\n", "start")) return -1;
-  int status = sys::runShell(line);
+  int status = runClient(line);
   if (!readTicks(end, "DHCP time err:  %s\n", "end")) return -1;
   if (status != 0) return notAssigned();
   long seconds = elapsedSeconds(start, end);
   printf("time_sec= %d;  timeout=%d \n ", static_cast<int>(seconds), timeoutSeconds);
   if (seconds >= timeoutSeconds) return notAssigned();
-  handLeaseOver(name, callback, kindOut);
+  handLeaseOver(lease, callback, kindOut);
   return 0;
 }

@@ -5,6 +5,9 @@
 #include <time.h>
 
 #include "tests/dhcp/dhcp_fixture.h"
+#include "tests/support/deny.h"
+#include "tests/support/lock_watch.h"
+#include "tests/support/peer.h"
 
 namespace kestrove::testing {
 namespace {
@@ -13,6 +16,7 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::Pair;
 
 // How long the recorded client takes, in seconds.
@@ -156,14 +160,66 @@ TEST_F(DhcpCommandsTest, StaleClientIsStoppedFirst) {
   }
 }
 
+TEST_F(DhcpCommandsTest, BlanksBehindTheNumberAreDropped) {
+  for (const char* text : {"999999 \n", "999999 \t  \nmore\n", "999999  "}) {
+    clearRecords();
+    writeFile(pidFile("eth1"), text);
+    start("eth1", 5);
+    EXPECT_EQ("kill 999999", shellLines().at(0)) << text;
+  }
+}
+
 TEST_F(DhcpCommandsTest, PidFileWithNothingToReadOrRubbishStopsNobody) {
   for (const std::string& text : {std::string(), std::string("1;reboot\n"), std::string("-1\n"), std::string("$(id)"),
-                                  std::string("12 34\n"), std::string(300, 'x')}) {
+                                  std::string("12 34\n"), std::string(" 12\n"), std::string(300, 'x')}) {
     clearRecords();
     writeFile(pidFile("eth1"), text);
     start("eth1", 5);
     EXPECT_THAT(shellLines(), ElementsAre("/sbin/dhcpcd -t 5 -L  eth1")) << text;
   }
+}
+
+TEST_F(DhcpCommandsTest, NumbersThatAreNoProcessStopNobody) {
+  for (const char* text : {"0\n", "1\n", "00\n", "0001 \n", "2147483648\n", "4294967295\n", "4294967297\n",
+                           "18446744073709551615\n", "18446744073709551618\n"}) {
+    clearRecords();
+    writeFile(pidFile("eth1"), text);
+    start("eth1", 5);
+    EXPECT_THAT(shellLines(), ElementsAre("/sbin/dhcpcd -t 5 -L  eth1")) << text;
+  }
+}
+
+TEST_F(DhcpCommandsTest, ClientRunsAsTheCaller) {
+  clearSyslog();
+  EXPECT_EQ(0, inOtherProcess([] {
+              denySystemCall(kSetUid);
+              uint32_t kind = 0;
+              return dhcp_start("eth1", 5, nullptr, &kind);
+            }));
+  EXPECT_THAT(shellLines(), ElementsAre("/sbin/dhcpcd -t 5 -L  eth1"));
+  EXPECT_THAT(syslogLines(), Not(Contains(HasSubstr("UID"))));
+}
+
+TEST_F(DhcpCommandsTest, ClientRunsWithoutTheStoreLock) {
+  makeStore();
+  LockWatch watch;
+  watch.instead("/sbin/dhcpcd");
+  ASSERT_EQ(0, shm_lock());
+  EXPECT_EQ(0, start("eth1", 5));
+  EXPECT_EQ(1, shm_lock_count);
+  shm_unlock();
+  ASSERT_EQ(0, kestrove_hold());
+  EXPECT_EQ(0, start("eth1", 5));
+  EXPECT_TRUE(fileLockHeld()) << "the operation around it goes on";
+  ASSERT_EQ(0, kestrove_release());
+  EXPECT_THAT(watch.seen(), ElementsAre("dhcpcd free", "dhcpcd free"));
+  dropStore();
+  shm_errno = 99;
+}
+
+TEST_F(DhcpCommandsTest, EmptyNameRunsAsItIs) {
+  EXPECT_EQ(0, start("", 5));
+  EXPECT_THAT(shellLines(), ElementsAre("/sbin/dhcpcd -t 5 -L  "));
 }
 
 TEST_F(DhcpCommandsTest, FileNamesTakeFortyNineCharactersOfALongName) {
@@ -176,10 +232,10 @@ TEST_F(DhcpCommandsTest, FileNamesTakeFortyNineCharactersOfALongName) {
 }
 
 TEST_F(DhcpCommandsTest, HostileNamesAreRefusedBeforeAnythingRuns) {
-  writeFile("/var/run/dhcpcd-..pid", "1\n");
+  writeFile("/var/run/dhcpcd-..pid", "999999\n");
   for (const std::string& name :
        {std::string("eth1;reboot"), std::string("$(reboot)"), std::string("a b"), std::string("../x"),
-        std::string("a\nb"), std::string(), std::string("'"), std::string(2000, 'n')}) {
+        std::string("a\nb"), std::string("-r"), std::string("'"), std::string(2000, 'n')}) {
     clearSyslog();
     EXPECT_EQ(-1, start(name, 5)) << name;
     EXPECT_THAT(syslogLines(), Contains(HasSubstr("err: DHCP err:  address NOT assigned")));
@@ -192,6 +248,35 @@ TEST_F(DhcpCommandsTest, NoNameAndNoPlaceForTheKind) {
   EXPECT_FAILS_WITH(SHM_EINVAL, dhcp_start(nullptr, 5, nullptr, &kind));
   EXPECT_FAILS_WITH(SHM_EINVAL, dhcp_start("eth1", 5, nullptr, nullptr));
   EXPECT_THAT(shellLines(), IsEmpty());
+  shm_errno = 99;
+}
+
+// What a caller does with a lease: it stores the values, here over the name itself.
+int storeOverName(uint32_t*, const char* value) {
+  strcpy(shm->config.wanInterfaceName, value);
+  return 0;
+}
+
+TEST_F(DhcpCommandsTest, NameAndKindMayLieInTheStore) {
+  makeStore();
+  strcpy(shm->config.wanInterfaceName, "eth1");
+  writeFile(leaseFile("eth1"), "IPADDR='10.0.0.5'\nDNSDOMAIN='example'\n");
+  EXPECT_EQ(0, dhcp_start(shm->config.wanInterfaceName, 5, storeOverName, &shm->config.wanIpAddress));
+  EXPECT_STREQ("example", shm->config.wanInterfaceName);
+  EXPECT_EQ(5u, shm->config.wanIpAddress);
+  dropStore();
+  shm_errno = 99;
+}
+
+TEST_F(DhcpCommandsTest, KindMayLieOverTheName) {
+  makeStore();
+  strcpy(shm->config.wanInterfaceName, "eth1");
+  writeFile(leaseFile("eth1"), "IPADDR='10.0.0.5'\nDNSDOMAIN='example'\n");
+  void* place = shm->config.wanInterfaceName;
+  EXPECT_EQ(0, dhcp_start(shm->config.wanInterfaceName, 5, nullptr, static_cast<uint32_t*>(place)));
+  EXPECT_EQ(5u, *static_cast<uint32_t*>(place));
+  EXPECT_THAT(shellLines(), ElementsAre("/sbin/dhcpcd -t 5 -L  eth1"));
+  dropStore();
   shm_errno = 99;
 }
 
