@@ -68,22 +68,29 @@ int addAddress(const sys::Descriptor& socket, const char* name, in6_ifreq& addre
   return done ? 0 : fail(SHM_ESYSTEM);
 }
 
+// False at an address that does not parse. The name is sought anywhere in the line, so eth0 also lists the addresses of
+// eth0.12: kept on purpose.
+bool readAddresses(FILE* list, const char* name, in6_addr (&found)[kListedAddresses], int& count) {
+  char line[kLongestLine + 1];
+  while (count < kListedAddresses && fgets(line, sizeof line, list)) {
+    if (!strstr(line, name)) continue;
+    if (!parseDigits(line, &found[count])) return false;
+    ++count;
+  }
+  return true;
+}
+
 }  // namespace
 
-// The name is sought anywhere in the line, so eth0 also lists the addresses of eth0.12: kept on purpose.
 int getIpv6Addrs(const char* name, void* out7x16) {
   if (!name || !out7x16) return fail(SHM_EINVAL);
   sys::Stream list(fopen(kAddressList, "re"));
   if (!list) return -1;
-  auto* out = static_cast<unsigned char*>(out7x16);
-  char line[kLongestLine + 1];
+  in6_addr found[kListedAddresses];  // the output may lie where the name does
   int count = 0;
-  while (count < kListedAddresses && fgets(line, sizeof line, list.get())) {
-    if (!strstr(line, name)) continue;
-    if (!parseDigits(line, out + static_cast<size_t>(count) * sizeof(in6_addr))) return -1;
-    ++count;
-  }
-  return count;
+  bool sound = readAddresses(list.get(), name, found, count);
+  memcpy(out7x16, found, static_cast<size_t>(count) * sizeof found[0]);
+  return sound ? count : -1;
 }
 
 int getIfaceIndex(const char* name) {

@@ -139,7 +139,7 @@ int findManagementAddr(const char* text, ManagementAddress* out) {
   int count = managementEntries(*shm);
   for (int i = 0; i < count; ++i) {
     if (!address.matches(shm->managementAddress[i])) continue;
-    *out = shm->managementAddress[i];
+    memmove(out, &shm->managementAddress[i], sizeof *out);  // a caller may have it put into the table
     return 0;
   }
   return count == 0 ? 0 : -1;  // an empty list counts as a success without an entry: kept on purpose
@@ -150,7 +150,7 @@ int getManagementAddr(int index, ManagementAddress* out) {
   StoreLock lock;
   if (!lock) return -1;
   if (index < 0 || index >= managementEntries(*shm)) return fail(SHM_EINVAL);
-  *out = shm->managementAddress[index];
+  memmove(out, &shm->managementAddress[index], sizeof *out);
   return 0;
 }
 
