@@ -40,25 +40,28 @@ KESTROVE_API extern OpModeHandler appAccelerateModeFtbl[4];
 
 /* Raises an event (0 to 19) in the stored mode: fills the context from the store (all but locked, for event 6 also all
    but the VLAN ids), runs the mode's handler, applies the management addresses again and stores and saves the new mode.
-   Events 1 to 6 also put the IPv6 addresses and the routes of both tables back, except in Configuration and Debug Mode;
-   events 2 to 6 mark the change (bit 14) and signal the engine, except in Configuration Mode. Takes the store lock
-   unless locked is set, and leaves it with the caller then.
+   An event 1 to 6 with a transition in that mode also puts the IPv6 addresses of the bridge back, except in
+   Configuration Mode, and the routes of both tables, except in Debug Mode too; events 2 to 6 mark the change (bit 14)
+   and signal the engine, except in Configuration Mode. Takes the store lock unless locked is set, and leaves it with
+   the caller then.
 
-   0 whatever the kernel, the commands and the save do (a failed save leaves code 2). -1 with code 3 for another event,
-   a stored mode above 2 or a null context, with 1 or 2 when the store cannot be locked; nothing is changed then. */
+   0 whatever the kernel, the commands and the save do (a failed save leaves code 2 or 10). -1 with code 3 for another
+   event, a stored mode above 2 or a null context, with 1 or 2 when the store cannot be locked; nothing is changed then.
+ */
 KESTROVE_API int OpModeState(int event, OpModeContext* context);
 
 /* The handler of each mode: the transition alone, from the ids in the context, with the names of the interfaces in use
-   stored but nothing saved. For callers under the store lock; they take none. An event without a transition is ignored
-   (mode 0) or logged as an error under the name of the event that follows it. 0; -1 with 3 for a null context, with 1
-   when the store cannot be attached. */
+   stored but nothing saved. For callers under the store lock; they take none. A VLAN interface whose name has more than
+   15 characters is given to programs by its whole name, gets no address (code 3) and is cut where the store holds it.
+   An event without a transition is ignored (mode 0) or logged as an error under the name of the event that follows it,
+   and needs no store. 0; -1 with 3 for a null context, with 1 when the store cannot be attached. */
 KESTROVE_API int opModeDualIf(int event, OpModeContext* context);
 KESTROVE_API int opModeSingleOnly(int event, OpModeContext* context);
 KESTROVE_API int opModeSinglePBR(int event, OpModeContext* context);
 
 /* Hand an event to the handler of the context's application mode. 0; appNetConfigChange gives -1 with 3 for an
    application mode above 3. Its one handler, of application mode 0, acts in mode 2: WAN address (13), LAN address (14),
-   gateways (15 and 16). */
+   gateways (15 and 16); -1 with 1 when the store cannot be attached for one of these. */
 KESTROVE_API int appAccelerationModeChange(int event, OpModeContext* context);
 KESTROVE_API int appNetConfigChange(int event, OpModeContext* context);
 

@@ -17,11 +17,8 @@ namespace {
 
 constexpr int kLockHeld = 0;
 
-// Cut to what the kernel takes as a name.
-void nameVlan(char (&name)[16], const char* base, uint32_t id) {
-  char whole[32];
-  snprintf(whole, sizeof whole, "%s.%d", base, static_cast<int32_t>(id));
-  copyField(name, sizeof name, whole);
+void nameVlan(char (&name)[Vlans::kNameSize], const char* base, uint32_t id) {
+  snprintf(name, sizeof name, "%s.%d", base, static_cast<int32_t>(id));
 }
 
 Vlans vlansOn(const char* base, uint32_t lanId, uint32_t wanId) {
@@ -42,11 +39,21 @@ Vlans vlansBefore(int event, const char* base, const OpModeContext& context) {
 // What shm_ifconfig does, but on one plain socket for the whole transition: to close a packet socket takes the kernel
 // some ten milliseconds, and a transition changes up to six interfaces.
 void giveAddress(const Ports& ports, const char* name, uint32_t address, uint32_t mask, uint32_t broadcast) {
+  if (strlen(name) > sys::kLongestInterfaceName) {
+    fail(SHM_EINVAL);
+    return;
+  }
   if (!ports.addresses.configure(name, address, mask, broadcast)) fail(SHM_ESYSTEM);
 }
 
 void clearAddress(const Ports& ports, const char* name) { giveAddress(ports, name, 0, 0, 0); }
 void takeDown(const char* name) { shm_ifconfig_down1(name, 0); }
+
+// Only the store has no room for a longer name than the kernel takes.
+void storeName(char (&field)[16], const char* name) {
+  setField(field, name, sys::kLongestInterfaceName);
+  field[sys::kLongestInterfaceName] = '\0';
+}
 
 }  // namespace
 
@@ -67,18 +74,30 @@ void clearPhysical(const Ports& ports) {
   clearAddress(ports, ports.wan);
 }
 
-void clearVlans(const Ports& ports) {
+void clearVlansAroundPort(const Ports& ports) {
   clearAddress(ports, ports.after.lan);
   clearAddress(ports, ports.lan);
   clearAddress(ports, ports.after.wan);
 }
 
+void clearVlansThenPort(const Ports& ports) {
+  clearAddress(ports, ports.after.lan);
+  clearAddress(ports, ports.after.wan);
+  clearAddress(ports, ports.lan);
+}
+
 void addVlans(const Ports& ports) { shm_vconfig_add2(ports.base, ports.after.lanId, ports.after.wanId); }
 
-void takeDownVlans(const Ports& ports) {
+void takeDownVlansAroundPort(const Ports& ports) {
   takeDown(ports.before.lan);
   takeDown(ports.lan);
   takeDown(ports.before.wan);
+}
+
+void takeDownVlansThenPort(const Ports& ports) {
+  takeDown(ports.before.lan);
+  takeDown(ports.before.wan);
+  takeDown(ports.lan);
 }
 
 void removeVlans(const Ports& ports) { shm_vconfig_rem2(ports.base, ports.before.lanId, ports.before.wanId); }
@@ -140,7 +159,7 @@ void usePhysicalNames(const Ports& ports) {
 }
 
 void useVlanNames(const Ports& ports) {
-  setField(shm->config.wanInterfaceName, ports.after.wan);
+  storeName(shm->config.wanInterfaceName, ports.after.wan);
   setField(shm->config.lanInterfaceName, ports.lan);
 }
 

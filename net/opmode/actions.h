@@ -1,17 +1,21 @@
 // What a transition does, one action each. All under the store lock; no action takes it.
 #pragma once
 
+#include <stddef.h>
+
 #include "kestrove/opmode.h"
 #include "sys/interface_address.h"
 
 namespace kestrove::opmode {
 
-// The two VLAN interfaces on the base interface.
+// The two VLAN interfaces on the base interface, by their whole names: cut to what the kernel takes they might be those
+// of other interfaces.
 struct Vlans {
+  static constexpr size_t kNameSize = 16 + sizeof "-2147483648";
   uint32_t lanId;
   uint32_t wanId;
-  char lan[16];
-  char wan[16];
+  char lan[kNameSize];
+  char wan[kNameSize];
 };
 
 // The interfaces of one transition. Only a change of VLAN ids leaves other VLANs than it finds.
@@ -29,9 +33,11 @@ Ports portsOf(int event, const OpModeContext& context);
 using Action = void (*)(const Ports&);
 
 void clearPhysical(const Ports& ports);
-void clearVlans(const Ports& ports);
+void clearVlansAroundPort(const Ports& ports);
+void clearVlansThenPort(const Ports& ports);
 void addVlans(const Ports& ports);
-void takeDownVlans(const Ports& ports);
+void takeDownVlansAroundPort(const Ports& ports);
+void takeDownVlansThenPort(const Ports& ports);
 void removeVlans(const Ports& ports);
 void bridgeBase(const Ports& ports);
 void bridgeBaseOfBridgingProduct(const Ports& ports);

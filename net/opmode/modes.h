@@ -28,4 +28,7 @@ enum Event {
 // The model whose two ports are not bridged in dual-interface mode.
 constexpr uint32_t kUnbridgedProduct = 9;
 
+// Whether the mode has a transition for the event.
+bool handles(uint32_t mode, int event);
+
 }  // namespace kestrove::opmode

@@ -20,12 +20,6 @@ enum RouteStatus : uint32_t { kInactive = 1, kDisabled = 2, kActive = 3 };
 
 constexpr uint32_t kInUse = 1;
 
-void addAddresses6() {
-  for (int i = 0; i < ip6Entries(*shm); ++i) {
-    shm_if6config(kBridge, shm->ip6Address[i].address, shm->ip6Address[i].prefixLength, kAddAddress);
-  }
-}
-
 template <typename Slot>
 Slot* usedSlot(Slot (&slots)[SHM_ROUTES], uint32_t number) {
   return number < SHM_ROUTES && slots[number].inUse == kInUse ? &slots[number] : nullptr;
@@ -61,8 +55,13 @@ int addAddressesToInterfaces(OpModeContext* context) {
 
 namespace kestrove::opmode {
 
-void reapplyAddressesAndRoutes() {
-  addAddresses6();
+void reapplyBridgeAddresses6() {
+  for (int i = 0; i < ip6Entries(*shm); ++i) {
+    shm_if6config(kBridge, shm->ip6Address[i].address, shm->ip6Address[i].prefixLength, kAddAddress);
+  }
+}
+
+void reapplyRoutes() {
   if (usedSlot(shm->routes.slot, shm->routes.head)) addAllRoutes();
   addAllRoutes6();
 }

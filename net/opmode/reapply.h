@@ -3,7 +3,8 @@
 
 namespace kestrove::opmode {
 
-// The IPv6 addresses on the bridge, then both route tables. Under the store lock.
-void reapplyAddressesAndRoutes();
+// Both under the store lock.
+void reapplyBridgeAddresses6();
+void reapplyRoutes();  // of both tables
 
 }  // namespace kestrove::opmode

@@ -27,8 +27,14 @@ void fill(int event, OpModeContext& context) {
   context.lanVlanId = context.lanVlanIdCopy = config.lanVlanId;
 }
 
-bool rebuildsInterfaces(int event) { return event >= kPoweredOn && event <= kVlanChange; }
 bool changesMode(int event) { return event > kPoweredOn && event <= kVlanChange; }
+
+// Debug Mode leaves the routes alone, but not the addresses that went with the interfaces.
+void reapply() {
+  if (configurationMode()) return;
+  reapplyBridgeAddresses6();
+  if (!debugMode()) reapplyRoutes();
+}
 
 void tellEngine() {
   markPending(kPendingOpMode);
@@ -49,7 +55,7 @@ int OpModeState(int event, OpModeContext* context) {
   kHandlers[mode](event, context);
   addAddressesToInterfaces(context);
   shm->config.opModeState = context->mode;  // before the engine is signalled, which may look at once
-  if (rebuildsInterfaces(event) && !configurationMode() && !debugMode()) reapplyAddressesAndRoutes();
+  if (handles(mode, event)) reapply();
   if (changesMode(event) && !configurationMode()) tellEngine();
   save_shared_memory();
   return 0;

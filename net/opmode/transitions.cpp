@@ -26,12 +26,12 @@ struct Transition {
 
 constexpr Transition kTransitions[] = {
     {kDual, kPoweredOn, kDual, {clearPhysical, bridgeBaseOfBridgingProduct, usePhysicalNames}},
-    {kDual, kSingleOn, kSingle, {unbridgeBase, addVlans, clearVlans, bridgeVlan, useVlanNames}},
-    {kSingle, kPoweredOn, kSingle, {clearPhysical, addVlans, clearVlans, bridgeVlan, useVlanNames}},
+    {kDual, kSingleOn, kSingle, {unbridgeBase, addVlans, clearVlansAroundPort, bridgeVlan, useVlanNames}},
+    {kSingle, kPoweredOn, kSingle, {clearPhysical, addVlans, clearVlansAroundPort, bridgeVlan, useVlanNames}},
     {kSingle,
      kSingleOff,
      kDual,
-     {unbridgeVlan, takeDownVlans, removeVlans, clearPhysical, bridgeBase, usePhysicalNames}},
+     {unbridgeVlan, takeDownVlansAroundPort, removeVlans, clearPhysical, bridgeBase, usePhysicalNames}},
     {kSingle,
      kPolicyRoutingOn,
      kPolicyRouting,
@@ -39,7 +39,7 @@ constexpr Transition kTransitions[] = {
     {kSingle,
      kVlanChange,
      kSingle,
-     {unbridgeVlan, takeDownVlans, removeVlans, addVlans, clearVlans, bridgeVlan, useVlanNames}},
+     {unbridgeVlan, takeDownVlansThenPort, removeVlans, addVlans, clearVlansThenPort, bridgeVlan, useVlanNames}},
     {kPolicyRouting,
      kPoweredOn,
      kPolicyRouting,
@@ -47,7 +47,7 @@ constexpr Transition kTransitions[] = {
     {kPolicyRouting,
      kSingleOff,
      kDual,
-     {resetPolicy, stopForwarding, takeDownVlans, removeVlans, clearPhysical, bridgeBase, usePhysicalNames}},
+     {resetPolicy, stopForwarding, takeDownVlansThenPort, removeVlans, clearPhysical, bridgeBase, usePhysicalNames}},
     {kPolicyRouting,
      kPolicyRoutingOff,
      kSingle,
@@ -55,8 +55,8 @@ constexpr Transition kTransitions[] = {
     {kPolicyRouting,
      kVlanChange,
      kPolicyRouting,
-     {stopForwarding, resetPolicy, takeDownVlans, removeVlans, addVlans, giveLanAddress, giveWanAddress, forward,
-      routeByPolicy, useVlanNames}},
+     {stopForwarding, resetPolicy, takeDownVlansThenPort, removeVlans, addVlans, giveLanAddress, giveWanAddress,
+      forward, routeByPolicy, useVlanNames}},
 };
 
 struct ModeRow {
@@ -77,19 +77,25 @@ constexpr AddressChange kAddressChanges[] = {{kWanAddress, giveWanAddress},
                                              {kWanGateway, routeByPolicy},
                                              {kLanGateway, routeByPolicy}};
 
-int changeAddress(int event, OpModeContext* context) {
-  if (context->mode != kPolicyRouting) return 0;
-  Ports ports = portsOf(event, *context);
+Action addressChange(int event) {
   for (const AddressChange& change : kAddressChanges) {
-    if (change.event == event) change.action(ports);
+    if (change.event == event) return change.action;
   }
+  return nullptr;
+}
+
+int changeAddress(int event, OpModeContext* context) {
+  Action action = context->mode == kPolicyRouting ? addressChange(event) : nullptr;
+  if (!action) return 0;
+  if (!attachStore()) return -1;
+  action(portsOf(event, *context));
   return 0;
 }
 
 // By application mode.
 constexpr OpModeHandler kAddressChangeHandlers[kApplicationModes] = {changeAddress};
 
-const Transition* find(Mode mode, int event) {
+const Transition* find(uint32_t mode, int event) {
   for (const Transition& transition : kTransitions) {
     if (transition.mode == mode && transition.event == event) return &transition;
   }
@@ -121,12 +127,13 @@ void handOn(const ModeRow& row, int event, OpModeContext& context) {
   }
 }
 
+// An event without a transition needs no store.
 int handle(Mode mode, int event, OpModeContext* context) {
   if (!context) return fail(SHM_EINVAL);
-  if (!attachStore()) return -1;
   const ModeRow& row = kModeRows[mode];
   if (row.logName) syslog(LOG_DEBUG, "%s event:%d", row.logName, event);
   const Transition* transition = find(mode, event);
+  if (transition && !attachStore()) return -1;
   if (transition) {
     walk(*transition, event, *context);
   } else {
@@ -136,6 +143,8 @@ int handle(Mode mode, int event, OpModeContext* context) {
 }
 
 }  // namespace
+
+bool opmode::handles(uint32_t mode, int event) { return find(mode, event) != nullptr; }
 
 int opModeDualIf(int event, OpModeContext* context) { return handle(kDual, event, context); }
 int opModeSingleOnly(int event, OpModeContext* context) { return handle(kSingle, event, context); }
@@ -150,7 +159,6 @@ int appAccelerationModeChange(int event, OpModeContext* context) {
 
 int appNetConfigChange(int event, OpModeContext* context) {
   if (!context || context->l7Mode >= kApplicationModes) return fail(SHM_EINVAL);
-  if (!attachStore()) return -1;
   OpModeHandler handler = kAddressChangeHandlers[context->l7Mode];
   return handler ? handler(event, context) : 0;
 }

@@ -72,11 +72,7 @@ inline Lines vlansRemoved(const std::string& lan, const std::string& wan) {
   return {"run /sbin/vconfig rem base0." + lan + " > /dev/null 2>&1",
           "run /sbin/vconfig rem base0." + wan + " > /dev/null 2>&1"};
 }
-inline Lines takenDown(const std::string& lan, const std::string& wan) {
-  return {"run /sbin/ifconfig base0." + lan + "  down> /dev/null 2>&1",
-          "run /sbin/ifconfig plan0  down> /dev/null 2>&1",
-          "run /sbin/ifconfig base0." + wan + "  down> /dev/null 2>&1"};
-}
+inline Lines down(const std::string& name) { return {"run /sbin/ifconfig " + name + "  down> /dev/null 2>&1"}; }
 inline Lines lanAddress(const std::string& name) {
   return {"SIOCSIFADDR " + name + " 10.1.0.1", "SIOCSIFNETMASK " + name + " 255.255.0.0",
           "SIOCSIFBRDADDR " + name + " 10.1.0.255", "SIOCSIFFLAGS " + name + " 0x1003"};

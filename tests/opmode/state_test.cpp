@@ -11,9 +11,9 @@
 namespace kestrove::testing {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Not;
 
 constexpr char kFile[] = "/etc/config/kestrove.conf";
 constexpr uint32_t kOpModeBit = 0x4000;
@@ -96,6 +96,34 @@ TEST_F(State, VlanChangeKeepsTheCallersIds) {
   EXPECT_EQ(2u, context_.lanVlanId);
   EXPECT_EQ(3u, context_.wanVlanIdCopy);
   EXPECT_EQ(4u, context_.lanVlanIdCopy);
+}
+
+TEST_F(State, ContextMayLieInTheStore) {
+  auto& context = *reinterpret_cast<OpModeContext*>(shm->config.reserved95);
+  shm->config.opModeState = 0;
+  ASSERT_EQ(0, OpModeState(2, &context));
+  EXPECT_EQ(1u, context.mode);
+  EXPECT_EQ(12u, context.lanVlanId);
+  EXPECT_EQ(1u, shm->config.opModeState);
+  const Lines calls = kernelCalls();
+  watchKernel(Kernel::kPretend);
+  ASSERT_EQ(0, raiseIn(0, 2));
+  EXPECT_EQ(calls, kernelCalls()) << "as with a context elsewhere";
+}
+
+TEST_F(State, ContextMayLieInTheStoreForEachHandler) {
+  auto& context = *reinterpret_cast<OpModeContext*>(shm->config.reserved95);
+  context.lanVlanId = 12;
+  context.wanVlanId = 13;
+  EXPECT_EQ(0, opModeDualIf(2, &context));
+  EXPECT_EQ(1u, context.mode);
+  EXPECT_EQ(0, opModeSingleOnly(4, &context));
+  EXPECT_EQ(2u, context.mode);
+  EXPECT_EQ(0, appNetConfigChange(14, &context));
+  EXPECT_EQ(0, appAccelerationModeChange(7, &context));
+  EXPECT_EQ(0, addAddressesToInterfaces(&context));
+  EXPECT_EQ(0, opModeSinglePBR(3, &context));
+  EXPECT_EQ(0u, context.mode);
 }
 
 TEST_F(State, EventsTwoToSixMarkAndSignalTheEngine) {
@@ -270,7 +298,8 @@ TEST_F(State, RefusedRoutesAreInactive) {
   addRoute6(0, "fd00:9::5", 3);
   shm->routes6.head6 = 0;
   watchKernel(Kernel::kReal);
-  ASSERT_EQ(0, raiseIn(0, 4));
+  shm->config.productId = 9;  // no bridge to be made
+  ASSERT_EQ(0, raiseIn(0, 1));
   EXPECT_EQ(1u, shm->routes6.slot[0].status);
 }
 
@@ -291,29 +320,87 @@ TEST_F(State, RoutesOfVersionFourAreInstalledWhenThereAreAny) {
   route = {v4("10.77.0.0"), v4("255.255.0.0"), v4("10.9.0.5"), 1, 1, SHM_NO_SLOT};
   addManagement(4, 1);
   strcpy(shm->config.wanInterfaceName, "lo");
-  ASSERT_EQ(0, raiseIn(0, 4));
+  ASSERT_EQ(0, raiseIn(0, 1));
   EXPECT_EQ(3u, route.status);
   route.inUse = SHM_NO_SLOT;
   shm_errno = 0;
-  ASSERT_EQ(0, raiseIn(0, 4));
+  ASSERT_EQ(0, raiseIn(0, 1));
   EXPECT_EQ(0u, shm_errno) << "an empty table is not walked";
 }
 
-TEST_F(State, NothingIsReappliedByOtherEventsOrStates) {
-  Ip6Address& entry = shm->ip6Address[shm->ip6Count++];
-  memcpy(entry.address, v6("fd00:50::1").data(), 16);
-  addRoute6(0, "fd00:9::5", 3);
-  shm->routes6.head6 = 0;
-  for (int event : {0, 7, 10, 11, 12, 13, 19}) ASSERT_EQ(0, raiseIn(0, event));
-  for (uint32_t state : {SHM_STATE_CONFIGURATION, SHM_STATE_DEBUG}) {
-    shm->operationalState = state;
-    ASSERT_EQ(0, raiseIn(0, 4));
+class Reapplied : public State {
+ protected:
+  void SetUp() override {
+    State::SetUp();
+    shm->config.productId = 9;  // an event 1 in dual mode clears three interfaces and makes no bridge
+    Ip6Address& entry = shm->ip6Address[shm->ip6Count++];
+    memcpy(entry.address, v6("fd00:50::1").data(), 16);
+    entry.prefixLength = 64;
+    shm->routes.slot[0] = {v4("10.77.0.0"), v4("255.255.0.0"), v4("10.9.0.5"), 3, 1, SHM_NO_SLOT};
+    shm->routes.head = 0;
+    addRoute6(0, "fd00:9::5", 3);
+    shm->routes6.head6 = 0;
+    pretendFlags(1);
+  }
+  // Neither gateway is reached, so routes that were applied again are inactive.
+  uint32_t route4() const { return shm->routes.slot[0].status; }
+  uint32_t route6() const { return shm->routes6.slot[0].status; }
+  Lines powerOn() {
+    EXPECT_EQ(0, raiseIn(0, 1));
+    return kernelCalls();
+  }
+  const Lines kCleared = cleared("base0") + cleared("plan0") + cleared("pwan0");
+  const Lines kAddress = {"SIOCGIFINDEX br0", "SIOCSIFADDR fd00:50::1/64 index 7", "SIOCGIFFLAGS br0"};
+};
+
+TEST_F(Reapplied, NothingByEventsThatTheModeDoesNotHandle) {
+  const std::vector<int> unhandled[] = {{3, 4, 5, 6}, {2, 5}, {2, 4}};
+  for (uint32_t mode : {0u, 1u, 2u}) {
+    for (int event : unhandled[mode]) ASSERT_EQ(0, raiseIn(mode, event));
+    for (int event : {0, 7, 10, 11, 12, 17, 18, 19}) ASSERT_EQ(0, raiseIn(mode, event));
   }
   EXPECT_THAT(kernelCalls(), IsEmpty());
-  EXPECT_EQ(3u, shm->routes6.slot[0].status);
-  shm->operationalState = SHM_STATE_DISABLED;
-  ASSERT_EQ(0, raiseIn(0, 4));
-  EXPECT_THAT(kernelCalls(), Not(IsEmpty()));
+  EXPECT_EQ(3u, route4());
+  EXPECT_EQ(3u, route6());
+}
+
+TEST_F(Reapplied, AddressesAndRoutesByEveryTransition) {
+  const std::vector<int> handled[] = {{1, 2}, {1, 3, 4, 6}, {1, 3, 5, 6}};
+  for (uint32_t mode : {0u, 1u, 2u}) {
+    for (int event : handled[mode]) {
+      shm->routes.slot[0].status = shm->routes6.slot[0].status = 3;
+      watchKernel(Kernel::kPretend);
+      ASSERT_EQ(0, raiseIn(mode, event));
+      EXPECT_THAT(kernelCalls(), Contains(kAddress[1])) << mode << " " << event;
+      EXPECT_EQ(1u, route4()) << mode << " " << event;
+      EXPECT_EQ(1u, route6()) << mode << " " << event;
+    }
+  }
+}
+
+TEST_F(Reapplied, NothingInConfigurationMode) {
+  shm->operationalState = SHM_STATE_CONFIGURATION;
+  EXPECT_EQ(kCleared, powerOn());
+  EXPECT_EQ(3u, route4());
+  EXPECT_EQ(3u, route6());
+}
+
+TEST_F(Reapplied, AddressesWithoutRoutesInDebugMode) {
+  shm->operationalState = SHM_STATE_DEBUG;
+  EXPECT_EQ(kCleared + kAddress, powerOn());
+  EXPECT_EQ(3u, route4());
+  EXPECT_EQ(3u, route6());
+}
+
+TEST_F(Reapplied, BothInTheOtherStates) {
+  for (uint32_t state : {SHM_STATE_UNINITIALIZED, SHM_STATE_OPERATIONAL, SHM_STATE_DISABLED, SHM_STATE_UNCONFIGURED}) {
+    shm->operationalState = state;
+    shm->routes.slot[0].status = shm->routes6.slot[0].status = 3;
+    watchKernel(Kernel::kPretend);
+    EXPECT_THAT(powerOn(), Contains(kAddress[1])) << state;
+    EXPECT_EQ(1u, route4()) << state;
+    EXPECT_EQ(1u, route6()) << state;
+  }
 }
 
 }  // namespace

@@ -7,11 +7,13 @@
 
 #include "kestrove/kestrove.h"
 #include "tests/opmode/modes.h"
+#include "tests/support/lock_watch.h"
 
 namespace kestrove::testing {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -47,6 +49,18 @@ class Traffic : public ModeTest {
 };
 
 const auto arrives = HasSubstr(" 0% packet loss");
+
+TEST_F(Traffic, ProgramsOfATransitionRunInsideItsHold) {
+  LockWatch watch;
+  watch.instead("/usr/bin/init-bridging");
+  ASSERT_EQ(0, raiseIn(0, 1));
+  context_.locked = 1;
+  ASSERT_EQ(0, shm_lock());
+  ASSERT_EQ(0, raiseIn(0, 2));
+  EXPECT_THAT(watch.seen(), ElementsAre("init-bridging held", "init-bridging held"));
+  EXPECT_TRUE(fileLockHeld()) << "it is the caller's";
+  shm_unlock();
+}
 
 TEST_F(Traffic, DualBridgesTheTwoPorts) {
   ASSERT_EQ(0, raiseIn(0, 1));

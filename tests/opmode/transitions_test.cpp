@@ -56,10 +56,10 @@ TEST_F(Transitions, SinglePoweredOn) {
 }
 
 TEST_F(Transitions, SingleToDual) {
-  expectMove(
-      kSingle, 3,
-      unbridged("base0.12") + takenDown("12", "13") + vlansRemoved("12", "13") + kPhysicalCleared + bridged("base0"),
-      "plan0 pwan0", kDual);
+  expectMove(kSingle, 3,
+             unbridged("base0.12") + down("base0.12") + down("plan0") + down("base0.13") + vlansRemoved("12", "13") +
+                 kPhysicalCleared + bridged("base0"),
+             "plan0 pwan0", kDual);
 }
 
 TEST_F(Transitions, SingleToDualBridgesOnModelNineToo) {
@@ -81,8 +81,9 @@ TEST_F(Transitions, SingleWithNewVlans) {
   context_.lanVlanIdCopy = 32;
   context_.wanVlanIdCopy = 33;
   expectMove(kSingle, 6,
-             unbridged("base0.32") + takenDown("32", "33") + vlansRemoved("32", "33") + vlansAdded("22", "23") +
-                 cleared("base0.22") + cleared("plan0") + cleared("base0.23") + bridged("base0.22"),
+             unbridged("base0.32") + down("base0.32") + down("base0.33") + down("plan0") + vlansRemoved("32", "33") +
+                 vlansAdded("22", "23") + cleared("base0.22") + cleared("base0.23") + cleared("plan0") +
+                 bridged("base0.22"),
              "plan0 base0.23", kSingle);
   EXPECT_EQ(12u, shm->config.lanVlanId) << "the configuration's ids are the caller's business";
 }
@@ -114,8 +115,8 @@ TEST_F(Transitions, PolicyRoutingPoweredOnLeavesTheNames) {
 
 TEST_F(Transitions, PolicyRoutingToDual) {
   expectMove(kPolicyRouting, 3,
-             policyReset() + forwarding("0", "base0.12") + takenDown("12", "13") + vlansRemoved("12", "13") +
-                 kPhysicalCleared + bridged("base0"),
+             policyReset() + forwarding("0", "base0.12") + down("base0.12") + down("base0.13") + down("plan0") +
+                 vlansRemoved("12", "13") + kPhysicalCleared + bridged("base0"),
              "plan0 pwan0", kDual);
 }
 
@@ -132,9 +133,9 @@ TEST_F(Transitions, PolicyRoutingWithNewVlansUsesTheConfigurationsIdsInItsRules)
   context_.lanVlanIdCopy = 32;
   context_.wanVlanIdCopy = 33;
   expectMove(kPolicyRouting, 6,
-             forwarding("0", "base0.32") + policyReset() + takenDown("32", "33") + vlansRemoved("32", "33") +
-                 vlansAdded("22", "23") + lanAddress("base0.22") + wanAddress() + forwarding("1", "base0.22") +
-                 policyRouting(),
+             forwarding("0", "base0.32") + policyReset() + down("base0.32") + down("base0.33") + down("plan0") +
+                 vlansRemoved("32", "33") + vlansAdded("22", "23") + lanAddress("base0.22") + wanAddress() +
+                 forwarding("1", "base0.22") + policyRouting(),
              "plan0 base0.23", kPolicyRouting);
 }
 
@@ -226,17 +227,87 @@ TEST_F(Transitions, FailuresOfTheActionsDoNotStopThem) {
   EXPECT_EQ(kSingle, shm->config.opModeState);
 }
 
-TEST_F(Transitions, VlanNamesAreCutToFifteenCharacters) {
-  memcpy(shm->config.bridgeRouterPhysicalName, "abcdefghijklmnop", 16);  // without a terminator
-  shm->config.wanVlanId = 4294967295u;
+// A base of twelve characters: its VLANs of four digits have more than the kernel takes.
+class LongVlanNames : public Transitions {
+ protected:
+  void SetUp() override {
+    Transitions::SetUp();
+    strcpy(shm->config.bridgeRouterPhysicalName, "abcdefghijkl");
+    shm->config.lanVlanId = 4093;
+    shm->config.wanVlanId = 4094;
+  }
+  // What was done to the interfaces, without the commands and requests on others.
+  Lines about(const std::string& name) {
+    Lines found;
+    for (const std::string& call : kernelCalls()) {
+      if (call.find(" " + name + " ") != call.npos || call.find(name + "/") != call.npos) found.push_back(call);
+    }
+    return found;
+  }
+};
+
+TEST_F(LongVlanNames, GoWholeToProgramsAndNotToTheKernel) {
   ASSERT_EQ(0, raiseIn(kDual, 2));
-  EXPECT_STREQ("abcdefghijklmno", shm->config.wanInterfaceName);
-  strcpy(shm->config.bridgeRouterPhysicalName, "abcdefghijkl");
-  ASSERT_EQ(0, raiseIn(kDual, 2));
-  EXPECT_STREQ("abcdefghijkl.-1", shm->config.wanInterfaceName);
-  shm->config.wanVlanId = 4094;
+  EXPECT_EQ(Lines({"run /usr/sbin/brctl delif br0 abcdefghijkl  > /dev/null 2>&1",
+                   "run /usr/sbin/brctl delif br0 plan0  > /dev/null 2>&1", "run ifconfig br0 down  > /dev/null 2>&1 ",
+                   "run /usr/sbin/brctl delbr br0  > /dev/null 2>&1",
+                   "run /sbin/vconfig add abcdefghijkl 4093 > /dev/null 2>&1",
+                   "run /sbin/vconfig add abcdefghijkl 4094 > /dev/null 2>&1"}) +
+                cleared("plan0") + bridged("abcdefghijkl.4093"),
+            kernelCalls());
+  EXPECT_EQ(uint32_t(SHM_EINVAL), shm_errno);
+  EXPECT_EQ(kSingle, shm->config.opModeState);
+}
+
+TEST_F(LongVlanNames, AreTakenDownWhole) {
+  ASSERT_EQ(0, raiseIn(kSingle, 3));
+  EXPECT_EQ(down("abcdefghijkl.4094") + Lines{"run /sbin/vconfig rem abcdefghijkl.4094 > /dev/null 2>&1"},
+            about("abcdefghijkl.4094"));
+  EXPECT_EQ(kDual, shm->config.opModeState);
+}
+
+TEST_F(LongVlanNames, GetNoAddressButForwardingAndRoutes) {
+  ASSERT_EQ(0, raiseIn(kSingle, 4));
+  EXPECT_THAT(about("abcdefghijkl.4093"),
+              ElementsAre("run echo 1 > /proc/sys/net/ipv4/conf/abcdefghijkl.4093/forwarding",
+                          "run /sbin/ip rule add dev abcdefghijkl.4093 table 102 >> /dev/null 2>&1 ",
+                          "run /sbin/ip route add default via 10.1.0.254 dev abcdefghijkl.4093 table 103          "
+                          ">> /dev/null 2>&1 ",
+                          "run /sbin/ip route add  10.1.0.0/16 dev abcdefghijkl.4093 table 103 >> /dev/null 2>&1 "));
+  EXPECT_EQ(kPolicyRouting, shm->config.opModeState);
+  watchKernel(Kernel::kPretend);
+  ASSERT_EQ(0, raiseIn(kPolicyRouting, 14));
+  EXPECT_THAT(kernelCalls(), IsEmpty());
+  EXPECT_EQ(uint32_t(SHM_EINVAL), shm_errno);
+}
+
+TEST_F(LongVlanNames, AreCutWhereTheStoreHoldsThem) {
+  memset(shm->config.wanInterfaceName, '?', sizeof shm->config.wanInterfaceName);
   ASSERT_EQ(0, raiseIn(kDual, 2));
   EXPECT_STREQ("abcdefghijkl.40", shm->config.wanInterfaceName);
+  shm->config.wanVlanId = 4294967295u;
+  ASSERT_EQ(0, raiseIn(kDual, 2));
+  EXPECT_STREQ("abcdefghijkl.-1", shm->config.wanInterfaceName);
+  memcpy(shm->config.bridgeRouterPhysicalName, "abcdefghijklmnop", 16);  // without a terminator
+  ASSERT_EQ(0, raiseIn(kDual, 2));
+  EXPECT_STREQ("abcdefghijklmno", shm->config.wanInterfaceName);
+}
+
+TEST_F(LongVlanNames, OfTheLargestIdsFit) {
+  memset(shm->config.bridgeRouterPhysicalName, 'b', 16);
+  shm->config.lanVlanId = 0x80000000u;
+  ASSERT_EQ(0, raiseIn(kDual, 2));
+  EXPECT_EQ("run /usr/bin/init-bridging bbbbbbbbbbbbbbb.-2147483648 plan0  > /dev/null 2>&1",
+            kernelCalls().at(kernelCalls().size() - 2));
+}
+
+TEST_F(Transitions, EmptyNamesRunAsTheyAre) {
+  strcpy(shm->config.bridgeRouterPhysicalName, "");
+  strcpy(shm->config.physicalLanInterfaceName, "");
+  ASSERT_EQ(0, raiseIn(kDual, 2));
+  const Lines calls = kernelCalls();
+  EXPECT_EQ("run /usr/sbin/brctl delif br0   > /dev/null 2>&1", calls.front());
+  EXPECT_EQ("run /usr/bin/init-bridging .12   > /dev/null 2>&1", calls.at(calls.size() - 2));
 }
 
 TEST_F(Transitions, NamesWithShellCharactersReachNoShell) {
@@ -251,6 +322,40 @@ TEST_F(Transitions, NamesWithShellCharactersReachNoShell) {
 }
 
 class Handlers : public ModeTest {};
+
+TEST(HandlersWithoutStore, GiveZeroAndTheirLinesWhereNothingIsToBeDone) {
+  OpModeContext context = {};
+  for (int event : {0, 3, 4, 5, 6, 7, 10, 11, 12, 13, 19}) EXPECT_EQ(0, opModeDualIf(event, &context)) << event;
+  for (int event : {0, 2, 5, 7, 10, 11, 12, 13, 19}) EXPECT_EQ(0, opModeSingleOnly(event, &context)) << event;
+  clearSyslog();
+  for (int event : {2, 7, 11, 13}) EXPECT_EQ(0, opModeSinglePBR(event, &context)) << event;
+  EXPECT_THAT(syslogLines(), ElementsAre("debug: opModeSinglePBR event:2",
+                                         "err: opModeSinglePBR: EVENT EVENT_SINGLIF_INTERFACE_OFF error",
+                                         "debug: opModeSinglePBR event:7", "debug: opModeSinglePBR event:11",
+                                         "debug: opModeSinglePBR event:13"));
+}
+
+TEST(HandlersWithoutStore, AddressDispatcherGivesZeroWhereNothingIsToBeDone) {
+  OpModeContext context = {};
+  for (int event : {11, 13, 16}) EXPECT_EQ(0, appNetConfigChange(event, &context)) << event;
+  context.l7Mode = 3;
+  EXPECT_EQ(0, appNetConfigChange(13, &context));
+  context.l7Mode = 4;
+  EXPECT_FAILS_WITH(SHM_EINVAL, appNetConfigChange(13, &context));
+  context = {};
+  context.mode = kPolicyRouting;
+  for (int event : {11, 12, 17}) EXPECT_EQ(0, appNetConfigChange(event, &context)) << event;
+}
+
+TEST(HandlersWithoutStore, FailToAttachForATransition) {
+  OpModeContext context = {};
+  EXPECT_FAILS_WITH(SHM_EATTACH, opModeDualIf(1, &context));
+  EXPECT_FAILS_WITH(SHM_EATTACH, opModeSingleOnly(3, &context));
+  EXPECT_FAILS_WITH(SHM_EATTACH, opModeSinglePBR(6, &context));
+  EXPECT_EQ(0u, context.mode);
+  context.mode = kPolicyRouting;
+  for (int event : {13, 14, 15, 16}) EXPECT_FAILS_WITH(SHM_EATTACH, appNetConfigChange(event, &context));
+}
 
 TEST_F(Handlers, CanBeCalledByThemselves) {
   context_.lanVlanId = 42;
