@@ -109,6 +109,16 @@ TEST_F(ProcessTest, APidThatIsNoNumberReachesNoShell) {
   EXPECT_EQ(1u, errors().size());
 }
 
+TEST_F(ProcessTest, APidOfNoServerIsNotSignalled) {
+  shm->config.httpOperState = 1;
+  for (const char* pid : {"0\n", "1\n", "-1\n", "0001\n"}) {
+    clearRecords();
+    writeFile(kWebPid, pid);
+    EXPECT_EQ(0, refresh_userinterface_apps());
+    for (const std::string& line : shellLines()) EXPECT_EQ(line.npos, line.find("kill")) << line;
+  }
+}
+
 TEST_F(ProcessTest, RefreshLogsAKillThatCouldNotBeRun) {
   shm->config.snmpOperState = shm->config.sshdOperState = 1;
   inOtherProcess([] {
