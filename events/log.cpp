@@ -9,7 +9,7 @@
 #include "kestrove/events.h"
 #include "store/fail.h"
 #include "store/lock.h"
-#include "store/text.h"
+#include "store/user_name.h"
 #include "sys/command.h"
 
 namespace kestrove {
@@ -19,16 +19,6 @@ constexpr char kEventLogFile[] = "/var/log/kestrove/event.log";
 constexpr char kNullDevice[] = "/dev/null";
 constexpr uint32_t kSystemRebooted = 3;
 constexpr uint32_t kEventLogCleared = 17;
-
-// The name of a user as an event keeps it, apart from the caller's text: that may be a record of the log itself.
-class UserName {
- public:
-  explicit UserName(const char* user) { setField(text_, user ? user : "", sizeof text_ - 1); }
-  const char* text() const { return text_; }
-
- private:
-  char text_[sizeof(EventRecord::userName) + 1] = {};
-};
 
 // A bogus event is told apart here only: it is logged like any other.
 void tellSyslog(uint32_t id, uint32_t source) {

@@ -7,6 +7,7 @@
 #include "kestrove/stats.h"
 #include "stats/ratio.h"
 #include "store/lock.h"
+#include "store/user_name.h"
 #include "sys/command.h"
 
 namespace kestrove {
@@ -82,21 +83,23 @@ int resetFilterStats(void) {
 int resetStats(uint32_t source, const char* user) {
   StoreLock lock;
   if (!lock) return -1;
+  UserName name(user);  // for both events
   zeroCounters(shm->statistics);
   for (QosRow& row : shm->qos) zeroQueue(row);
-  logEvent(SHM_EVENT_SYSTEM_STATS_CLEARED, source, user);
-  logEvent(SHM_EVENT_COMPRESSION_RATIO_CLEARED, source, user);
+  logEvent(SHM_EVENT_SYSTEM_STATS_CLEARED, source, name.text());
+  logEvent(SHM_EVENT_COMPRESSION_RATIO_CLEARED, source, name.text());
   return 0;
 }
 
 int resetOptimizationStats(uint32_t source, const char* user) {
   StoreLock lock;
   if (!lock) return -1;
+  UserName name(user);  // for both events
   zeroCompression(shm->statistics);
   zeroFilter(shm->statistics);
   memset(&shm->sessionEngine, 0, kSessionEngineBytes);
-  logEvent(SHM_EVENT_COMPRESSION_RATIO_CLEARED, source, user);
+  logEvent(SHM_EVENT_COMPRESSION_RATIO_CLEARED, source, name.text());
   clearCacheLog();
-  logEvent(SHM_EVENT_OPTIMIZATION_STATS_CLEARED, source, user);
+  logEvent(SHM_EVENT_OPTIMIZATION_STATS_CLEARED, source, name.text());
   return 0;
 }

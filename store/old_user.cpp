@@ -1,4 +1,5 @@
 // One-time move of an administrator account named by old configuration keys.
+#include <errno.h>
 #include <fcntl.h>
 #include <stdio.h>
 #include <string.h>
@@ -49,11 +50,13 @@ int createAccount(const OldUser& user) {
   int result = added < 0 ? added : addPassword(user.name, user.password);
   if (result >= 0) return result;
   uint32_t code = shm_errno;
+  int error = errno;
   if (added < 0) {
     removeUser(user.name);
   } else {
     undoAccount(user.name);
   }
+  errno = error;
   shm_errno = code;
   return result;
 }

@@ -1,4 +1,6 @@
 // Adding and removing users, in the table and in the password file.
+#include <errno.h>
+
 #include "kestrove/persistence.h"
 #include "kestrove/users.h"
 #include "store/accounts.h"
@@ -63,7 +65,9 @@ int addUser(const UserAccount* given, const char* password) {
   if (!password) return 0;
   if (validatePasswordComplexity(password, nullptr) == 0 && addPassword(name.text, password) == 0) return 0;
   uint32_t code = shm_errno;
+  int error = errno;
   undoAccount(name.text);
+  errno = error;
   return fail(static_cast<int>(code));
 }
 

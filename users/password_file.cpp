@@ -1,5 +1,6 @@
 #include "users/password_file.h"
 
+#include <errno.h>
 #include <pwd.h>
 #include <stdio_ext.h>
 #include <stdlib.h>
@@ -36,8 +37,10 @@ bool append(FILE* file, const struct passwd& entry) {
   if (fseeko(file, 0, SEEK_END) != 0) return false;
   off_t size = ftello(file);
   if (finishLastLine(file, size) && putpwent(&entry, file) == 0 && fflush(file) == 0) return true;
+  int error = errno;
   __fpurge(file);
   if (ftruncate(fileno(file), size) != 0) syslog(LOG_ERR, "%s is left with part of a line: %m", kPasswordFile);
+  errno = error;
   return false;
 }
 

@@ -358,6 +358,19 @@ TEST_F(CommandsTest, RestoreTakesNoLockAndAttaches) {
   shm = attached;
 }
 
+TEST_F(CommandsTest, TimestampAndUserOfTheStore) {
+  strcpy(shm->config.sysName, "now");
+  ASSERT_EQ(0, logEvent(24, 3, "administrator"));
+  shm->eventLog.writeIndex = 0;
+  EXPECT_EQ(0, __saveShmState(shm->config.sysName, 0, shm->eventLog.record[0].userName + 3));
+  EXPECT_THAT(shellLines(), Contains(kZip));
+  EXPECT_STREQ("inistrator", shm->eventLog.record[0].userName);
+  EXPECT_EQ(0, saveSystemState(0, shm->eventLog.record[0].userName));
+  fillArchive();
+  EXPECT_EQ(0, loadSystemState(0, shm->eventLog.record[0].userName));
+  for (int i = 1; i < 3; ++i) EXPECT_STREQ("inistrator", shm->eventLog.record[i].userName);
+}
+
 TEST_F(CommandsTest, NoTimestamp) {
   EXPECT_FAILS_WITH(SHM_EINVAL, __saveShmState(nullptr, 0, "--"));
   EXPECT_THAT(shellLines(), IsEmpty());

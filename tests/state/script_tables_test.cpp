@@ -35,6 +35,15 @@ TEST_F(ScriptTest, ManagementAddresses) {
       written(__saveManagement));
 }
 
+TEST_F(ScriptTest, RoutesOfTheTable) {
+  shm->routes.slot[3].destination = quad("10.1.0.0");
+  setIp6(shm->routes6.slot[3].destination, "2001:db8::");
+  EXPECT_EQ("route add 10.1.0.0 0.0.0.0 0.0.0.0 \n",
+            written([](FILE* stream) { return __printRoute(stream, &shm->routes.slot[3]); }));
+  EXPECT_EQ("route6 add 2001:db8:: 0 :: \n",
+            written([](FILE* stream) { return __printIpv6Route(stream, &shm->routes6.slot[3]); }));
+}
+
 TEST_F(ScriptTest, DamagedManagementCount) {
   for (int i = 0; i < 7; ++i) shm->managementAddress[i] = address4("10.0.0.1", "255.0.0.0", 4);
   for (int32_t count : {0, -1, INT32_MIN}) {

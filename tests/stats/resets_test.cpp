@@ -61,6 +61,15 @@ TEST_F(Reset, OfTheCompressionRatio) {
   EXPECT_EQ(0, shm_lock_count);
 }
 
+TEST_F(Reset, UserWhoStandsInTheLogIsTheOneOfBothEvents) {
+  for (auto reset : {resetStats, resetOptimizationStats}) {
+    strcpy(shm->eventLog.record[0].userName, "an admin");
+    shm->eventLog.writeIndex = 0;
+    EXPECT_EQ(0, reset(2, shm->eventLog.record[0].userName + 3));
+    EXPECT_EQ(2u, events().size());
+  }
+}
+
 TEST_F(Reset, OfTheFilter) {
   EXPECT_EQ(0, resetFilterStats());
   EXPECT_EQ(100u, shm->statistics.filter_compression_ratio);

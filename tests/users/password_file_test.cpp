@@ -1,5 +1,6 @@
 // The password file: which lines stay, and files that are no proper ones.
 
+#include <errno.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <shadow.h>
@@ -176,6 +177,15 @@ TEST_F(PasswordFileTest, ReadOnlyFile) {
   EXPECT_EQ(0, getUserCount());
   EXPECT_FALSE(saved());
   EXPECT_EQ(kSystemLines + lineOf("alice"), readFile(kPasswd));
+}
+
+TEST_F(PasswordFileTest, ReasonOfAFailureOutlivesItsUndoing) {
+  ASSERT_EQ(0, mount(kPasswd, kPasswd, nullptr, MS_BIND, nullptr));
+  ASSERT_EQ(0, mount(nullptr, kPasswd, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr));
+  UserAccount bobby = accountNamed("bobby");
+  errno = 0;
+  EXPECT_FAILS_WITH(SHM_EOPEN, addUser(&bobby, kGoodPassword));
+  EXPECT_EQ(EROFS, errno);
 }
 
 TEST_F(PasswordFileTest, MountedFileIsWrittenInPlace) {
