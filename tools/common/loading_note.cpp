@@ -55,7 +55,9 @@ LoadingNote::LoadingNote(uint32_t state) : written_(false) {
   written_ = fclose(file) == 0;
 }
 
-LoadingNote::~LoadingNote() { unlink(kNote); }
+LoadingNote::~LoadingNote() { forgetLoading(); }
+
+void forgetLoading() { unlink(kNote); }
 
 std::string repairAbandonedLoad() {
   Loader loader;

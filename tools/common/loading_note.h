@@ -20,6 +20,9 @@ class LoadingNote {
   bool written_;
 };
 
+// Erases this process's note, also from a signal handler.
+void forgetLoading();
+
 // Where the attached store is in Configuration Mode because of a noted loader that no longer lives: puts the old state
 // back and says so. Otherwise empty, and nothing is changed.
 std::string repairAbandonedLoad();

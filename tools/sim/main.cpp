@@ -12,6 +12,7 @@
 #include <memory>
 
 #include "kestrove/kestrove.h"
+#include "tools/common/plain_text.h"
 #include "tools/common/standard_output.h"
 #include "tools/common/version_text.h"
 #include "tools/sim/changes.h"
@@ -20,14 +21,15 @@
 
 namespace {
 
-enum Exit { kDone = 0, kRefused = 1, kNoStore = 3, kUnsound = 4 };
+enum Exit { kDone = 0, kRefused = 1, kUsage = 2, kNoStore = 3, kUnsound = 4, kSystem = 5 };
 constexpr int kEngineTask = 4;
 constexpr int64_t kSecond = 1000000000;
 constexpr int64_t kNever = INT64_MAX;
 constexpr uint32_t kPidFileProduct = 11;
 constexpr char kPidFile[] = "/var/log/curpid";
 constexpr char kExitCodes[] =
-    "Exit status: 0 done; 1 another engine runs; 2 wrong usage; 3 no store; 4 a snapshot was not sound.";
+    "Exit status: 0 done; 1 another engine runs; 2 wrong usage; 3 no store; 4 a snapshot was not sound; 5 standard "
+    "output cannot be written.";
 
 struct Options {
   int interval = -1;  // seconds; the store's own when negative
@@ -73,9 +75,11 @@ class Engine {
   bool finished() const;
   int seconds() const { return options_.interval >= 0 ? options_.interval : block_->accumulationInterval; }
   void startInterval() { deadline_ = seconds() > 0 ? monotonic() + seconds() * kSecond : kNever; }
+  // Names come from the store.
   void say(const std::string& line) {
-    fprintf(words_, "%s\n", line.c_str());
-    fflush(words_);
+    const std::string failure = tools::writeOut(words_, tools::escaped(line) + "\n");
+    if (!failure.empty() && !mute_) fprintf(stderr, "kestrove-sim: %s\n", failure.c_str());
+    mute_ = mute_ || !failure.empty();
   }
 
   const Options& options_;
@@ -87,6 +91,7 @@ class Engine {
   int changesHeard_ = 0;
   int intervalsReported_ = 0;
   bool sound_ = true;
+  bool mute_ = false;  // nobody hears it any more: it ends
 };
 
 bool Engine::takeSlot() {
@@ -166,7 +171,7 @@ bool Engine::finished() const {
 int Engine::run(const sigset_t& heard) {
   if (!takeSlot()) return kRefused;
   start();
-  while (!finished()) {
+  while (!finished() && !mute_) {
     int signal = nextSignal(heard, deadline_);
     if (signal == 0) report();
     if (signal == SIGUSR1) hear();
@@ -174,6 +179,7 @@ int Engine::run(const sigset_t& heard) {
   }
   leaveSlot();
   say("engine stopped");
+  if (mute_) return kSystem;
   return sound_ ? kDone : kUnsound;
 }
 
@@ -188,6 +194,11 @@ sigset_t blockSignals() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const std::string refused = tools::refusedWord(argc, argv);
+  if (!refused.empty()) {
+    fprintf(stderr, "kestrove-sim: %s\n", refused.c_str());
+    return kUsage;
+  }
   Options options;
   CLI::App app("Stands in for the optimisation engine");
   app.footer(kExitCodes);
@@ -200,7 +211,7 @@ int main(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kDone : 2;
+    return app.exit(error) == 0 ? kDone : kUsage;
   }
   sigset_t heard = blockSignals();  // before the slot is taken: the default action of the signal ends a process
   prctl(PR_SET_NAME, "kestrove");   // so that a restart by killall finds it

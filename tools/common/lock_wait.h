@@ -1,0 +1,42 @@
+// Waiting for the store's lock with a limit, and who holds it. Asked on a descriptor of its own that is never closed:
+// closing any descriptor of the lock file would drop this process's lock.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace tools {
+
+struct LockHolder {
+  int pid = 0;  // 0: a process that cannot be seen from here
+  std::string name;
+  bool stopped = false;
+};
+
+// "process 12 (shm-init), which is stopped".
+std::string describe(const LockHolder& holder);
+
+enum class LockState {
+  kFree,     // this process has it now, until it unlocks or ends
+  kHeld,     // by another process
+  kMissing,  // there is no lock file
+  kDenied,   // the lock file may not be opened
+  kFailed    // anything else; errno tells
+};
+
+struct LockAnswer {
+  LockState state = LockState::kFailed;
+  LockHolder holder;  // of a lock that is held
+  int error = 0;
+};
+
+// Takes the lock if nobody has it.
+LockAnswer tryLock();
+
+// The same, as long as it is held for up to that many seconds.
+LockAnswer waitForLock(double seconds);
+
+// "the store is locked by process 12 (sleep), which is stopped; not free within 10 seconds (--wait)".
+std::string heldTooLong(const LockHolder& holder, double seconds);
+
+}  // namespace tools
