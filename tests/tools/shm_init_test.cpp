@@ -1,6 +1,8 @@
 // The start-up program, from its files to the store that it leaves.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/mount.h>
@@ -27,7 +29,7 @@ using ::testing::StartsWith;
 
 namespace {
 
-enum { kBuilt, kStoreExists, kUsage, kNotBuilt, kUnconfigured, kIncomplete };
+enum { kBuilt, kStoreExists, kUsage, kNotBuilt, kUnconfigured, kIncomplete, kLocked, kNotPermitted };
 
 constexpr char kConfig[] = "/etc/config/kestrove.conf";
 constexpr char kFactory[] = "/etc/config/factory.defaults";
@@ -323,6 +325,156 @@ TEST_F(ShmInit, StoreLeftInLoadingByADeadProcessIsRepairedAndNamed) {
   EXPECT_EQ(kStoreExists, run.status);
   EXPECT_THAT(run.complaints, HasSubstr("process 999999 died"));
   EXPECT_EQ(uint32_t{SHM_STATE_OPERATIONAL}, shm->operationalState);
+}
+
+// Another process that has the lock file locked, with a store or without one.
+class LockHolder {
+ public:
+  LockHolder()
+      : peer_([](const Peer::Line& line) {
+          create_lock_file();
+          int fd = open("/var/lock/shm", O_RDWR);
+          struct flock whole = {};
+          whole.l_type = F_WRLCK;
+          whole.l_whence = SEEK_SET;
+          fcntl(fd, F_SETLKW, &whole);
+          line.say('l');
+          line.hear();
+          return 0;
+        }) {
+    EXPECT_EQ('l', peer_.line().hear());
+  }
+  pid_t pid() const { return peer_.pid(); }
+
+ private:
+  Peer peer_;
+};
+
+TEST_F(ShmInit, AStoreThatIsLockedIsReplacedOnlyInTime) {
+  makeStore();
+  shm->config.zipType = 77;
+  LockHolder holder;
+  kill(holder.pid(), SIGSTOP);
+  usleep(50000);
+  Start run = shmInit("--replace --wait 0.2");
+  EXPECT_EQ(kLocked, run.status);
+  EXPECT_THAT(run.complaints, AllOf(HasSubstr("process " + std::to_string(holder.pid()) + " ("),
+                                    HasSubstr("), which is stopped; not free within 0.2 seconds (--wait)")));
+  EXPECT_TRUE(storeExists());
+  EXPECT_EQ(77u, shm->config.zipType);
+  kill(holder.pid(), SIGCONT);
+}
+
+TEST_F(ShmInit, AStoreThatIsThereIsNotWaitedFor) {
+  makeStore();
+  LockHolder holder;
+  EXPECT_EQ(kStoreExists, shmInit().status);
+}
+
+TEST_F(ShmInit, ALockWithoutAStoreIsWaitedForToo) {
+  LockHolder holder;
+  EXPECT_EQ(kLocked, shmInit("--wait 0").status);
+  EXPECT_FALSE(storeExists());
+}
+
+TEST_F(ShmInit, WhoWaitsFindsTheStoreReady) {
+  writeFile(kConfig, "SINGLE_INTERFACE 1\n");
+  makeStore();
+  shm->config.zipType = 77;
+  // Asks again and again for the lock of the new store: the first look is what counts.
+  Peer waiter([](const Peer::Line& line) {
+    line.say('r');
+    for (int i = 0; i < 2000; ++i) {
+      int id = shmget(SHM_KEY, SHM_SIZE, 0);
+      void* segment = id == -1 ? nullptr : shmat(id, nullptr, 0);
+      if (segment && segment != reinterpret_cast<void*>(-1) && static_cast<ShmData*>(segment)->config.zipType != 77) {
+        shm = static_cast<ShmData*>(segment);
+        if (shm_lock() != 0) return 9;
+        bool ready = shm->operationalState == SHM_STATE_OPERATIONAL && shm->config.opModeState == 1;
+        shm_unlock();
+        return ready ? 0 : 1;
+      }
+      if (segment) shmdt(segment);
+      usleep(500);
+    }
+    return 2;
+  });
+  ASSERT_EQ('r', waiter.line().hear());
+  EXPECT_EQ(kBuilt, shmInit("--replace").status);
+  EXPECT_EQ(0, waiter.join());
+}
+
+TEST_F(ShmInit, ADamagedConfigurationIsKeptBesideTheNewOne) {
+  const std::string damaged = "LAN_MTU 1400\nLAN_ADDR 10.1.2\ncolour red\n";
+  writeFile(kConfig, damaged);
+  Start run = start();
+  EXPECT_EQ(kBuilt, run.status);
+  EXPECT_THAT(run.complaints,
+              HasSubstr("/etc/config/kestrove.conf is damaged (line 2: LAN_ADDR: no address: 10.1.2; line 3: unknown "
+                        "keyword colour); kept as /etc/config/kestrove.conf.damaged\n"));
+  EXPECT_EQ(damaged, readFile("/etc/config/kestrove.conf.damaged"));
+  EXPECT_THAT(readFile(kConfig), ::testing::Not(HasSubstr("colour"))) << "the mode's event has saved";
+}
+
+TEST_F(ShmInit, ACopyIsKeptOnceAndNeverLost) {
+  writeFile(kConfig, "colour red\n");
+  start();
+  writeFile(kConfig, "colour red\n");
+  EXPECT_THAT(start("--replace").complaints, HasSubstr("kept as /etc/config/kestrove.conf.damaged\n"));
+  EXPECT_FALSE(fileExists("/etc/config/kestrove.conf.damaged.2"));
+  writeFile(kConfig, "colour blue\n");
+  EXPECT_THAT(start("--replace").complaints, HasSubstr("kept as /etc/config/kestrove.conf.damaged.2\n"));
+  EXPECT_EQ("colour red\n", readFile("/etc/config/kestrove.conf.damaged"));
+  EXPECT_EQ("colour blue\n", readFile("/etc/config/kestrove.conf.damaged.2"));
+}
+
+TEST_F(ShmInit, ADamagedFileThatTheFactoryDefaultsNameIsKeptToo) {
+  writeFile(kFactory, "KESTROVE_CONFIG /etc/config/other.conf\n");
+  writeFile("/etc/config/other.conf", "LAN_NAME abcdefghijklmnop\n");
+  EXPECT_THAT(start().complaints, HasSubstr("kept as /etc/config/other.conf.damaged"));
+}
+
+TEST_F(ShmInit, ASoundConfigurationIsNotKept) {
+  writeFile(kConfig, "LAN_MTU 1400\n");
+  Start run = start();
+  EXPECT_THAT(run.complaints, IsEmpty());
+  EXPECT_FALSE(fileExists("/etc/config/kestrove.conf.damaged"));
+  EXPECT_THAT(start("--replace").complaints, IsEmpty()) << "what was saved of it";
+}
+
+TEST_F(ShmInit, ACopyThatCannotBeMadeIsNamed) {
+  writeFile(kConfig, "colour red\n");
+  ASSERT_EQ(0, mount("tmpfs", "/etc/config", "tmpfs", 0, "size=16k"));
+  writeFile(kConfig, "colour red\n");
+  ASSERT_EQ(0, system("cat /dev/zero >/etc/config/filler 2>/dev/null; true"));
+  EXPECT_THAT(start().complaints, HasSubstr(" and cannot be kept: No space left on device"));
+}
+
+TEST_F(ShmInit, OutputThatCannotBeWrittenIsNamed) {
+  for (const char* option : {"--help", "--version"}) {
+    int status = system((std::string(KESTROVE_SHM_INIT) + " " + option + " >/dev/full 2>/tmp/complaints").c_str());
+    EXPECT_EQ(kIncomplete, WEXITSTATUS(status));
+    EXPECT_EQ("shm-init: standard output: No space left on device\n", readFile("/tmp/complaints"));
+  }
+}
+
+TEST_F(ShmInit, ControlCharactersAreRefused) {
+  Start run = shmInit("--config \"$(printf '/tmp/a\\nb')\"");
+  EXPECT_EQ(kUsage, run.status);
+  EXPECT_THAT(run.complaints, HasSubstr("word 2 of the command line holds a control character: /tmp/a\\x0ab"));
+  EXPECT_FALSE(storeExists());
+}
+
+TEST_F(ShmInit, WhoMayNotIsToldSo) {
+  ASSERT_EQ(0, create_lock_file());
+  chmod("/var/lock/shm", 0);
+  int status = system("setpriv --bounding-set -dac_override,-dac_read_search " KESTROVE_SHM_INIT " 2>/tmp/complaints");
+  EXPECT_EQ(kNotPermitted, WEXITSTATUS(status));
+  EXPECT_THAT(readFile("/tmp/complaints"), HasSubstr("not permitted: /var/lock/shm"));
+  unlink("/var/lock/shm");
+  chmod("/var/lock", 0555);
+  status = system("setpriv --bounding-set -dac_override,-dac_read_search " KESTROVE_SHM_INIT " 2>/tmp/complaints");
+  EXPECT_EQ(kNotPermitted, WEXITSTATUS(status)) << "no lock file, in a folder of others";
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include "CLI/CLI.hpp"
 #include "kestrove/layout.h"
+#include "tools/common/plain_text.h"
 #include "tools/common/standard_output.h"
 #include "tools/common/version_text.h"
 #include "tools/init/startup.h"
@@ -11,8 +12,15 @@ namespace {
 
 constexpr char kPlatformFile[] = "/etc/config/platform";
 constexpr char kExitCodes[] =
-    "Exit status: 0 built; 1 a store exists; 2 wrong usage or platform file; 3 not built; 4 built, but Unconfigured; "
-    "5 built, but a later step failed.";
+    "Exit status:\n"
+    "  0  built\n"
+    "  1  a store exists\n"
+    "  2  wrong usage or platform file\n"
+    "  3  not built\n"
+    "  4  built, but Unconfigured\n"
+    "  5  built, but a later step failed; or standard output cannot be written\n"
+    "  6  another process held the store's lock longer than --wait\n"
+    "  7  not permitted";
 const std::map<std::string, uint32_t> kSwitch = {{"on", SHM_ON}, {"off", SHM_OFF}};
 
 struct CommandLine {
@@ -25,6 +33,9 @@ void describe(CLI::App& app, CommandLine& line) {
   app.footer(kExitCodes);
   app.set_version_flag("--version", tools::versionText("shm-init"));
   app.add_flag("--replace", line.options.replace, "Remove a store that is there and build a new one");
+  app.add_option("--wait", line.options.waitSeconds, "Seconds to wait for a store that another process has locked")
+      ->check(CLI::Range(0.0, 86400.0))
+      ->capture_default_str();
   app.add_option("--config", line.options.configPath, "Configuration file")->capture_default_str();
   app.add_option("--event-log", line.options.eventLogPath, "Image of the event log")->capture_default_str();
   app.add_option("--platform-file", line.platformFile,
@@ -53,11 +64,18 @@ void readPlatformFile(CommandLine& line) {
 }
 
 int fail(init::Exit exit, const char* message) {
-  fprintf(stderr, "shm-init: %s\n", message);
+  fprintf(stderr, "shm-init: %s\n", tools::escaped(message).c_str());
   return exit;
 }
 
+int print(FILE* out, const std::string& text) {
+  const std::string failure = tools::writeOut(out, text);
+  return failure.empty() ? init::kBuilt : fail(init::kIncomplete, failure.c_str());
+}
+
 int run(int argc, char** argv, FILE* out) {
+  const std::string refused = tools::refusedWord(argc, argv);
+  if (!refused.empty()) return fail(init::kUsage, refused.c_str());
   CommandLine line;
   CLI::App app("Builds the appliance's store from the factory defaults and the configuration file.", "shm-init");
   describe(app, line);
@@ -66,22 +84,19 @@ int run(int argc, char** argv, FILE* out) {
     readPlatformFile(line);
     return init::startUp(line.options);
   } catch (const CLI::CallForHelp&) {
-    fputs(app.help().c_str(), out);
+    return print(out, app.help());
   } catch (const CLI::CallForVersion&) {
-    fprintf(out, "%s\n", tools::versionText("shm-init").c_str());
+    return print(out, tools::versionText("shm-init") + "\n");
   } catch (const CLI::ParseError& error) {
     return fail(init::kUsage, error.what());
   } catch (const init::Failure& failure) {
     return fail(failure.exit(), failure.what());
   }
-  return init::kBuilt;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   FILE* out = tools::takeStandardOutput();
-  int status = run(argc, argv, out);
-  fflush(out);
-  return status;
+  return run(argc, argv, out);
 }

@@ -11,7 +11,11 @@
 #include <fstream>
 
 #include "kestrove/kestrove.h"
+#include "tools/common/config_lint.h"
 #include "tools/common/loading_note.h"
+#include "tools/common/lock_wait.h"
+#include "tools/common/plain_text.h"
+#include "tools/init/kept_copy.h"
 
 namespace init {
 namespace {
@@ -21,34 +25,57 @@ constexpr char kNobody[] = "--";
 constexpr int kPoweredOn = 1;
 constexpr uint32_t kSystemStarted = 2;
 constexpr uint32_t kAnyFamily = 1;
+constexpr char kLockFolder[] = "/var/lock";
+constexpr char kLockFile[] = "/var/lock/shm";
 
-void warn(const std::string& text) { fprintf(stderr, "shm-init: %s\n", text.c_str()); }
+void warn(const std::string& text) { fprintf(stderr, "shm-init: %s\n", tools::escaped(text).c_str()); }
 
 std::string reason() {
   const char* text = shm_strerror(static_cast<int>(shm_errno));
   return text ? text : "unknown reason";
 }
 
-class Lock {
+// Ends the hold that the building of the store leaves.
+class Built {
  public:
-  Lock() {
-    if (shm_lock() != 0) throw Failure(kNotBuilt, "the new store cannot be locked: " + reason());
-  }
-  ~Lock() { shm_unlock(); }
-  Lock(const Lock&) = delete;
-  Lock& operator=(const Lock&) = delete;
+  Built() = default;
+  ~Built() { kestrove_release(); }
+  Built(const Built&) = delete;
+  Built& operator=(const Built&) = delete;
 };
 
 bool segmentExists() { return shmget(SHM_KEY, 1, 0) != -1 || errno != ENOENT; }
 
+bool forbidden(int error) { return error == EACCES || error == EPERM; }
+
+[[noreturn]] void refuse(const std::string& what, int error) {
+  const std::string text = what + ": " + strerror(error);
+  if (forbidden(error)) throw Failure(kNotPermitted, "not permitted: " + text);
+  throw Failure(kNotBuilt, text);
+}
+
+// What a dead loader left is put right where that needs no waiting.
+[[noreturn]] void leaveStore() {
+  const bool free = tools::tryLock().state == tools::LockState::kFree;
+  const std::string note = free && getSharedMemoryStatus() >= 0 ? tools::repairAbandonedLoad() : "";
+  if (!note.empty()) warn(note);
+  throw Failure(kStoreExists, "there is a store already (--replace builds a new one)");
+}
+
+// From here on this process has the lock, so that nobody works on a store that is about to go, or on one that is not
+// there yet. A lock file that is missing is made by the building itself.
+void takeLock(double seconds) {
+  const tools::LockAnswer answer = tools::waitForLock(seconds);
+  if (answer.state == tools::LockState::kHeld) throw Failure(kLocked, tools::heldTooLong(answer.holder, seconds));
+  if (answer.state == tools::LockState::kDenied) refuse(kLockFile, answer.error);
+}
+
 void clearTheWay(const Options& options) {
-  if (!segmentExists()) return;
-  if (!options.replace) {
-    std::string note = getSharedMemoryStatus() >= 0 ? tools::repairAbandonedLoad() : "";
-    if (!note.empty()) warn(note);
-    throw Failure(kStoreExists, "there is a store already (--replace builds a new one)");
-  }
-  if (delete_shared_memory() != 0) throw Failure(kNotBuilt, "the present store cannot be removed");
+  const bool exists = segmentExists();
+  if (exists && !options.replace) leaveStore();
+  takeLock(options.waitSeconds);
+  errno = 0;
+  if (exists && delete_shared_memory() != 0) refuse("the present store cannot be removed", errno);
 }
 
 bool readsToItsEnd(const std::string& path) {
@@ -79,13 +106,30 @@ std::string configFileName() {
   return std::string(field, strnlen(field, sizeof field));
 }
 
+// The library has said on standard error which step failed, but not in a form that a program can ask for.
+[[noreturn]] void refuseBuilding() {
+  const bool denied =
+      access(kLockFile, R_OK | W_OK) != 0 && (forbidden(errno) || access(kLockFolder, W_OK) != 0) && forbidden(errno);
+  throw Failure(denied ? kNotPermitted : kNotBuilt,
+                denied ? std::string("not permitted: ") + kLockFile : "the store cannot be built");
+}
+
+// Before anything saves: the file then holds only what could be understood of it.
+void keepDamaged(const std::string& path) {
+  const tools::ConfigReport report = tools::inspectConfig(path);
+  if (report.error != 0 || report.faults.empty()) return;
+  const std::string what = path + " is damaged (" + tools::faultText(report) + ")";
+  std::string kept;
+  const int error = keepCopy(path, kept);
+  warn(error == 0 ? what + "; kept as " + kept : what + " and cannot be kept: " + strerror(error));
+}
+
 void build(const Options& options) {
   keepUnreadable(options.configPath);
-  if (init_shared_memory(options.configPath.c_str(), options.eventLogPath.c_str()) != 0 || !shm) {
-    throw Failure(kNotBuilt, "the store cannot be built");
-  }
+  if (kestrove_build(options.configPath.c_str(), options.eventLogPath.c_str()) != 0 || !shm) refuseBuilding();
   std::string path = configFileName();  // the factory defaults may name another file
   if (path != options.configPath) keepUnreadable(path);
+  keepDamaged(path);
 }
 
 bool isRuleRow(const std::string& line) {
@@ -129,30 +173,22 @@ void keepOnlyDefaultRule() {
 // Rows were read when IPv6 support was not known yet: read again now that it is, before anything saves.
 void rereadRules() {
   RuleRows rows(configFileName());
-  {
-    Lock lock;
-    keepOnlyDefaultRule();
-  }
+  keepOnlyDefaultRule();
   if (load_shared_memory(rows.path()) != 0) throw Failure(kIncomplete, "the rules cannot be read again");
 }
 
 void applyPlatform(const Platform& platform) {
   bool had = shm->config.ipv6Support == SHM_ON;
-  {
-    Lock lock;
-    storePlatform(platform);
-  }
+  storePlatform(platform);
   if (!had && shm->config.ipv6Support == SHM_ON) rereadRules();
 }
 
 void becomeOperational() {
-  Lock lock;
   if (shm->operationalState != SHM_STATE_UNCONFIGURED) shm->operationalState = SHM_STATE_OPERATIONAL;
 }
 
 // The mode has no keyword: the two switches say which it is.
 void deriveMode() {
-  Lock lock;
   ConfigRecord& config = shm->config;
   bool single = config.singleInterfaceMode == SHM_ON;
   config.opModeState = single && config.pbrOperState == SHM_ON ? 2 : single ? 1 : 0;
@@ -187,6 +223,7 @@ bool finish() {
 Exit startUp(const Options& options) {
   clearTheWay(options);
   build(options);
+  Built held;  // who waits for the store finds it ready
   applyPlatform(options.platform);
   bool whole = finish();
   if (shm->operationalState == SHM_STATE_UNCONFIGURED) {

@@ -14,13 +14,16 @@ enum Exit : int {
   kUsage = 2,         // a wrong command line or platform file
   kNotBuilt = 3,      // no segment, no lock, no privilege
   kUnconfigured = 4,  // built, but the configuration file is missing or cannot be read
-  kIncomplete = 5     // built, but a later step failed: the old account, the operating mode, the packet filter
+  kIncomplete = 5,    // built, but a later step failed: the old account, the operating mode, the packet filter
+  kLocked = 6,        // another process held the lock for too long; nothing was changed
+  kNotPermitted = 7   // the lock file or the segment belongs to others
 };
 
 struct Options {
   std::string configPath = "/etc/config/kestrove.conf";
   std::string eventLogPath = "/var/log/kestrove/event.log";
   bool replace = false;
+  double waitSeconds = 10;  // for the lock of a store that is there
   Platform platform;
 };
 
