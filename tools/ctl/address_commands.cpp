@@ -2,7 +2,9 @@
 #include <cstring>
 
 #include "kestrove/kestrove.h"
+#include "tools/ctl/change.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/reading.h"
 #include "tools/ctl/rows.h"
 
 namespace ctl {
@@ -14,8 +16,7 @@ std::string address;
 std::string kind = "bridge";
 bool ofBridge = false;
 
-void list(const Session& session) {
-  requireStore();
+Json allRows() {
   Json rows = Json::array();
   int count = accept(getManagementAddrCount(), "addresses");
   for (int i = 0; i < count && i < SHM_MANAGEMENT_ADDRESSES; ++i) {
@@ -29,13 +30,13 @@ void list(const Session& session) {
     accept(getIp6TableEntry(i, &entry), "IPv6 address " + std::to_string(i));
     rows.push_back(address6Row(entry));
   }
-  session.show(rows);
+  return rows;
 }
 
 uint32_t prefixOf(const std::string& length, uint32_t most) {
   if (length.empty()) return most;
   if (length.size() > 3 || length.find_first_not_of("0123456789") != std::string::npos || std::stoul(length) > most) {
-    throw Refusal(kUsage, length + ": no prefix length");
+    throw Refusal(kUsage, length + ": no prefix length (0 to " + std::to_string(most) + ")");
   }
   return static_cast<uint32_t>(std::stoul(length));
 }
@@ -71,31 +72,44 @@ Ip6Address bridgeEntry(const ManagementAddress& entry) {
 }
 
 void add(const Session& session) {
-  requireStore();
+  requireStore(session);
   ManagementAddress entry = given();
+  Change change(session);
   if (ofBridge) {
     Ip6Address own = bridgeEntry(entry);
-    accept(addIp6(&own), address);
+    change.made(addIp6(&own), address);
   } else {
-    accept(addManagementAddr(&entry), address);
+    change.made(addManagementAddr(&entry), address);
   }
-  session.done(address + " added");
+  change.done(address + " added");
+}
+
+// The library sets no code for an address that is not there.
+void requireOwn(const Ip6Address& wanted) {
+  Ip6Address entry;
+  for (int i = 0; i < SHM_IP6_ADDRESSES && getIp6TableEntry(i, &entry) == 0; ++i) {
+    if (memcmp(entry.address, wanted.address, sizeof entry.address) == 0) return;
+  }
+  throw Refusal(kRefused, address + ": " + shm_strerror(SHM_ENOENT), SHM_ENOENT);
 }
 
 void remove(const Session& session) {
-  requireStore();
+  requireStore(session);
   ManagementAddress entry = given();
   if (ofBridge) {
-    shm_errno = SHM_ENOENT;  // the library sets no code for an address that is not there
-    accept(removeIp6(bridgeEntry(entry).address), address);
-    return session.done(address + " removed");
+    const Ip6Address own = bridgeEntry(entry);
+    requireOwn(own);
+    Change change(session);
+    change.made(removeIp6(own.address), address);
+    return change.done(address + " removed");
   }
   ManagementAddress stored;
   std::string host = address.substr(0, address.find('/'));
   bool known = getManagementAddrCount() > 0 && findManagementAddr(host.c_str(), &stored) == 0;
   if (!known) throw Refusal(kRefused, address + ": " + shm_strerror(SHM_ENOENT), SHM_ENOENT);
-  accept(removeManagementAddr(&stored), address);
-  session.done(address + " removed");
+  Change change(session);
+  change.made(removeManagementAddr(&stored), address);
+  change.done(address + " removed");
 }
 
 }  // namespace
@@ -103,7 +117,7 @@ void remove(const Session& session) {
 void addAddressCommands(CLI::App& app, Session& session) {
   CLI::App* group = app.add_subcommand("address", "Management addresses, and the IPv6 addresses of br0");
   group->require_subcommand(1);
-  group->add_subcommand("list", "All addresses")->callback([&session] { list(session); });
+  group->add_subcommand("list", "All addresses")->callback([&session] { showRead(session, allRows); });
   CLI::App* adding = group->add_subcommand("add", "Add an address");
   CLI::App* removing = group->add_subcommand("remove", "Remove an address");
   for (CLI::App* command : {adding, removing}) {

@@ -1,10 +1,12 @@
 // dump: the store as the library's text, or as JSON.
-#include <cstdlib>
 #include <vector>
 
 #include "kestrove/kestrove.h"
+#include "tools/common/plain_text.h"
 #include "tools/ctl/commands.h"
 #include "tools/ctl/dump_json.h"
+#include "tools/ctl/dump_text.h"
+#include "tools/ctl/reading.h"
 
 namespace ctl {
 namespace {
@@ -29,24 +31,18 @@ constexpr struct {
 
 std::string section;
 
-std::string wholeDump() {
-  char* text = nullptr;
-  size_t size = 0;
-  FILE* stream = open_memstream(&text, &size);
-  if (!stream) throw Refusal(kSystem, "no memory for the dump");
-  int result = dumpSharedMemory(stream);
-  fclose(stream);
-  std::string dump(text, size);
-  free(text);
-  accept(result, "dump");
-  return dump;
+std::vector<std::string_view> sectionNames() {
+  std::vector<std::string_view> names = {"addresses"};
+  for (const auto& one : kSections) names.push_back(one.name);
+  return names;
 }
 
 std::string headingOf(const std::string& name) {
   for (const auto& one : kSections) {
     if (name == one.name) return std::string("-->   ") + one.heading;
   }
-  throw Refusal(kUsage, name + ": no such section");
+  const std::string near = tools::nearest(name, sectionNames());
+  throw Refusal(kUsage, name + ": no such section" + (near.empty() ? "" : "; did you mean " + near + "?"));
 }
 
 // From the section's heading to the next one.
@@ -58,15 +54,14 @@ std::string cut(const std::string& dump, const std::string& name) {
 }
 
 void dump(const Session& session) {
-  requireStore();
+  requireStore(session);
   if (!session.json) {
-    std::string text = section.empty() ? wholeDump() : cut(wholeDump(), section);
-    fwrite(text.data(), 1, text.size(), session.out);
-    return;
+    awaitLock(session);
+    return session.print(section.empty() ? dumpText() : cut(dumpText(), section));
   }
-  Json whole = dumpJson();
+  if (!section.empty() && section != "addresses") headingOf(section);
+  const Json whole = gather(session, dumpJson);
   if (section.empty()) return session.show(whole);
-  if (!whole.contains(section)) throw Refusal(kUsage, section + ": no such section");
   session.show(Json{{section, whole[section]}});
 }
 

@@ -4,18 +4,17 @@
 #include <memory>
 
 #include "kestrove/kestrove.h"
+#include "tools/ctl/event_rows.h"
 #include "tools/ctl/item_names.h"
 #include "tools/ctl/rows.h"
 
 namespace ctl {
 namespace {
 
-// The store as it stands at one moment; its records are then rendered without holding the lock.
+// The store as it stands: what others write without the lock does not change meanwhile.
 std::unique_ptr<ShmData> snapshot() {
   auto copy = std::make_unique<ShmData>();
-  accept(shm_lock(), "lock");
   memcpy(copy.get(), shm, sizeof *copy);
-  shm_unlock();
   return copy;
 }
 
@@ -45,7 +44,7 @@ Json itemValue(const ItemRow& row) {
     case ItemFamily::kText: return getShmString(row.id, buffer, 256) == 0 ? Json(buffer) : Json();
     case ItemFamily::kConfig:
       if (getKestroveConfigItem(row.id, &word) != 0) return {};
-      return row.form == ItemForm::kSwitch ? Json(strOperationalState(static_cast<int>(word))) : Json(word);
+      return row.form == ItemForm::kSwitch ? Json(switchText(word)) : Json(word);
     case ItemFamily::kNetwork: return getNetworkConfigItem(row.id, &word) == 0 ? Json(addressText(word)) : Json();
   }
   return {};
@@ -72,8 +71,8 @@ Json furtherFields(const ShmData& store) {
           {"unitId", text(config.unitId)},
           {"ddupOperState", strDDupState(static_cast<int>(config.ddupOperState))},
           {"ddupStartupOptions", text(store.ddupStartupOptions)},
-          {"cifsOperState", strOperationalState(config.cifsOperState)},
-          {"webCacheOperState", strOperationalState(config.webCacheOperState)},
+          {"cifsOperState", switchText(config.cifsOperState)},
+          {"webCacheOperState", switchText(config.webCacheOperState)},
           {"dnsAddress", addressText(config.dnsAddress)},
           {"lanCongestionControl", strCongestionControl(config.lanCongestionControl)},
           {"wanCongestionControl", strCongestionControl(config.wanCongestionControl)},
@@ -139,13 +138,12 @@ Json rules(const ShmData& store) {
 }
 
 Json events(const ShmData& store) {
-  Json lines = Json::array();
-  char buffer[256];
-  for (uint32_t i = 0; getEventString(i, buffer, sizeof buffer, 1) > 0; ++i) lines.push_back(std::string(buffer));
+  Json rows = Json::array();
+  for (uint32_t i = 0; i < eventCount(); ++i) rows.push_back(eventRow(i));
   return {{"eventLogFull", store.eventLog.eventLogFull != 0},
           {"readIndex", +store.eventLog.readIndex},
           {"writeIndex", +store.eventLog.writeIndex},
-          {"events", lines}};
+          {"events", rows}};
 }
 
 Json addresses(const ShmData& store) {

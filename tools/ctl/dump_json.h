@@ -5,7 +5,7 @@
 
 namespace ctl {
 
-// A member for each section of the dump. Throws a Refusal when the store cannot be read.
+// A member for each section of the dump. For a caller that holds the store; throws a Refusal when it cannot be read.
 Json dumpJson();
 
 }  // namespace ctl

@@ -1,74 +1,96 @@
 // events.
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "kestrove/kestrove.h"
+#include "tools/common/hold.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/event_rows.h"
 
 namespace ctl {
 namespace {
 
-constexpr int kListing = 1;
-constexpr int kCommaSeparated = 2;
+constexpr useconds_t kPause = 200000;
+constexpr int kLooksASecond = 5;
 
-// The comma-separated layout: date, time, type, source, user, description, which may hold commas itself.
-Json eventOf(const std::string& line) {
-  constexpr const char* kNames[] = {"date", "time", "type", "source", "user", "description"};
-  Json event;
-  size_t start = 0;
-  for (const char* name : kNames) {
-    bool last = name == kNames[5];
-    size_t comma = last ? std::string::npos : line.find(',', start);
-    event[name] = line.substr(start, comma == std::string::npos ? comma : comma - start);
-    if (comma == std::string::npos) break;
-    start = comma + 1;
-  }
-  return event;
-}
-
-// False when there is no such event.
-bool printEvent(const Session& session, uint32_t index, Json& events) {
-  char buffer[256];
-  int length = getEventString(index, buffer, sizeof buffer, session.json ? kCommaSeparated : kListing);
-  if (accept(length, "event " + std::to_string(index)) == 0) return false;
-  if (session.json) {
-    events.push_back(eventOf(buffer));
-  } else {
-    fprintf(session.out, "%s\n", buffer);
-  }
-  return true;
+void requireHold(const tools::Hold& hold) {
+  if (!hold) throw refusal("the store cannot be locked");
 }
 
 void list(const Session& session) {
-  requireStore();
+  requireStore(session);
   Json events = Json::array();
-  for (uint32_t index = 0; printEvent(session, index, events); ++index) {
+  std::string lines;
+  {
+    awaitLock(session);
+    tools::Hold hold;
+    requireHold(hold);
+    for (uint32_t index = 0; index < eventCount(); ++index) {
+      if (session.json) {
+        events.push_back(eventRow(index));
+      } else {
+        lines += eventLine(index) + "\n";
+      }
+    }
   }
-  if (session.json) session.show({{"events", events}});
+  if (session.json) return session.show({{"events", events}});
+  session.print(lines);
 }
 
-uint32_t written() {
-  accept(shm_lock(), "lock");
-  uint32_t index = shm->eventLog.writeIndex % SHM_EVENTS;
-  shm_unlock();
-  return index;
-}
+// The log between two looks: the newest events are the last of the count.
+class Follower {
+ public:
+  explicit Follower(const Session& session) : session_(session) {
+    awaitLock(session);
+    tools::Hold hold;
+    requireHold(hold);
+    seen_ = written();
+  }
+
+  void look() {
+    std::string news;
+    {
+      awaitLock(session_);
+      tools::Hold hold;
+      requireHold(hold);
+      const uint32_t now = written();
+      for (; seen_ != now; seen_ = (seen_ + 1) % SHM_EVENTS) {
+        const uint32_t behind = (now + SHM_EVENTS - seen_) % SHM_EVENTS;
+        const uint32_t count = eventCount();
+        if (behind > count) continue;
+        news += (session_.json ? jsonText(eventRow(count - behind), -1) : eventLine(count - behind)) + "\n";
+      }
+    }
+    if (!news.empty()) session_.print(news);
+  }
+
+ private:
+  static uint32_t written() { return shm->eventLog.writeIndex % SHM_EVENTS; }
+
+  const Session& session_;
+  uint32_t seen_ = 0;
+};
 
 // Prints the events that come from now on, up to the given number of seconds (0: until stopped).
 void follow(const Session& session, int seconds) {
-  requireStore();
-  uint32_t seen = written();
-  for (int waited = 0; seconds == 0 || waited < seconds * 5; ++waited) {
-    for (uint32_t now = written(); seen != now; seen = (seen + 1) % SHM_EVENTS) {
-      // The newest event is the last of the count; those before it follow backwards around the ring.
-      uint32_t behind = (now + SHM_EVENTS - seen) % SHM_EVENTS;
-      uint32_t count = static_cast<uint32_t>(accept(getEventCount(), "events"));
-      Json events = Json::array();
-      if (behind <= count) printEvent(session, count - behind, events);
-      for (const Json& event : events) fprintf(session.out, "%s\n", event.dump().c_str());
-    }
-    fflush(session.out);
-    usleep(200000);
+  requireStore(session);
+  Follower follower(session);
+  for (int waited = 0; seconds == 0 || waited < seconds * kLooksASecond; ++waited) {
+    follower.look();
+    usleep(kPause);
   }
+}
+
+void clear(const Session& session) {
+  requireStore(session);
+  awaitLock(session);
+  errno = 0;
+  shm_errno = SHM_OK;
+  if (clearEventLog(session.source, session.userName()) != 0) {
+    throw Refusal(kNotSaved, "the event log is cleared, not saved: " + reasonText(), static_cast<int>(shm_errno));
+  }
+  session.done("event log cleared");
 }
 
 }  // namespace
@@ -82,11 +104,7 @@ void addEventCommands(CLI::App& app, Session& session) {
   following->add_option("--seconds", seconds, "Stop after this time")->check(CLI::NonNegativeNumber);
   following->callback([&session] { follow(session, seconds); });
   CLI::App* clearing = events->add_subcommand("clear", "Empty the log");
-  clearing->callback([&session] {
-    requireStore();
-    accept(clearEventLog(session.source, session.userName()), "the event log cannot be written");
-    session.done("event log cleared");
-  });
+  clearing->callback([&session] { clear(session); });
   events->callback([&session, events, following, clearing] {
     if (!following->parsed() && !clearing->parsed()) list(session);
   });

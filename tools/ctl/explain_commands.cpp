@@ -1,12 +1,15 @@
 // explain: what a change would do, found out by doing it in a sandbox copy of the present store.
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <memory>
 #include <vector>
 
 #include "kestrove/kestrove.h"
+#include "tools/common/plain_text.h"
 #include "tools/common/program.h"
 #include "tools/ctl/commands.h"
 #include "tools/ctl/explain_inside.h"
@@ -56,23 +59,49 @@ std::string needed(const std::string& name, const std::string& folder = "") {
 // For a human reader the text stands last: blanks at its end are part of it.
 void show(const Session& session, const Json& trace) {
   if (session.json) return session.show(trace);
+  std::string text;
   for (const Json& row : trace["effects"]) {
-    fprintf(session.out, "%-8s %-14s %s\n", row["kind"].get<std::string>().c_str(),
-            row["result"].get<std::string>().c_str(), row["effect"].get<std::string>().c_str());
+    char start[32];
+    snprintf(start, sizeof start, "%-8s %-14s ", row["kind"].get<std::string>().c_str(),
+             row["result"].get<std::string>().c_str());
+    text += start + tools::escaped(row["effect"].get<std::string>()) + "\n";
   }
-  if (trace["effects"].empty()) fputs("nothing outside the store changes\n", session.out);
+  session.print(text.empty() ? "nothing outside the store changes\n" : text);
+}
+
+bool plainFile(const std::string& path) {
+  struct stat facts;
+  return stat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
+}
+
+// The files that a command names are shown in the sandbox, and named by their whole path: only a word that says so, or
+// the one that load takes, is a file.
+void showFiles(std::vector<std::string>& line, std::vector<std::string>& words) {
+  bool loading = false;
+  for (std::string& word : words) {
+    const bool named = loading || word.find('/') != std::string::npos;
+    loading = loading || word == "load";
+    if (!named || !plainFile(word)) continue;
+    std::unique_ptr<char, decltype(&free)> whole(realpath(word.c_str(), nullptr), free);
+    if (!whole) continue;
+    word = whole.get();
+    line.insert(line.end(), {"--bind", word});
+  }
 }
 
 void explain(const Session& session) {
   if (command.empty()) throw Refusal(kUsage, "a command to explain is needed");
   if (command.front() == "explain") throw Refusal(kUsage, "explain does not explain itself");
-  requireStore();
+  requireStore(session);
   Scratch image;
   writeImage(image.path());
-  std::vector<std::string> line = {
-      needed("kestrove-sandbox", "../sandbox"), "--real",         "--ports",    "--bind", image.path(), "--",
-      tools::ownFolder() + "/kestrovectl",      "explain-inside", image.path(), "--"};
-  line.insert(line.end(), command.begin(), command.end());
+  std::vector<std::string> line = {needed("kestrove-sandbox", "../sandbox"), "--real", "--ports", "--bind",
+                                   image.path()};
+  std::vector<std::string> words = command;
+  showFiles(line, words);
+  line.insert(line.end(), {"--", tools::ownFolder() + "/kestrovectl", "explain-inside", image.path(), "--", "--source",
+                           std::to_string(session.source), "--user", session.user});
+  line.insert(line.end(), words.begin(), words.end());
   tools::Output output = tools::runForOutput(line);
   Json trace = Json::parse(output.text, nullptr, false);
   if (output.status != 0 || trace.is_discarded()) {
@@ -81,15 +110,17 @@ void explain(const Session& session) {
   show(session, trace);
   int status = trace["exit"].get<int>();
   if (status == 0) return;
-  throw Refusal(kRefused, session.json ? "" : "the command itself was refused (status " + std::to_string(status) + ")");
+  const std::string said = "the command itself ends with status " + std::to_string(status);
+  throw Refusal(static_cast<Exit>(status), session.json ? "" : said);
 }
 
 }  // namespace
 
 void addExplainCommand(CLI::App& app, Session& session) {
-  CLI::App* explaining =
-      app.add_subcommand("explain", "The commands, ioctls and netlink messages that a change causes");
-  explaining->footer("explain COMMAND [ARGUMENT...]: a kestrovectl command with its arguments");
+  CLI::App* explaining = app.add_subcommand(
+      "explain", "What a change causes: commands, ioctls, netlink messages, files, signal, events, bits");
+  explaining->footer(
+      "explain COMMAND [ARGUMENT...]: a kestrovectl command with its arguments. The exit status is the command's.");
   explaining->prefix_command()->fallthrough(false);
   explaining->callback([&session, explaining] {
     command = explaining->remaining();

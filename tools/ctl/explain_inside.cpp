@@ -10,6 +10,7 @@
 
 #include "kestrove/kestrove.h"
 #include "tools/common/program.h"
+#include "tools/ctl/rows.h"
 #include "tools/ctl/trace/tracer.h"
 
 namespace ctl {
@@ -57,11 +58,34 @@ void bringUpAppliance() {
   if (status != 0) fputs("kestrovectl: the copy did not come up whole; the kernel may answer otherwise\n", stderr);
 }
 
-Json traceJson(const Trace& trace) {
-  Json rows = Json::array();
-  for (const Effect& effect : trace.effects) {
-    rows.push_back({{"kind", effect.kind}, {"effect", effect.text}, {"result", effect.result}});
+Json effectRow(const char* kind, const std::string& text, const std::string& result) {
+  return {{"kind", kind}, {"effect", text}, {"result", result}};
+}
+
+// Marks for the engine that were not there before.
+void addBits(Json& rows, const ShmData& before, const ShmData& after) {
+  for (const Json& name : pendingNames(after.pendingChanges & ~before.pendingChanges)) {
+    rows.push_back(effectRow("bit", name.get<std::string>(), "set"));
   }
+}
+
+// A log that is shorter than before was emptied first.
+void addEvents(Json& rows, const EventLog& before, const EventLog& after) {
+  const bool emptied = !after.eventLogFull && (before.eventLogFull || after.writeIndex < before.writeIndex);
+  const uint32_t end = after.writeIndex % SHM_EVENTS;
+  for (uint32_t slot = emptied ? 0 : before.writeIndex % SHM_EVENTS; slot != end; slot = (slot + 1) % SHM_EVENTS) {
+    const EventRecord& event = after.record[slot];
+    const std::string user = text(event.userName);
+    rows.push_back(
+        effectRow("event", getEventMessage(event.eventId) + (user.empty() ? "" : " (" + user + ")"), "logged"));
+  }
+}
+
+Json traceJson(const Trace& trace, const ShmData& before, const ShmData& after) {
+  Json rows = Json::array();
+  for (const Effect& effect : trace.effects) rows.push_back(effectRow(effect.kind.c_str(), effect.text, effect.result));
+  addEvents(rows, before.eventLog, after.eventLog);
+  addBits(rows, before, after);
   return {{"exit", trace.status}, {"effects", rows}};
 }
 
@@ -74,11 +98,11 @@ void explainInside(const Session& session, const std::string& imagePath, const s
   memcpy(segment, image.data(), image.size());
   bringUpAppliance();
   memcpy(segment, image.data(), image.size());  // coming up has changed it
-  shmdt(segment);
   std::vector<std::string> line = {tools::ownFolder() + "/kestrovectl"};
   line.insert(line.end(), command.begin(), command.end());
-  std::string text = traceJson(traceProgram(line)).dump(-1, ' ', false, Json::error_handler_t::replace);
-  fwrite(text.data(), 1, text.size(), session.out);
+  const Trace trace = traceProgram(line);
+  const auto* before = reinterpret_cast<const ShmData*>(image.data());
+  session.print(jsonText(traceJson(trace, *before, *static_cast<const ShmData*>(segment)), -1));
 }
 
 }  // namespace ctl

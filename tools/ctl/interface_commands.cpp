@@ -2,7 +2,9 @@
 #include <cstring>
 
 #include "kestrove/kestrove.h"
+#include "tools/ctl/change.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/reading.h"
 
 namespace ctl {
 namespace {
@@ -36,20 +38,17 @@ Json row(const char* role, int number, int hardwareNumber, uint32_t address, uin
           {"mask", addressText(mask)}};
 }
 
-void list(const Session& session) {
-  requireStore();
-  accept(shm_lock(), "lock");
-  const ConfigRecord config = shm->config;
-  shm_unlock();
-  session.show(
-      Json::array({row("LAN", 0, 0, config.lanIpAddress, config.lanIpAddressMask),
-                   row("WAN", 1, 1, config.wanIpAddress, config.wanIpAddressMask),
-                   row("management", 3, 3, config.managementAddress, config.managementAddressMask),
-                   {{"interface", "bridge/router port"}, {"inUse", nameOf(5, false)}, {"physical", nameOf(5, true)}}}));
+Json rows() {
+  const ConfigRecord& config = shm->config;
+  return Json::array(
+      {row("LAN", 0, 0, config.lanIpAddress, config.lanIpAddressMask),
+       row("WAN", 1, 1, config.wanIpAddress, config.wanIpAddressMask),
+       row("management", 3, 3, config.managementAddress, config.managementAddressMask),
+       {{"interface", "bridge/router port"}, {"inUse", nameOf(5, false)}, {"physical", nameOf(5, true)}}});
 }
 
 void link(const Session& session) {
-  requireStore();
+  requireStore(session);
   char first[256] = {};
   char second[256] = {};
   char third[256] = {};
@@ -59,8 +58,7 @@ void link(const Session& session) {
   session.show({{"interface", portName}, {"first", first}, {"second", second}, {"third", third}});
 }
 
-void showMode(const Session& session) {
-  requireStore();
+Json modeFacts() {
   uint32_t mode = 0;
   uint32_t single = 0;
   uint32_t lan = 0;
@@ -69,31 +67,34 @@ void showMode(const Session& session) {
   accept(getSingleInterfaceMode(&single, &lan, &wan), "mode");
   uint32_t pbr = 0;
   accept(getKestroveConfigItem(20, &pbr), "mode");
-  session.show({{"mode", mode <= 2 ? oprmode_str[mode] : "invalid"},
-                {"singleInterface", switchText(single)},
-                {"policyRouting", switchText(pbr)},
-                {"lanVlan", lan},
-                {"wanVlan", wan}});
+  return {{"mode", mode <= 2 ? oprmode_str[mode] : "invalid"},
+          {"singleInterface", switchText(single)},
+          {"policyRouting", switchText(pbr)},
+          {"lanVlan", lan},
+          {"wanVlan", wan}};
 }
 
 void single(const Session& session) {
-  requireStore();
-  accept(setSingleInterfaceMode(SHM_ON, lanVlan, wanVlan), "single-interface mode");
-  showMode(session);
+  requireStore(session);
+  Change change(session);
+  change.made(setSingleInterfaceMode(SHM_ON, lanVlan, wanVlan), "single-interface mode");
+  change.show(modeFacts());
 }
 
 // Two interfaces: where policy routing is on, it goes with the single interface.
 void twoInterfaces(const Session& session) {
-  requireStore();
-  accept(setSingleInterfaceMode(SHM_OFF, 0, 0), "two-interface mode");
-  showMode(session);
+  requireStore(session);
+  Change change(session);
+  change.made(setSingleInterfaceMode(SHM_OFF, 0, 0), "two-interface mode");
+  change.show(modeFacts());
 }
 
 void policyRouting(const Session& session) {
-  requireStore();
+  requireStore(session);
   uint32_t value = pbrSwitch == "on" ? SHM_ON : SHM_OFF;
-  accept(setKestroveConfigItem(20, value, session.source, session.userName()), "policy routing");
-  showMode(session);
+  Change change(session);
+  change.made(setKestroveConfigItem(20, value, session.source, session.userName()), "policy routing");
+  change.show(modeFacts());
 }
 
 }  // namespace
@@ -101,7 +102,9 @@ void policyRouting(const Session& session) {
 void addInterfaceCommands(CLI::App& app, Session& session) {
   CLI::App* interface = app.add_subcommand("interface", "The ports");
   interface->require_subcommand(1);
-  interface->add_subcommand("list", "Names, hardware addresses, addresses")->callback([&session] { list(session); });
+  interface->add_subcommand("list", "Names, hardware addresses, addresses")->callback([&session] {
+    showRead(session, rows);
+  });
   CLI::App* linking = interface->add_subcommand("link", "Link status of a port");
   linking->add_option("PORT", portName, "lan, wan or management")
       ->required()
@@ -110,7 +113,7 @@ void addInterfaceCommands(CLI::App& app, Session& session) {
 
   CLI::App* mode = app.add_subcommand("mode", "The operating mode");
   mode->require_subcommand(1);
-  mode->add_subcommand("show", "The present mode")->callback([&session] { showMode(session); });
+  mode->add_subcommand("show", "The present mode")->callback([&session] { showRead(session, modeFacts); });
   CLI::App* one = mode->add_subcommand("single", "One interface that carries LAN and WAN as two VLANs");
   one->add_option("LAN", lanVlan, "VLAN id of the LAN side")->required()->check(CLI::Range(1, 4094));
   one->add_option("WAN", wanVlan, "VLAN id of the WAN side")->required()->check(CLI::Range(1, 4094));

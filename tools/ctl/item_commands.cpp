@@ -3,15 +3,25 @@
 #include <vector>
 
 #include "kestrove/kestrove.h"
+#include "tools/common/plain_text.h"
+#include "tools/ctl/change.h"
 #include "tools/ctl/commands.h"
 #include "tools/ctl/item_names.h"
+#include "tools/ctl/reading.h"
 
 namespace ctl {
 namespace {
 
+std::string hint(const std::string& name) {
+  std::vector<std::string_view> names;
+  for (const ItemRow& row : itemRows()) names.push_back(row.name);
+  const std::string near = tools::nearest(name, names);
+  return near.empty() ? "kestrovectl show lists them" : "did you mean " + near + "?";
+}
+
 const ItemRow& itemNamed(const std::string& name) {
   const ItemRow* row = findItem(name);
-  if (!row) throw Refusal(kUsage, name + ": no such item (kestrovectl show lists them)");
+  if (!row) throw Refusal(kUsage, name + ": no such item (" + hint(name) + ")");
   return *row;
 }
 
@@ -33,42 +43,41 @@ Json itemValue(const ItemRow& row) {
   switch (row.form) {
     case ItemForm::kText: return itemText(row);
     case ItemForm::kAddress: return addressText(itemWord(row));
-    case ItemForm::kSwitch: {
-      uint32_t value = itemWord(row);
-      return value == SHM_ON || value == SHM_OFF ? Json(switchText(value)) : Json(value);
-    }
+    case ItemForm::kSwitch: return switchText(itemWord(row));
     case ItemForm::kNumber: return itemWord(row);
   }
   return nullptr;
 }
 
-void show(const Session& session, const std::vector<std::string>& names) {
-  requireStore();
+Json itemRowsOf(const std::vector<std::string>& names) {
   Json items = Json::array();
   auto add = [&](const ItemRow& row) {
-    items.push_back({{"item", row.name}, {"value", itemValue(row)}, {"unit", row.unit}, {"accepts", row.range}});
+    items.push_back({{"item", row.name}, {"value", itemValue(row)}, {"unit", row.unit}, {"accepts", rangeText(row)}});
   };
   for (const std::string& name : names) add(itemNamed(name));
   if (names.empty()) {
     for (const ItemRow& row : itemRows()) add(row);
   }
-  session.show(items);
+  return items;
+}
+
+std::string takes(const ItemRow& row) {
+  return std::string(row.name) + " takes " + rangeText(row) + (*row.unit ? std::string(" ") + row.unit : "");
 }
 
 uint32_t wordOf(const ItemRow& row, const std::string& value) {
-  if (row.form == ItemForm::kSwitch) {
-    if (value == "on") return SHM_ON;
-    if (value == "off") return SHM_OFF;
+  if (row.form == ItemForm::kSwitch && value != "on" && value != "off") {
+    throw Refusal(kUsage, value + ": " + takes(row));
   }
+  if (row.form == ItemForm::kSwitch) return parseSwitch(value);
   if (row.form == ItemForm::kAddress) {
     return std::string(row.name).ends_with("Mask") ? parseMask(value) : parseAddress(value);
   }
   char* end = nullptr;
   errno = 0;
   unsigned long long number = strtoull(value.c_str(), &end, 10);
-  if (value.empty() || *end || value[0] == '-' || errno != 0 || number > UINT32_MAX) {
-    throw Refusal(kUsage, value + ": " + row.name + " takes " + (*row.range ? row.range : "no value"));
-  }
+  const bool digits = !value.empty() && value[0] >= '0' && value[0] <= '9' && !*end;
+  if (!digits || errno != 0 || number > UINT32_MAX) throw Refusal(kUsage, value + ": " + takes(row));
   return static_cast<uint32_t>(number);
 }
 
@@ -79,16 +88,36 @@ int setWord(const Session& session, const ItemRow& row, uint32_t value) {
   return setNetworkConfigItem(row.id, &value, session.source, session.userName());
 }
 
+// A save that failed comes as a failure of the whole: the store then holds the new value.
+void setItem(const Session& session, Change& change, const ItemRow& row, const std::string& value) {
+  if (row.form == ItemForm::kText) {
+    change.made(setShmString(row.id, value.c_str()), takes(row));
+    return;
+  }
+  const uint32_t word = wordOf(row, value);
+  change.made(setWord(session, row, word), takes(row), [&] { return itemWord(row) == word; });
+}
+
+const char* unsavedBecause(Keeping keeping) {
+  switch (keeping) {
+    case Keeping::kSaved: return "";
+    case Keeping::kSavedLater: return "the next save of anything writes it";
+    case Keeping::kUntilRebuilt: return "the configuration file has no line for it";
+  }
+  return "";
+}
+
 void set(const Session& session, const std::string& name, const std::string& value) {
   const ItemRow& row = itemNamed(name);
-  requireStore();
+  requireStore(session);
   if (!*row.range) throw Refusal(kRefused, name + ": " + shm_strerror(SHM_EREADONLY), SHM_EREADONLY);
-  int result =
-      row.form == ItemForm::kText ? setShmString(row.id, value.c_str()) : setWord(session, row, wordOf(row, value));
-  if (result < 0) throw refusal(name + " takes " + row.range + (*row.unit ? std::string(" ") + row.unit : ""));
+  const Json before = itemValue(row);
+  Change change(session);
+  setItem(session, change, row, value);
   Json changed = {{"item", name}, {"value", itemValue(row)}};
+  if (changed["value"] != before) change.leavesUnsaved(unsavedBecause(row.keeping));
   if (*row.unit) changed["unit"] = row.unit;
-  session.show(changed);
+  change.show(changed);
 }
 
 }  // namespace
@@ -97,13 +126,13 @@ void addItemCommands(CLI::App& app, Session& session) {
   static std::vector<std::string> names;
   CLI::App* showing = app.add_subcommand("show", "Items with value, unit and what they accept");
   showing->add_option("ITEM", names, "Names of items (default: all)");
-  showing->callback([&session] { show(session, names); });
+  showing->callback([&session] { showRead(session, [] { return itemRowsOf(names); }); });
 
   static std::string name;
   static std::string value;
   CLI::App* setting = app.add_subcommand("set", "Change an item");
   setting->add_option("ITEM", name, "Name of the item")->required();
-  setting->add_option("VALUE", value, "New value")->required();
+  setting->add_option("VALUE", value, "New value; a switch is on or off")->required();
   setting->callback([&session] { set(session, name, value); });
 }
 

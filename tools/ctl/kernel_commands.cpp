@@ -4,6 +4,7 @@
 #include "kestrove/kestrove.h"
 #include "tools/common/program.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/reading.h"
 
 namespace ctl {
 namespace {
@@ -142,9 +143,12 @@ bool differs(const Json& rows) {
 }
 
 void show(const Session& session) {
-  requireStore();
-  Json result = {{"addresses", addresses()}, {"routes", routes()}, {"routes6", routes6()}};
-  result["rules"] = kernelFacts("/sbin/ip -json rule show");
+  const Json result = gather(session, [] {
+    return Json{{"addresses", addresses()},
+                {"routes", routes()},
+                {"routes6", routes6()},
+                {"rules", kernelFacts("/sbin/ip -json rule show")}};
+  });
   session.show(result);
   for (const char* table : {"addresses", "routes", "routes6"}) {
     if (differs(result[table])) throw Refusal(kFindings, "");

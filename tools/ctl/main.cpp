@@ -1,43 +1,70 @@
 // kestrovectl: the appliance's store from the command line.
 #include <cstdlib>
 
+#include "tools/common/plain_text.h"
 #include "tools/common/standard_output.h"
 #include "tools/common/version_text.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/usage.h"
 
 namespace {
 
 constexpr char kExitCodes[] =
-    "Exit status: 0 done; 1 refused by the library; 2 wrong usage; 3 no store; 4 findings (check, kernel show); 5 a "
-    "file "
-    "or program failed.";
+    "Exit status:\n"
+    "  0  done\n"
+    "  1  refused by the library\n"
+    "  2  wrong usage\n"
+    "  3  there is no store\n"
+    "  4  check or kernel show found something\n"
+    "  5  a file, a program or standard output failed\n"
+    "  6  another process held the store's lock longer than --wait\n"
+    "  7  not permitted\n"
+    "  8  applied, but not saved\n"
+    "explain ends with the status of the command that it explains.";
 
-int report(const ctl::Session& session, ctl::Exit exit, const std::string& message, int code) {
-  if (message.empty()) return exit;  // the result that was printed says it all
-  if (session.json) {
-    ctl::Json error = {{"message", message}, {"exit", static_cast<int>(exit)}};
-    if (code >= 0) error["code"] = code;
-    session.show({{"error", error}});
-  } else {
-    fprintf(stderr, "kestrovectl: %s\n", message.c_str());
+void tell(const std::string& message) { fprintf(stderr, "kestrovectl: %s\n", tools::escaped(message).c_str()); }
+
+// The result that was printed may say it all. Where JSON cannot be printed the message goes to standard error.
+int report(const ctl::Session& session, ctl::Exit exit, const std::string& message, int code = -1) {
+  if (message.empty()) return exit;
+  if (!session.json) {
+    tell(message);
+    return exit;
+  }
+  try {
+    session.show({{"error", ctl::errorJson(exit, message, code)}});
+  } catch (const ctl::Refusal& refusal) {
+    tell(message);
+    if (message != refusal.what()) tell(refusal.what());
+    return refusal.exit();
   }
   return exit;
 }
 
 void addGroups(CLI::App& app, ctl::Session& session) {
-  for (auto add : {ctl::addStoreCommands, ctl::addItemCommands, ctl::addRuleCommands, ctl::addUserCommands,
-                   ctl::addEventCommands, ctl::addStatsCommands, ctl::addEngineCommands, ctl::addInterfaceCommands,
-                   ctl::addAddressCommands, ctl::addRouteCommands, ctl::addKernelCommands, ctl::addStateCommands,
-                   ctl::addDumpCommands, ctl::addExplainCommand}) {
+  for (auto add : {ctl::addStoreCommands, ctl::addLoadCommand, ctl::addItemCommands, ctl::addRuleCommands,
+                   ctl::addUserCommands, ctl::addEventCommands, ctl::addStatsCommands, ctl::addEngineCommands,
+                   ctl::addInterfaceCommands, ctl::addAddressCommands, ctl::addRouteCommands, ctl::addKernelCommands,
+                   ctl::addStateCommands, ctl::addDhcpCommand, ctl::addDumpCommands, ctl::addExplainCommand}) {
     add(app, session);
   }
 }
 
-// The whole picture, or the command that was asked about.
-std::string helpOf(const CLI::App& app) {
-  const CLI::App* asked = &app;
-  while (!asked->get_subcommands().empty()) asked = asked->get_subcommands().front();
-  return asked == &app ? app.help("", CLI::AppFormatMode::All) : asked->help("kestrovectl");
+void describe(CLI::App& app, ctl::Session& session) {
+  app.require_subcommand(0, 1);
+  app.fallthrough();
+  app.footer(kExitCodes);
+  app.set_version_flag("--version", tools::versionText("kestrovectl"));
+  app.add_flag("--json", session.json, "Print JSON, errors included");
+  app.add_option("--source", session.source, "Number of the front end that events name (0 System, 3 Serial, 4 SSH ...)")
+      ->check(CLI::Range(0, 8))
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+  app.add_option("--user", session.user, "Name that events carry (default: $USER)")
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+  app.add_option("--wait", session.waitSeconds, "Seconds to wait for a store that another process has locked")
+      ->check(CLI::Range(0.0, 86400.0))
+      ->capture_default_str();
+  addGroups(app, session);
 }
 
 // A usage error may come before the option was parsed.
@@ -48,24 +75,44 @@ bool asksForJson(int argc, char** argv) {
   return false;
 }
 
+int reportUsage(const CLI::App& app, const ctl::Session& session, const std::string& message) {
+  const int status = report(session, ctl::kUsage, message);
+  if (!session.json) fprintf(stderr, "%s\n", ctl::usageOf(app).c_str());
+  return status;
+}
+
 int run(CLI::App& app, ctl::Session& session, int argc, char** argv) {
   try {
     app.parse(argc, argv);
     if (!app.get_subcommands().empty()) return ctl::kDone;
-    return report(session, ctl::kUsage, "a command is needed (kestrovectl --help lists them)", -1);
-  } catch (const CLI::CallForHelp& call) {
-    fputs(helpOf(app).c_str(), session.out);
+    return reportUsage(app, session, "a command is needed (kestrovectl --help lists them)");
+  } catch (const CLI::CallForHelp&) {
+    session.print(ctl::helpOf(app));
   } catch (const CLI::CallForVersion&) {
-    fprintf(session.out, "%s\n", tools::versionText("kestrovectl").c_str());
+    session.print(tools::versionText("kestrovectl") + "\n");
   } catch (const CLI::Success&) {
     return ctl::kDone;
   } catch (const CLI::ParseError& error) {
     session.json = asksForJson(argc, argv);
-    return report(session, ctl::kUsage, error.what(), -1);
+    return reportUsage(app, session, ctl::usageError(app, error));
+  }
+  return ctl::kDone;
+}
+
+int runSafely(ctl::Session& session, int argc, char** argv) {
+  CLI::App app("Reads and changes the appliance's store.", "kestrovectl");
+  describe(app, session);
+  std::string refused = tools::refusedWord(argc, argv);
+  if (refused.empty() && tools::hasControlCharacter(session.user)) refused = "USER holds a control character";
+  if (!refused.empty()) {
+    session.json = asksForJson(argc, argv);
+    return report(session, ctl::kUsage, refused);
+  }
+  try {
+    return run(app, session, argc, argv);
   } catch (const ctl::Refusal& refusal) {
     return report(session, refusal.exit(), refusal.what(), refusal.code());
   }
-  return ctl::kDone;
 }
 
 }  // namespace
@@ -74,19 +121,5 @@ int main(int argc, char** argv) {
   ctl::Session session;
   session.out = tools::takeStandardOutput();
   if (const char* user = getenv("USER")) session.user = user;
-
-  CLI::App app("Reads and changes the appliance's store.", "kestrovectl");
-  app.require_subcommand(0, 1);
-  app.fallthrough();
-  app.footer(kExitCodes);
-  app.set_version_flag("--version", tools::versionText("kestrovectl"));
-  app.add_flag("--json", session.json, "Print JSON, errors included");
-  app.add_option("--source", session.source, "Number of the front end that events name (0 System, 3 Serial, 4 SSH ...)")
-      ->check(CLI::Range(0, 8));
-  app.add_option("--user", session.user, "Name that events carry (default: $USER)");
-  addGroups(app, session);
-
-  int status = run(app, session, argc, argv);
-  if (fflush(session.out) != 0 && status == ctl::kDone) status = ctl::kSystem;
-  return status;
+  return runSafely(session, argc, argv);
 }

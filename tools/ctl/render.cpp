@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <vector>
 
+#include "tools/common/plain_text.h"
+
 namespace ctl {
 namespace {
 
 std::string scalar(const Json& value) {
-  if (value.is_string()) return value.get<std::string>();
+  if (value.is_string()) return tools::escaped(value.get<std::string>());
   if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
   if (value.is_null()) return "-";
   return value.dump();

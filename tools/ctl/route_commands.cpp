@@ -2,7 +2,9 @@
 #include <cstring>
 
 #include "kestrove/kestrove.h"
+#include "tools/ctl/change.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/reading.h"
 #include "tools/ctl/rows.h"
 
 namespace ctl {
@@ -65,7 +67,7 @@ struct Family6 {
     parseAddress6(host, route.destination);
     if (length.empty() || length.size() > 3 || length.find_first_not_of("0123456789") != std::string::npos ||
         std::stoul(length) > 128) {
-      throw Refusal(kUsage, destination + ": no prefix length");
+      throw Refusal(kUsage, destination + ": no prefix length (0 to 128)");
     }
     route.prefixLength = static_cast<uint32_t>(std::stoul(length));
     return route;
@@ -100,10 +102,10 @@ Json listed() {
 
 // What the table holds after a change: it may be less than was asked for.
 template <typename Family>
-void showStored(const Session& session, const typename Family::Entry& key) {
+void showStored(const Change& change, const typename Family::Entry& key) {
   typename Family::Entry stored;
   accept(Family::find(key, &stored), "route");
-  session.show(Family::show(stored));
+  change.show(Family::show(stored));
 }
 
 template <typename Family>
@@ -114,21 +116,30 @@ typename Family::Entry wanted(const std::string& destination) {
   return route;
 }
 
+// The library refuses it without a code.
+void refuseInConfigurationMode(const std::string& what) {
+  if (shm->operationalState != SHM_STATE_CONFIGURATION) return;
+  throw Refusal(kRefused, what + ": in Configuration Mode no route is removed");
+}
+
 template <typename Family>
 void add(const Session& session) {
-  requireStore();
+  requireStore(session);
   typename Family::Entry route = wanted<Family>(given.destination);
-  accept(Family::add(route), given.destination);
-  showStored<Family>(session, route);
+  Change change(session);
+  change.made(Family::add(route), given.destination);
+  showStored<Family>(change, route);
 }
 
 template <typename Family>
 void replace(const Session& session) {
-  requireStore();
+  requireStore(session);
   typename Family::Entry key = Family::entry(given.destination);
   typename Family::Entry route = wanted<Family>(given.newDestination);
-  accept(Family::replace(key, route, session), given.destination);
-  showStored<Family>(session, route);
+  Change change(session);
+  refuseInConfigurationMode(given.destination);
+  change.made(Family::replace(key, route, session), given.destination);
+  showStored<Family>(change, route);
 }
 
 template <typename Family>
@@ -136,13 +147,13 @@ void addFamily(CLI::App& app, Session& session, const char* description) {
   CLI::App* group = app.add_subcommand(Family::kCommand, description);
   group->require_subcommand(1);
   group->add_subcommand("list", "All routes, in list order")->callback([&session] {
-    requireStore();
-    session.show(listed<Family>());
+    showRead(session, listed<Family>);
   });
   group->add_subcommand("freshen", "Apply every route anew, disabled ones too")->callback([&session] {
-    requireStore();
-    accept(Family::freshen(session), "routes");
-    session.show(listed<Family>());
+    requireStore(session);
+    Change change(session);
+    change.made(Family::freshen(session), "routes");
+    change.show(listed<Family>());
   });
   auto command = [group](const char* name, const char* text) {
     CLI::App* sub = group->add_subcommand(name, text);
@@ -154,9 +165,12 @@ void addFamily(CLI::App& app, Session& session, const char* description) {
   adding->add_flag("--disabled", given.disabled, "Keep it out of the kernel");
   adding->callback([&session] { add<Family>(session); });
   command("remove", "Remove a route")->callback([&session] {
-    requireStore();
-    accept(Family::remove(Family::entry(given.destination)), given.destination);
-    session.done(given.destination + " removed");
+    requireStore(session);
+    const typename Family::Entry key = Family::entry(given.destination);
+    Change change(session);
+    refuseInConfigurationMode(given.destination);
+    change.made(Family::remove(key), given.destination);
+    change.done(given.destination + " removed");
   });
   CLI::App* replacing = command("replace", "Remove a route and add another");
   replacing->add_option("NEW", given.newDestination, "NETWORK/LENGTH")->required();

@@ -68,8 +68,8 @@ Json qosRow(const std::string& name, const QosRow& qos) {
 Json userRow(const UserAccount& account) {
   return {{"name", text(account.username)},
           {"administrator", account.superUser == 1},
-          {"lastLogin", +account.lastLoginSeconds},
-          {"lastPasswordChange", +account.lastPasswdChange}};
+          {"lastLogin", timeJson(account.lastLoginSeconds)},
+          {"lastPasswordChange", timeJson(account.lastPasswdChange)}};
 }
 
 Json ruleRow(int position, const FilterRule& rule) {
@@ -152,6 +152,21 @@ Json statisticsObject(const StatisticsBlock& block) {
           {"totalTcpSegmentsBadChecksum", +block.totalTcpSegmentsBadChecksum}};
 }
 
+Json pendingNames(uint32_t bits) {
+  constexpr struct {
+    int bit;
+    const char* name;
+  } kChanges[] = {{0, "LAN rate"}, {1, "WAN rate"},    {2, "LAN MTU"},
+                  {3, "WAN MTU"},  {5, "compression"}, {6, "WAN congestion"},
+                  {7, "rules"},    {10, "item 38"},    {13, "management address"},
+                  {14, "mode"}};
+  Json names = Json::array();
+  for (const auto& change : kChanges) {
+    if (bits & (1u << change.bit)) names.push_back(change.name);
+  }
+  return names;
+}
+
 Json taskTable(const int32_t (&pids)[SHM_TASKS]) {
   constexpr const char* kTasks[SHM_TASKS] = {"snmpd", "httpd", "statsd", "sshd", "kestrove", "miscMonitor", "monitor"};
   Json tasks = Json::array();
@@ -161,8 +176,15 @@ Json taskTable(const int32_t (&pids)[SHM_TASKS]) {
   return tasks;
 }
 
-uint32_t protocolNumber(const std::string& text) { return numberOf(kProtocols, text, "protocol"); }
-uint32_t ruleStatusNumber(const std::string& text) { return numberOf(kRuleStatus, text, "status"); }
+uint32_t protocolNumber(const std::string& text) {
+  constexpr uint32_t kLargest = 255;
+  const uint32_t number = numberOf(kProtocols, text, "protocol (any, tcp, udp or 0 to 255)");
+  if (number > kLargest) throw Refusal(kUsage, text + ": no protocol (any, tcp, udp or 0 to 255)");
+  return number;
+}
+uint32_t ruleStatusNumber(const std::string& text) {
+  return numberOf(kRuleStatus, text, "status (active, nis or invalid)");
+}
 
 const char* processLife(int pid) {
   if (pid <= 0) return "none";

@@ -15,6 +15,7 @@ Json route6Row(const Route6Entry& route);
 Json qosTable(const QosRow (&rows)[SHM_QOS_ROWS]);
 Json interfaceCounterRow(const char* name, const InterfaceCounters& counters);
 Json statisticsObject(const StatisticsBlock& block);
+Json pendingNames(uint32_t bits);  // of changes that the engine has not fetched
 Json taskTable(const int32_t (&pids)[SHM_TASKS]);
 
 // Numbers by name where a command takes names: "any", "tcp", "udp"; "invalid", "nis", "active"; the ports.

@@ -7,8 +7,10 @@ namespace ctl {
 
 class Secret {
  public:
-  // Reads one password; throws kUsage when none comes.
-  explicit Secret(const char* prompt);
+  // Reads one password; a new one twice where it is typed. Throws kUsage when it is too long, holds a control character
+  // or was not repeated. A signal that comes meanwhile finds the terminal's echo back.
+  enum class Kind { kPresent, kNew };
+  explicit Secret(const char* prompt, Kind kind = Kind::kPresent);
   ~Secret();
   Secret(const Secret&) = delete;
   Secret& operator=(const Secret&) = delete;
@@ -17,6 +19,8 @@ class Secret {
   bool empty() const { return text_[0] == '\0'; }
 
  private:
+  void refuse(const std::string& why);
+
   char text_[256] = {};
 };
 

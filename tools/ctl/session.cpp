@@ -1,17 +1,68 @@
 #include "tools/ctl/session.h"
 
 #include <arpa/inet.h>
+#include <sys/shm.h>
+
+#include <cerrno>
 #include <cstring>
+#include <ctime>
 
 #include "kestrove/kestrove.h"
 #include "tools/common/loading_note.h"
+#include "tools/common/lock_wait.h"
+#include "tools/common/plain_text.h"
+#include "tools/common/standard_output.h"
 #include "tools/ctl/render.h"
 
 namespace ctl {
+namespace {
+
+constexpr char kLockFile[] = "/var/lock/shm";
+
+bool forbidden(int error) { return error == EACCES || error == EPERM; }
+
+// JSON has escapes for the control characters of ASCII alone, and for these not for the last.
+std::string withoutControls(std::string json) {
+  constexpr std::string_view kDelete = "\x7f";
+  for (size_t at = 0; (at = json.find_first_of("\x7f\xc2", at)) != std::string::npos; ++at) {
+    const bool second = json[at] != kDelete[0];
+    if (second && (at + 1 == json.size() || static_cast<unsigned char>(json[at + 1]) >= 0xA0)) continue;
+    char escape[8];
+    snprintf(escape, sizeof escape, "\\u%04x", second ? static_cast<unsigned char>(json[at + 1]) : 0x7Fu);
+    json.replace(at, second ? 2 : 1, escape);
+  }
+  return json;
+}
+
+// The code of a call of the library in front of which errno was cleared.
+bool systemFailed() { return shm_errno == SHM_ESYSTEM || shm_errno == SHM_EOPEN || shm_errno == SHM_EIO; }
+
+void requireSegment() {
+  if (shmget(SHM_KEY, SHM_SIZE, 0) != -1) return;
+  if (errno == ENOENT) throw Refusal(kNoStore, "there is no store (shm-init builds it)", SHM_EATTACH);
+  if (errno == EINVAL) throw Refusal(kNoStore, "the segment under the store's key is no store", SHM_EATTACH);
+  throw systemRefusal("the store", errno);
+}
+
+}  // namespace
+
+std::string reasonText() {
+  const char* reason = shm_strerror(static_cast<int>(shm_errno));
+  if (!reason) return "unknown reason";
+  if (systemFailed() && errno != 0) return std::string(reason) + ": " + strerror(errno);
+  return reason;
+}
 
 Refusal refusal(const std::string& what) {
-  const char* reason = shm_strerror(static_cast<int>(shm_errno));
-  return {kRefused, what + ": " + (reason ? reason : "unknown reason"), static_cast<int>(shm_errno)};
+  if (shm_errno == SHM_OK) return {kRefused, what + ": refused; the library gives no reason"};
+  const bool notPermitted = systemFailed() && forbidden(errno);
+  return {notPermitted ? kNotPermitted : kRefused, (notPermitted ? "not permitted: " : "") + what + ": " + reasonText(),
+          static_cast<int>(shm_errno)};
+}
+
+Refusal systemRefusal(const std::string& what, int error) {
+  if (forbidden(error)) return {kNotPermitted, "not permitted: " + what + ": " + strerror(error)};
+  return {kSystem, what + ": " + strerror(error)};
 }
 
 int accept(int result, const std::string& what) {
@@ -19,26 +70,55 @@ int accept(int result, const std::string& what) {
   return result;
 }
 
-void Session::show(const Json& result) const {
-  // A text of the store may hold any bytes: what is no UTF-8 is shown as a replacement character.
-  std::string text = json ? result.dump(2, ' ', false, Json::error_handler_t::replace) + "\n" : render(result);
-  fwrite(text.data(), 1, text.size(), out);
+void Session::print(const std::string& text) const {
+  const std::string failure = tools::writeOut(out, text);
+  if (!failure.empty()) throw Refusal(kSystem, failure);
 }
+
+void Session::show(const Json& result) const { print(json ? jsonText(result, 2) + "\n" : render(result)); }
 
 void Session::done(const std::string& text) const {
   if (json) return show({{"done", text}});
-  fprintf(out, "%s\n", text.c_str());
+  print(tools::escaped(text) + "\n");
 }
 
-void requireStore() {
+// A text of the store may hold any bytes: what is no UTF-8 is shown as a replacement character.
+std::string jsonText(const Json& value, int indent) {
+  return withoutControls(value.dump(indent, ' ', false, Json::error_handler_t::replace));
+}
+
+Json errorJson(Exit exit, const std::string& message, int code) {
+  Json error = {{"message", message}, {"exit", static_cast<int>(exit)}};
+  if (code >= 0) error["code"] = code;
+  return error;
+}
+
+void warn(const std::string& text) { fprintf(stderr, "kestrovectl: %s\n", tools::escaped(text).c_str()); }
+
+void awaitLock(const Session& session) {
+  const tools::LockAnswer answer = tools::waitForLock(session.waitSeconds);
+  switch (answer.state) {
+    case tools::LockState::kFree: return;
+    case tools::LockState::kHeld: throw Refusal(kLocked, tools::heldTooLong(answer.holder, session.waitSeconds));
+    case tools::LockState::kMissing:
+    case tools::LockState::kDenied:
+    case tools::LockState::kFailed: throw systemRefusal(kLockFile, answer.error);
+  }
+}
+
+void requireStore(const Session& session) {
+  requireSegment();
+  awaitLock(session);
   shm_errno = SHM_OK;
+  errno = 0;
   if (shm_lock() != 0) {
+    if (shm_errno == SHM_EATTACH && forbidden(errno)) throw systemRefusal("the store", errno);
     if (shm_errno == SHM_EATTACH) throw Refusal(kNoStore, "there is no store (shm-init builds it)", SHM_EATTACH);
     throw refusal("the store cannot be locked");
   }
   shm_unlock();
   std::string note = tools::repairAbandonedLoad();
-  if (!note.empty()) fprintf(stderr, "kestrovectl: %s\n", note.c_str());
+  if (!note.empty()) warn(note);
 }
 
 std::string addressText(uint32_t address) { return ipv4_to_a(address); }
@@ -81,12 +161,29 @@ uint32_t parseMask(const std::string& text) {
   return length == 0 ? 0 : htonl(~0u << (32 - length));
 }
 
+// 0 stands in a store that no file has named the switch to.
 const char* switchText(uint32_t value) {
   switch (value) {
+    case 0: return "unset";
     case SHM_ON: return "on";
     case SHM_OFF: return "off";
     default: return "invalid";
   }
+}
+
+uint32_t parseSwitch(const std::string& text) {
+  if (text == "on") return SHM_ON;
+  if (text == "off") return SHM_OFF;
+  throw Refusal(kUsage, text + ": a switch is on or off");
+}
+
+Json timeJson(int32_t seconds) {
+  if (seconds == 0) return nullptr;
+  const time_t when = seconds;
+  struct tm utc = {};
+  char text[32];
+  if (!gmtime_r(&when, &utc) || strftime(text, sizeof text, "%FT%TZ", &utc) == 0) return seconds;
+  return text;
 }
 
 }  // namespace ctl

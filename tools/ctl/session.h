@@ -15,11 +15,14 @@ using Json = nlohmann::ordered_json;
 
 enum Exit : int {
   kDone = 0,
-  kRefused = 1,   // the library refused; the text of shm_errno says why
-  kUsage = 2,     // the command line makes no sense
-  kNoStore = 3,   // there is no store, or none of this layout
-  kFindings = 4,  // check or kernel found something
-  kSystem = 5     // a file or a program failed outside the library
+  kRefused = 1,       // the library refused; the text of shm_errno says why
+  kUsage = 2,         // the command line makes no sense
+  kNoStore = 3,       // there is no store, or none of this layout
+  kFindings = 4,      // check or kernel found something
+  kSystem = 5,        // a file, a program or standard output failed outside the library
+  kLocked = 6,        // another process held the lock for too long
+  kNotPermitted = 7,  // the lock file, the segment or a file belongs to others
+  kNotSaved = 8       // the change was made, and the file does not have it
 };
 
 // Ends a command: main prints it and exits with its status.
@@ -36,8 +39,12 @@ class Refusal : public std::exception {
   int code_;
 };
 
-// The refusal that shm_errno explains: "WHAT: TEXT OF THE CODE".
+// The text of shm_errno, with that of errno where the system failed.
+std::string reasonText();
+// The refusal that shm_errno explains: "WHAT: TEXT OF THE CODE". Where the library has set no code it says so.
 Refusal refusal(const std::string& what);
+// The refusal of a file or program that failed: not permitted, or failed with "WHAT: TEXT OF THE ERROR".
+Refusal systemRefusal(const std::string& what, int error);
 // Passes a result of 0 or more; throws the refusal otherwise.
 int accept(int result, const std::string& what);
 
@@ -45,18 +52,34 @@ struct Session {
   bool json = false;
   uint32_t source = 0;
   std::string user = "--";
-  FILE* out = stdout;  // the command's own output: the library's prints are turned to standard error
+  double waitSeconds = 10;  // for the store's lock
+  FILE* out = stdout;       // the command's own output: the library's prints are turned to standard error
 
   const char* userName() const { return user.c_str(); }
 
+  // Prints as it stands. Throws kSystem when standard output cannot be written.
+  void print(const std::string& text) const;
   // Prints a result: as JSON, or for a human reader as lines, lists and tables.
   void show(const Json& result) const;
-  // Prints that a change was made.
+  // Prints that something was done.
   void done(const std::string& text) const;
 };
 
-// Attaches the store or throws kNoStore. Puts back the state that a loader left behind when it died.
-void requireStore();
+// Whole JSON without a control character in it but the line feeds of an indented text; -1 indents nothing.
+std::string jsonText(const Json& value, int indent);
+
+// The error as it is printed with --json.
+Json errorJson(Exit exit, const std::string& message, int code);
+
+// On standard error.
+void warn(const std::string& text);
+
+// Attaches the store, waiting for its lock as long as the session says; throws kNoStore, kLocked or kNotPermitted. Puts
+// back the state that a loader left behind when it died.
+void requireStore(const Session& session);
+
+// Waits for the lock as long as the session says: for the next call of the library, which then finds it free.
+void awaitLock(const Session& session);
 
 std::string addressText(uint32_t address);
 std::string address6Text(const uint8_t (&address)[16]);
@@ -67,6 +90,10 @@ void parseAddress6(const std::string& text, uint8_t (&out)[16]);
 // "A.B.C.D/LENGTH" or "A.B.C.D MASK" forms: the mask of a prefix length or of a dotted mask.
 uint32_t parseMask(const std::string& text);
 const char* switchText(uint32_t value);
+// 1 or 2 of "on" or "off"; throws kUsage otherwise.
+uint32_t parseSwitch(const std::string& text);
+// "2026-11-21T22:17:46Z", in the zone of the event log; null for 0, which is never.
+Json timeJson(int32_t seconds);
 
 // A text field of the store, bounded by its width.
 template <size_t N>

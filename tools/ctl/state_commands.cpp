@@ -1,5 +1,6 @@
-// state, dhcp.
+// state.
 #include <dirent.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <sstream>
@@ -13,9 +14,8 @@ namespace ctl {
 namespace {
 
 constexpr char kDocuments[] = "/usr/local/apache2/htdocs/";
-
-std::string interfaceName;
-int timeoutSeconds = 30;
+constexpr char kConfigurationMember[] = "kestrove.conf.configSaved";
+constexpr char kRestart[] = "/bin/restartKestrove";
 
 std::vector<std::string> filesLike(const std::string& start, const std::string& end) {
   std::vector<std::string> names;
@@ -30,6 +30,8 @@ std::vector<std::string> filesLike(const std::string& start, const std::string& 
   return names;
 }
 
+std::vector<std::string> archives() { return filesLike("config", ".zip"); }
+
 std::vector<std::string> membersOf(const std::string& archive) {
   tools::Output output = tools::runForOutput(std::vector<std::string>{"/usr/bin/unzip", "-Z1", archive});
   if (output.status != 0) throw Refusal(kSystem, archive + ": no archive that unzip can read");
@@ -39,21 +41,41 @@ std::vector<std::string> membersOf(const std::string& archive) {
   return members;
 }
 
-void list(const Session& session) {
+Json stateRows() {
   Json states = Json::array();
-  for (const std::string& archive : filesLike("config", ".zip")) {
+  for (const std::string& archive : archives()) {
     states.push_back({{"kind", "archive"}, {"file", archive}, {"members", Json(membersOf(archive))}});
   }
   for (const std::string& script : filesLike("state-", ".txt")) {
     states.push_back({{"kind", "script"}, {"file", script}, {"members", Json::array()}});
   }
-  session.show(states);
+  return states;
+}
+
+// The library's word alone is not taken: the archive is there, can be read and has the configuration.
+std::string savedArchive() {
+  const std::vector<std::string> found = archives();
+  if (found.empty())
+    throw Refusal(kSystem, std::string("the state is not saved: no archive came to be in ") + kDocuments);
+  const std::vector<std::string> members = membersOf(found.back());
+  if (std::find(members.begin(), members.end(), kConfigurationMember) == members.end()) {
+    throw Refusal(kSystem, "the state is not saved: " + found.back() + " lacks the configuration file");
+  }
+  return found.back();
 }
 
 void save(const Session& session) {
-  requireStore();
-  accept(saveSystemState(session.source, session.userName()), "the state cannot be saved");
-  list(session);
+  requireStore(session);
+  awaitLock(session);
+  shm_errno = SHM_OK;
+  errno = 0;
+  if (saveSystemState(session.source, session.userName()) != 0) {
+    if (shm_errno != SHM_OK) throw refusal("the state is not saved");
+    throw Refusal(kSystem, "the state is not saved: a command failed, which syslog names");
+  }
+  const std::string archive = savedArchive();
+  if (!session.json) session.done("saved " + archive);
+  session.show(stateRows());
 }
 
 // The library unpacks what lies there; members that would land outside the staging folder are refused before.
@@ -65,34 +87,61 @@ void refuseEscapes(const std::string& archive) {
   }
 }
 
-void load(const Session& session) {
-  requireStore();
-  std::vector<std::string> archives = filesLike("config", ".zip");
-  if (archives.empty()) throw Refusal(kRefused, "there is no saved state", SHM_ENOENT);
-  if (archives.size() > 1) throw Refusal(kRefused, "there is more than one archive", SHM_EINVAL);
-  refuseEscapes(archives.front());
+std::string onlyArchive() {
+  const std::vector<std::string> found = archives();
+  if (found.empty()) throw Refusal(kRefused, "there is no saved state", SHM_ENOENT);
+  if (found.size() > 1) throw Refusal(kRefused, "there is more than one archive", SHM_EINVAL);
+  refuseEscapes(found.front());
+  return found.front();
+}
+
+void addSwitch(std::vector<std::string>& line, const char* option, uint32_t value) {
+  if (value == SHM_ON || value == SHM_OFF) line.insert(line.end(), {option, switchText(value)});
+}
+
+// With the files and the platform of the present store, which no saved file has.
+std::vector<std::string> rebuildingLine(const std::string& program) {
+  const ConfigRecord& config = shm->config;
+  std::vector<std::string> line = {
+      program, "--replace", "--config", text(config.configFileName), "--event-log", text(config.eventLogFileName)};
+  if (config.hardwarePlatform <= 15) line.insert(line.end(), {"--platform", std::to_string(config.hardwarePlatform)});
+  addSwitch(line, "--ipv6", config.ipv6Support);
+  addSwitch(line, "--wan-opt", config.wanOptSupport);
+  const int32_t interval = shm->statistics.accumulationInterval;
+  if (interval >= 1 && interval <= 86400) line.insert(line.end(), {"--interval", std::to_string(interval)});
+  return line;
+}
+
+// The programs that hold the old store are restarted as after a start of the appliance.
+void rebuild() {
+  const std::string program = tools::findProgram("shm-init", "../bin");
+  if (program.empty()) throw Refusal(kSystem, "the files are restored; shm-init, which rebuilds the store, is missing");
+  const int status = tools::runForOutput(rebuildingLine(program)).status;
+  if (status != 0) {
+    throw Refusal(kSystem,
+                  "the files are restored; shm-init, which rebuilds the store, gave " + std::to_string(status));
+  }
+  if (access(kRestart, X_OK) != 0) return;
+  const int restarted = tools::runForOutput(std::vector<std::string>{kRestart}).status;
+  if (restarted != 0) {
+    throw Refusal(kSystem, std::string("the store is rebuilt; ") + kRestart + " gave " + std::to_string(restarted));
+  }
+}
+
+void load(const Session& session, bool now) {
+  requireStore(session);
+  const std::string archive = onlyArchive();
+  awaitLock(session);
+  accept(shm_lock(), "lock");
+  shm_unlock();
   if (loadSystemState(session.source, session.userName()) != 0) {
     throw Refusal(kSystem, "the state was not restored wholly; syslog names the command that failed");
   }
-  session.done("restored " + archives.front() + "; it takes effect when the store is next built");
-}
-
-// The library's callback carries no context: the kind comes through its first argument, the rows through here.
-Json leased;
-
-int takeSetting(uint32_t* kind, const char* value) {
-  constexpr const char* kKinds[] = {"address", "netmask", "gateways", "server", "nameServers", "domain", "other"};
-  if (*kind < 6) leased[kKinds[*kind]] = value;
-  return 0;
-}
-
-void dhcp(const Session& session) {
-  uint32_t kind = 0;
-  leased = Json{{"interface", interfaceName}};
-  if (dhcp_start(interfaceName.c_str(), timeoutSeconds, takeSetting, &kind) != 0) {
-    throw Refusal(kSystem, interfaceName + ": no lease within " + std::to_string(timeoutSeconds) + " seconds");
-  }
-  session.show(leased);
+  if (now) rebuild();
+  session.done("restored " + archive +
+               (now ? "; the store is built anew from it"
+                    : "; it takes effect when the store is next built, and the next change overwrites the restored "
+                      "configuration file with what the store holds now (state load --now builds it at once)"));
 }
 
 }  // namespace
@@ -101,14 +150,11 @@ void addStateCommands(CLI::App& app, Session& session) {
   CLI::App* state = app.add_subcommand("state", "Whole saved states");
   state->require_subcommand(1);
   state->add_subcommand("save", "Save the state; an earlier one is replaced")->callback([&session] { save(session); });
-  state->add_subcommand("load", "Restore the saved files")->callback([&session] { load(session); });
-  state->add_subcommand("list", "What is saved")->callback([&session] { list(session); });
-
-  CLI::App* leasing = app.add_subcommand("dhcp", "Obtain an address for an interface");
-  leasing->add_option("INTERFACE", interfaceName, "Name of the interface")->required();
-  leasing->add_option("--timeout", timeoutSeconds, "Seconds; a lease that comes only then is none")
-      ->check(CLI::Range(1, 3600));
-  leasing->callback([&session] { dhcp(session); });
+  static bool now = false;
+  CLI::App* loading = state->add_subcommand("load", "Restore the saved files; the next change overwrites them");
+  loading->add_flag("--now", now, "Build the store anew from them at once, and restart the engine");
+  loading->callback([&session] { load(session, now); });
+  state->add_subcommand("list", "What is saved")->callback([&session] { session.show(stateRows()); });
 }
 
 }  // namespace ctl

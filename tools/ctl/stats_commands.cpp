@@ -1,13 +1,15 @@
 // stats.
+#include <cerrno>
+
 #include "kestrove/kestrove.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/reading.h"
 #include "tools/ctl/rows.h"
 
 namespace ctl {
 namespace {
 
-void show(const Session& session) {
-  requireStore();
+Json facts() {
   uint32_t uptime = 0;
   getSystemUptime(&uptime);
   InterfaceCounters counters[2];
@@ -15,19 +17,31 @@ void show(const Session& session) {
   accept(getInterfaceStats(1, &counters[1]), "interface statistics");
   QosRow qos[SHM_QOS_ROWS];
   accept(readQosStats(qos), "QoS statistics");
-  accept(shm_lock(), "lock");
   Json result = statisticsObject(shm->statistics);
-  shm_unlock();
   result["uptimeHundredths"] = uptime;
   result["interfaces"] =
       Json::array({interfaceCounterRow("LAN", counters[0]), interfaceCounterRow("WAN", counters[1])});
   result["qos"] = qosTable(qos);
-  session.show(result);
+  return result;
 }
 
-void reset(const Session& session, int result, const char* what) {
-  accept(result, what);
-  session.done(std::string(what) + " reset");
+int resetNamed(const std::string& which, const Session& session) {
+  const char* user = session.userName();
+  if (which == "optimization") return resetOptimizationStats(session.source, user);
+  if (which == "compression") return resetCompressionRatio(session.source, user);
+  return which == "filter" ? resetFilterStats() : resetStats(session.source, user);
+}
+
+void reset(const Session& session, const std::string& which) {
+  requireStore(session);
+  awaitLock(session);
+  shm_errno = SHM_OK;
+  errno = 0;
+  accept(resetNamed(which, session), which + " statistics");
+  // The counters are no part of the configuration: what may have failed is the file of the event log.
+  const bool unlogged = shm_errno == SHM_EOPEN || shm_errno == SHM_EIO;
+  if (unlogged) warn("reset; the event log's file cannot be written: " + reasonText());
+  session.done((which == "all" ? "statistics" : which + " statistics") + " reset");
 }
 
 }  // namespace
@@ -39,17 +53,9 @@ void addStatsCommands(CLI::App& app, Session& session) {
   static std::string which = "all";
   resetting->add_option("WHICH", which, "all, optimization, compression or filter")
       ->check(CLI::IsMember({"all", "optimization", "compression", "filter"}));
-  resetting->callback([&session] {
-    requireStore();
-    const char* user = session.userName();
-    if (which == "optimization")
-      return reset(session, resetOptimizationStats(session.source, user), "optimization statistics");
-    if (which == "compression") return reset(session, resetCompressionRatio(session.source, user), "compression ratio");
-    if (which == "filter") return reset(session, resetFilterStats(), "filter statistics");
-    reset(session, resetStats(session.source, user), "statistics");
-  });
+  resetting->callback([&session] { reset(session, which); });
   stats->callback([&session, resetting] {
-    if (!resetting->parsed()) show(session);
+    if (!resetting->parsed()) showRead(session, facts);
   });
 }
 

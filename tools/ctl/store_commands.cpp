@@ -1,40 +1,23 @@
-// status, load, save, check.
-#include <fcntl.h>
+// status, save, check.
 #include <sys/shm.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 
 #include "kestrove/kestrove.h"
 #include "tools/common/loading_note.h"
+#include "tools/common/lock_wait.h"
 #include "tools/ctl/check.h"
 #include "tools/ctl/commands.h"
 
 namespace ctl {
 namespace {
 
-constexpr char kLockFile[] = "/var/lock/shm";
-
-// Asked on a descriptor of its own while this process holds no lock: closing it would drop one.
-Json lockHolder() {
-  int fd = open(kLockFile, O_RDWR | O_CLOEXEC);
-  if (fd == -1) return std::string("no lock file: ") + strerror(errno);
-  struct flock request = {};
-  request.l_type = F_WRLCK;
-  request.l_whence = SEEK_SET;
-  int result = fcntl(fd, F_GETLK, &request);
-  close(fd);
-  if (result == -1) return std::string("unknown: ") + strerror(errno);
-  if (request.l_type == F_UNLCK) return "nobody";
-  return "process " + std::to_string(request.l_pid);
-}
-
 Json segmentFacts() {
   int id = shmget(SHM_KEY, 1, 0);
-  if (id == -1) return {{"store", "absent"}};
+  if (id == -1 && errno == ENOENT) return {{"store", "absent"}};
   struct shmid_ds facts = {};
-  if (shmctl(id, IPC_STAT, &facts) == -1) throw Refusal(kSystem, std::string("segment: ") + strerror(errno));
+  if (id == -1 || shmctl(id, IPC_STAT, &facts) == -1) throw systemRefusal("the segment", errno);
   bool ours = facts.shm_segsz >= SHM_SIZE;
   return {{"store", ours ? "present" : "foreign segment under the key"},
           {"key", SHM_KEY},
@@ -42,39 +25,68 @@ Json segmentFacts() {
           {"attachedProcesses", facts.shm_nattch}};
 }
 
-void status(const Session& session) {
-  Json facts = segmentFacts();
-  facts["lockHeldBy"] = lockHolder();
-  if (facts["store"] != "present") {
-    session.show(facts);
-    throw Refusal(kNoStore, "");
+std::string holderText(const tools::LockAnswer& answer) {
+  switch (answer.state) {
+    case tools::LockState::kFree: return "nobody";
+    case tools::LockState::kHeld: return tools::describe(answer.holder);
+    case tools::LockState::kMissing: return "nobody: there is no lock file";
+    case tools::LockState::kDenied:
+    case tools::LockState::kFailed: return std::string("unknown: /var/lock/shm: ") + strerror(answer.error);
   }
-  requireStore();
-  int state = accept(getSharedMemoryStatus(), "state");
-  facts["state"] = state;
-  facts["stateName"] = strOperationalState(state);
-  facts["configurationFile"] = text(shm->config.configFileName);
-  session.show(facts);
+  return {};
 }
 
-void load(const Session& session, const std::string& path) {
-  requireStore();
-  tools::LoadingNote note(static_cast<uint32_t>(accept(getShmOperationalState(), "state")));
-  if (!note.written()) fprintf(stderr, "kestrovectl: the load cannot be noted; a kill now would leave state 4\n");
-  int result = load_shared_memory(path.c_str());
-  if (result < 0) throw Refusal(kSystem, path + ": " + (result == -2 ? "does not exist" : "cannot be read"));
-  session.done("loaded " + path);
+void addState(Json& facts, uint32_t state) {
+  facts["state"] = state;
+  facts["stateName"] = strOperationalState(static_cast<int>(state));
+}
+
+void readLocked(const Session& session, Json& facts) {
+  requireStore(session);
+  int state = accept(getSharedMemoryStatus(), "state");
+  addState(facts, static_cast<uint32_t>(state));
+  facts["configurationFile"] = text(shm->config.configFileName);
+}
+
+// One word is whole at every moment; a text may be half written.
+void readUnlocked(Json& facts) {
+  const int id = shmget(SHM_KEY, SHM_SIZE, 0);
+  void* segment = id == -1 ? reinterpret_cast<void*>(-1) : shmat(id, nullptr, SHM_RDONLY);
+  if (segment == reinterpret_cast<void*>(-1)) throw systemRefusal("the store", errno);
+  addState(facts, static_cast<const ShmData*>(segment)->operationalState);
+  shmdt(segment);
+  facts["configurationFile"] = "not read: that needs the lock";
+}
+
+// Never waits: what needs a lock that others have is left out.
+void status(const Session& session) {
+  Json facts = segmentFacts();
+  const tools::LockAnswer lock = tools::tryLock();
+  facts["lockHeldBy"] = holderText(lock);
+  const bool present = facts["store"] == "present";
+  if (present && lock.state == tools::LockState::kFree) readLocked(session, facts);
+  if (present && lock.state != tools::LockState::kFree) readUnlocked(facts);
+  session.show(facts);
+  if (!present) throw Refusal(kNoStore, "");
 }
 
 void save(const Session& session) {
-  requireStore();
+  requireStore(session);
   const bool configuring = getShmOperationalState() == SHM_STATE_CONFIGURATION;
-  accept(configuring ? write_shared_memory() : save_shared_memory(), "the configuration cannot be saved");
-  session.done("saved " + text(shm->config.configFileName));
+  const std::string path = text(shm->config.configFileName);
+  awaitLock(session);
+  shm_errno = SHM_OK;
+  errno = 0;
+  const int result = configuring ? write_shared_memory() : save_shared_memory();
+  if (result == 0 && shm_errno == SHM_OK) return session.done("saved " + path);
+  const Refusal reason = errno != 0 ? systemRefusal(path, errno) : refusal(path);
+  if (reason.exit() == kNotPermitted) throw reason;
+  throw Refusal(kNotSaved, std::string("not saved: ") + reason.what(), static_cast<int>(shm_errno));
 }
 
 void check(const Session& session) {
-  requireStore();
+  requireStore(session);
+  awaitLock(session);
   accept(shm_lock(), "lock");
   std::vector<Finding> findings = checkStore(*shm);
   shm_unlock();
@@ -88,15 +100,8 @@ void check(const Session& session) {
 }  // namespace
 
 void addStoreCommands(CLI::App& app, Session& session) {
-  app.add_subcommand("status", "Store, state, size, attached processes, holder of the lock")->callback([&session] {
-    status(session);
-  });
-
-  CLI::App* loading = app.add_subcommand("load", "Read a configuration file into the store");
-  static std::string path;
-  loading->add_option("FILE", path, "Configuration file")->required();
-  loading->callback([&session] { load(session, path); });
-
+  app.add_subcommand("status", "Store, state, size, attached processes, holder of the lock; never waits")
+      ->callback([&session] { status(session); });
   app.add_subcommand("save", "Write the configuration file")->callback([&session] { save(session); });
   app.add_subcommand("check", "Check the invariants of every table, changing nothing")->callback([&session] {
     check(session);

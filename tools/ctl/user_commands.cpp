@@ -1,13 +1,20 @@
 // user.
 #include <fcntl.h>
+#include <pwd.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <fstream>
+#include <vector>
 
 #include "kestrove/kestrove.h"
+#include "tools/common/plain_text.h"
+#include "tools/ctl/change.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/reading.h"
 #include "tools/ctl/rows.h"
 #include "tools/ctl/secret.h"
 
@@ -16,14 +23,29 @@ namespace {
 
 constexpr char kPasswordFile[] = "/etc/passwd";
 
+constexpr char kNameRule[] = "a name has 5 to 31 letters and digits";
+constexpr char kPasswordRule[] =
+    "a password has 8 to 31 characters, among them a small letter, a capital, a digit and one of "
+    "_!-.;:<>,[]{}\\|()*&^%$#@`~'+=?/\"";
+constexpr char kDistanceRule[] = "at least 4 characters must differ from the old password";
+
 std::string name;
 bool administrator = false;
+
+// A hint behind a name that the store does not have.
+std::string nearUser() {
+  std::vector<std::string> names;
+  UserAccount account;
+  for (int i = 0; i < SHM_USERS && getUserTableEntry(i, &account) == 0; ++i) names.push_back(text(account.username));
+  const std::string near = tools::nearest(name, names);
+  return near.empty() ? "" : "; did you mean " + near + "?";
+}
 
 // By its exact name: the library's log-in check alone would accept the beginning of one.
 UserAccount exactUser() {
   UserAccount account;
   if (name.empty() || getUserAccount(name.c_str(), &account) != 0) {
-    throw Refusal(kRefused, name + ": " + shm_strerror(SHM_ENOUSER), SHM_ENOUSER);
+    throw Refusal(kRefused, name + ": " + shm_strerror(SHM_ENOUSER) + nearUser(), SHM_ENOUSER);
   }
   return account;
 }
@@ -33,8 +55,9 @@ void refuseEmpty(const Secret& password) {
 }
 
 // 1 when the password is the user's own; the refusal otherwise.
-void authenticate(const Secret& password) {
+void authenticate(const Session& session, const Secret& password) {
   refuseEmpty(password);
+  awaitLock(session);
   if (accept(authenticateUser(name.c_str(), password.text()), name) != 1) throw refusal(name);
 }
 
@@ -46,8 +69,7 @@ Json accountOf(const UserAccount& account) {
   return user;
 }
 
-void list(const Session& session) {
-  requireStore();
+Json rows() {
   Json users = Json::array();
   int count = accept(getUserCount(), "users");
   for (int i = 0; i < count && i < SHM_USERS; ++i) {
@@ -55,29 +77,84 @@ void list(const Session& session) {
     accept(getUserTableEntry(i, &account), "user " + std::to_string(i));
     users.push_back(accountOf(account));
   }
-  session.show(users);
+  return users;
 }
 
-void add(const Session& session) {
-  requireStore();
-  Secret password("Password");
-  refuseEmpty(password);
+bool letterOrDigit(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); }
+
+void refuseName() {
+  const bool plain = std::all_of(name.begin(), name.end(), letterOrDigit);
+  const bool fits = name.size() >= 5 && name.size() < sizeof UserAccount::username;
+  if (plain && fits) return;
+  const int code = plain ? SHM_ERANGE : SHM_EINVAL;
+  throw Refusal(kRefused, name + ": " + shm_strerror(code) + "; " + kNameRule, code);
+}
+
+// An account of the machine itself, which the library would take for one of its own.
+void refuseMachineAccount() {
+  UserAccount account;
+  if (!getpwnam(name.c_str()) || getUserAccount(name.c_str(), &account) == 0) return;
+  throw Refusal(kRefused,
+                name + ": the machine has an account of this name that is not in the store; it stays as it is",
+                SHM_EEXIST);
+}
+
+// In words what the library only numbers.
+void acceptPassword(int result, const std::string& what) {
+  if (result >= 0) return;
+  const Refusal refused = refusal(what);
+  const bool near = refused.code() == SHM_EPASSWORD;
+  throw Refusal(kRefused, near ? what + ": " + kDistanceRule : std::string(refused.what()) + "; " + kPasswordRule,
+                refused.code());
+}
+
+UserAccount newAccount() {
   UserAccount account = {};
-  if (name.size() >= sizeof account.username) {
-    throw Refusal(kRefused, name + ": " + shm_strerror(SHM_ERANGE), SHM_ERANGE);
-  }
   memcpy(account.username, name.data(), name.size());
   account.superUser = administrator ? 1 : 2;
   account.lastPasswdChange = static_cast<int32_t>(time(nullptr));
-  accept(addUser(&account, password.text()), name);
-  session.done("user " + name + " added");
+  return account;
+}
+
+// Asked behind a step that failed: its codes stay.
+bool inStore() {
+  const uint32_t code = shm_errno;
+  const int error = errno;
+  UserAccount present;
+  const bool there = getUserAccount(name.c_str(), &present) == 0;
+  shm_errno = code;
+  errno = error;
+  return there;
+}
+
+void add(const Session& session) {
+  refuseName();
+  requireStore(session);
+  refuseMachineAccount();
+  Secret password("Password", Secret::Kind::kNew);
+  refuseEmpty(password);
+  awaitLock(session);
+  acceptPassword(validatePasswordComplexity(password.text(), nullptr), "password");
+  UserAccount account = newAccount();
+  Change change(session);
+  refuseMachineAccount();
+  change.made(addUser(&account, password.text()), name);
+  change.done("user " + name + " added");
 }
 
 void remove(const Session& session) {
-  requireStore();
+  requireStore(session);
   exactUser();
-  if (accept(removeUser(name.c_str()), name) != 1) throw refusal(name);
-  session.done("user " + name + " removed");
+  Change change(session);
+  const int result = removeUser(name.c_str());
+  // The record goes first: a password file that cannot be written leaves the line, and nothing is saved.
+  if (result < 0 && !inStore()) {
+    throw Refusal(kNotSaved,
+                  name + ": gone from the store, but its password line stays and nothing is saved: " + reasonText(),
+                  static_cast<int>(shm_errno));
+  }
+  if (change.made(result, name) != 1) throw refusal(name);
+  change.done("user " + name + " removed");
 }
 
 std::string passwordLine() {
@@ -110,27 +187,31 @@ bool appendPasswordLine(const std::string& line) {
 
 // The library has no change of password: the user is removed and added with the same record.
 void changePassword(const Session& session) {
-  requireStore();
+  requireStore(session);
   UserAccount account = exactUser();
   Secret oldPassword("Old password");
-  authenticate(oldPassword);
-  Secret newPassword("New password");
+  authenticate(session, oldPassword);
+  Secret newPassword("New password", Secret::Kind::kNew);
   refuseEmpty(newPassword);
-  accept(validatePasswordComplexity(newPassword.text(), oldPassword.text()), "new password");
+  awaitLock(session);
+  acceptPassword(validatePasswordComplexity(newPassword.text(), oldPassword.text()), "new password");
 
   const UserAccount before = account;
   const std::string line = passwordLine();
   account.lastPasswdChange = static_cast<int32_t>(time(nullptr));
+  Change change(session);
   if (removeUser(name.c_str()) != 1) putBack(before, line, refusal(name));
-  if (addUser(&account, newPassword.text()) != 0) putBack(before, line, refusal(name));
-  session.done("password of " + name + " changed");
+  const int result = addUser(&account, newPassword.text());
+  if (result != 0) putBack(before, line, refusal(name));
+  change.made(result, name);
+  change.done("password of " + name + " changed");
 }
 
 void check(const Session& session) {
-  requireStore();
+  requireStore(session);
   exactUser();
   Secret password("Password");
-  authenticate(password);
+  authenticate(session, password);
   session.done("the password of " + name + " is right");
 }
 
@@ -139,19 +220,20 @@ void check(const Session& session) {
 void addUserCommands(CLI::App& app, Session& session) {
   CLI::App* user = app.add_subcommand("user", "Management accounts; passwords come from a prompt or standard input");
   user->require_subcommand(1);
-  user->add_subcommand("list", "All accounts")->callback([&session] { list(session); });
+  user->add_subcommand("list", "All accounts")->callback([&session] { showRead(session, rows); });
   auto named = [user](const char* command, const char* text) {
     CLI::App* sub = user->add_subcommand(command, text);
-    sub->add_option("NAME", name, "Exact name of the user")->required();
+    sub->add_option("NAME", name, "Exact name of the user: 5 to 31 letters and digits")->required();
     return sub;
   };
   CLI::App* adding = named("add", "Add a user; reads the password");
   adding->add_flag("--admin", administrator, "Make it an administrator");
+  adding->footer(std::string("Rules: ") + kNameRule + ";\n" + kPasswordRule + ".");
   adding->callback([&session] { add(session); });
   named("remove", "Remove a user")->callback([&session] { remove(session); });
-  named("passwd", "Change a password; reads the old one, then the new one")->callback([&session] {
-    changePassword(session);
-  });
+  CLI::App* changing = named("passwd", "Change a password; reads the old one, then the new one");
+  changing->footer(std::string("Rules: ") + kPasswordRule + ";\n" + kDistanceRule + ".");
+  changing->callback([&session] { changePassword(session); });
   named("check", "Check a password")->callback([&session] { check(session); });
 }
 

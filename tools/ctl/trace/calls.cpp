@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "sys/descriptor.h"
+#include "tools/ctl/trace/file_calls.h"
 #include "tools/ctl/trace/memory.h"
 #include "tools/ctl/trace/netlink.h"
 #include "tools/ctl/trace/requests.h"
@@ -117,7 +118,7 @@ std::optional<Effect> effectOf(pid_t process, const SystemCall& call) {
   for (const CallRow& row : kCalls) {
     if (row.number == call.number) return row.effect(process, call);
   }
-  return std::nullopt;
+  return fileEffect(process, call);
 }
 
 bool receivesAfter(const SystemCall& sent, const SystemCall& call) {

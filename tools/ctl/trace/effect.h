@@ -6,7 +6,7 @@
 namespace ctl {
 
 struct Effect {
-  std::string kind;    // "shell", "program", "ioctl", "netlink", "signal"
+  std::string kind;    // "shell", "program", "ioctl", "netlink", "signal", "file"
   std::string text;    // the line, the words, the request in words
   std::string result;  // the kernel's answer: a number, or the name of the error
 };

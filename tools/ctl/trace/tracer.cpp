@@ -15,6 +15,7 @@
 
 #include "tools/ctl/session.h"
 #include "tools/ctl/trace/calls.h"
+#include "tools/ctl/trace/file_calls.h"
 #include "tools/ctl/trace/words.h"
 
 namespace ctl {
@@ -104,6 +105,7 @@ class Tracer {
 
   Trace finish(int status) {
     if (!running_) refuse(name_, WEXITSTATUS(status));
+    std::erase_if(trace_.effects, [](const Effect& effect) { return effect.kind.empty(); });
     trace_.status = WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
     return std::move(trace_);
   }
@@ -177,6 +179,7 @@ class Tracer {
 
   void answered(pid_t process, Watched& watched, int64_t answer) {
     Effect& effect = trace_.effects[*watched.begun];
+    if (effect.kind == "file") return settleFile(trace_.effects, *watched.begun, answer);
     effect.result = answerText(answer);
     if (effect.kind == "signal") {
       effect.result = "held back";

@@ -1,0 +1,41 @@
+// One change of the store: what came of it, and whether the configuration file has it.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "tools/ctl/session.h"
+
+namespace ctl {
+
+class Change {
+ public:
+  using Question = std::function<bool()>;
+
+  // Waits for the lock as long as the session says, and forgets the codes of earlier steps: what stands there
+  // afterwards is of this change.
+  explicit Change(const Session& session);
+
+  // Takes the result of the operation. Throws its refusal when it failed; where a save that failed may be all that the
+  // result tells, the question says whether the change was made.
+  int made(int result, const std::string& what, const Question& inStore = nullptr);
+
+  // Why the library only stores what was changed; empty when it saves it.
+  void leavesUnsaved(const char* reason) { unsaved_ = reason; }
+
+  // Print what came of it, and tell where it was not saved; throw kNotSaved when the file could not be written.
+  void show(Json result) const;
+  void done(const std::string& text) const;
+
+ private:
+  void ask(const std::string& what);
+  std::string notSaved() const;
+  void tell(Json result, const std::string& text) const;
+
+  const Session& session_;
+  const char* unsaved_ = "";
+  std::string lost_;  // why the file does not have it
+  int code_ = -1;
+};
+
+}  // namespace ctl

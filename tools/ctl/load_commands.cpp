@@ -1,0 +1,112 @@
+// load.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "kestrove/kestrove.h"
+#include "tools/common/config_lint.h"
+#include "tools/common/hold.h"
+#include "tools/common/loading_note.h"
+#include "tools/ctl/commands.h"
+#include "tools/ctl/tables_back.h"
+
+namespace ctl {
+namespace {
+
+constexpr char kNothingElse[] =
+    "nothing is saved, and nothing is applied to the kernel or told to the engine; kestrovectl save writes it to the "
+    "configuration file";
+
+std::string kindOf(mode_t mode) {
+  if (S_ISDIR(mode)) return "a folder";
+  if (S_ISFIFO(mode)) return "a pipe";
+  if (S_ISCHR(mode) || S_ISBLK(mode)) return "a device";
+  return "no plain file";
+}
+
+// Looked at without opening what would wait or act.
+void requirePlainFile(const std::string& path) {
+  struct stat facts;
+  if (stat(path.c_str(), &facts) != 0) throw systemRefusal(path, errno);
+  if (!S_ISREG(facts.st_mode)) throw Refusal(kSystem, path + ": " + kindOf(facts.st_mode) + ", no configuration file");
+}
+
+// A file that says nothing would only look as if it had been loaded.
+tools::ConfigReport requireConfiguration(const std::string& path) {
+  requirePlainFile(path);
+  tools::ConfigReport report = tools::inspectConfig(path);
+  if (report.error != 0) throw systemRefusal(path, report.error);
+  if (report.known == 0) throw Refusal(kSystem, path + ": no line with a known keyword, no configuration file");
+  return report;
+}
+
+struct RowCounts {
+  const char* name;
+  int32_t count;
+};
+
+std::vector<RowCounts> countRows() {
+  auto routes = [](const auto& slots) {
+    int32_t used = 0;
+    for (const auto& slot : slots) used += slot.inUse == 1;
+    return used;
+  };
+  return {{"users", shm->config.userCount},           {"management addresses", shm->managementAddressCount},
+          {"IPv6 addresses", shm->ip6Count},          {"routes", routes(shm->routes.slot)},
+          {"IPv6 routes", routes(shm->routes6.slot)}, {"rules", shm->filterTable.ruleCount}};
+}
+
+Json addedSince(const std::vector<RowCounts>& before) {
+  Json added = Json::object();
+  const std::vector<RowCounts> now = countRows();
+  for (size_t i = 0; i < now.size(); ++i) added[now[i].name] = now[i].count - before[i].count;
+  return added;
+}
+
+std::string addedText(const Json& added) {
+  std::string text;
+  for (const auto& [name, count] : added.items()) {
+    if (count != 0) text += (text.empty() ? "" : ", ") + count.dump() + " " + name;
+  }
+  return text.empty() ? "no rows added" : text + " added";
+}
+
+Json readIntoTables(const std::string& path) {
+  tools::Hold hold;
+  if (!hold) throw refusal("the store cannot be locked");
+  const std::vector<RowCounts> before = countRows();
+  TablesBack back;
+  tools::LoadingNote note(shm->operationalState);
+  if (!note.written()) warn("the load cannot be noted; a kill now would leave state 4");
+  errno = 0;
+  const int result = load_shared_memory(path.c_str());
+  if (result < 0) throw systemRefusal(path, errno != 0 ? errno : EIO);
+  return addedSince(before);
+}
+
+void load(const Session& session, const std::string& path) {
+  requireStore(session);
+  const tools::ConfigReport report = requireConfiguration(path);
+  awaitLock(session);
+  const Json added = readIntoTables(path);
+  if (!report.faults.empty()) warn(path + ": not taken as it stands: " + tools::faultText(report));
+  if (!session.json) return session.done("loaded " + path + ": " + addedText(added) + "; " + kNothingElse);
+  Json faults = Json::array();
+  for (const tools::ConfigFault& fault : report.faults) faults.push_back({{"line", fault.line}, {"fault", fault.text}});
+  session.show(
+      {{"done", "loaded " + path}, {"added", added}, {"faults", faults}, {"saved", false}, {"applied", false}});
+}
+
+}  // namespace
+
+void addLoadCommand(CLI::App& app, Session& session) {
+  CLI::App* loading = app.add_subcommand("load", "Read a configuration file into the store; saves and applies nothing");
+  static std::string path;
+  loading->add_option("FILE", path, "Configuration file")->required();
+  loading->footer("An interrupt puts the tables back as they were.");
+  loading->callback([&session] { load(session, path); });
+}
+
+}  // namespace ctl

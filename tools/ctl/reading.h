@@ -1,0 +1,15 @@
+// Commands that only read.
+#pragma once
+
+#include <functional>
+
+#include "tools/ctl/session.h"
+
+namespace ctl {
+
+// Gathers with the store held, so that nobody changes it meanwhile, and prints when it is free again: a reader of the
+// output that takes its time keeps nobody waiting.
+Json gather(const Session& session, const std::function<Json()>& rows);
+void showRead(const Session& session, const std::function<Json()>& rows);
+
+}  // namespace ctl
