@@ -13,6 +13,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::MatchesRegex;
+using ::testing::UnorderedElementsAre;
 
 constexpr int kBridge = 4;
 constexpr int kEngineTask = 4;
@@ -43,8 +44,14 @@ class ExplainTest : public StoreTest {
     return ran;
   }
 
-  // "KIND RESULT TEXT" of each effect.
+  // "KIND RESULT TEXT" of each effect but the saved configuration, which every change has.
   static std::vector<std::string> effects(const std::string& command) {
+    std::vector<std::string> lines = allEffects(command);
+    std::erase(lines, "file 0 write /etc/config/kestrove.conf");
+    return lines;
+  }
+
+  static std::vector<std::string> allEffects(const std::string& command) {
     Ran ran = explain(command);
     EXPECT_EQ(0, ran.status) << ran.err;
     std::vector<std::string> lines;
@@ -93,19 +100,21 @@ TEST_F(ExplainTest, AModeChangeShowsItsStepsInOrder) {
           "ioctl 0 SIOCSIFFLAGS eth0.13 UP|BROADCAST|MULTICAST",
           "shell 0 /usr/bin/init-bridging eth0.12 eth1  > /dev/null 2>&1", "shell 0 ifconfig br0 up  > /dev/null 2>&1 ",
           HasSubstr("netlink 0 RTM_NEWADDR "), "ioctl 0 SIOCSIFFLAGS br0 UP",
-          HasSubstr("ioctl 0 SIOCSIFADDR fd00:10::9/64 index "), "signal held back SIGUSR1 to 77"));
+          HasSubstr("ioctl 0 SIOCSIFADDR fd00:10::9/64 index "), "signal held back SIGUSR1 to 77", "bit set mode"));
 }
 
 TEST_F(ExplainTest, WhatStaysInTheStoreHasNoEffects) {
   EXPECT_THAT(effects("set sysName 'branch seven'"), IsEmpty());
-  EXPECT_EQ("nothing outside the store changes\n", tracedCtl("explain set sysName x").out);
   shm->operationalState = SHM_STATE_CONFIGURATION;
-  EXPECT_THAT(effects("route add 172.20.0.0/16 192.168.10.3"), IsEmpty());
+  EXPECT_THAT(allEffects("route add 172.20.0.0/16 192.168.10.3"), IsEmpty());
+  EXPECT_EQ("nothing outside the store changes\n", tracedCtl("explain set sysName x").out);
 }
 
 TEST_F(ExplainTest, ForAReaderTheTextStandsLast) {
-  EXPECT_EQ("ioctl    0              SIOCADDRT 172.20.0.0/16 via 192.168.10.3 flags UP|GATEWAY\n",
-            tracedCtl("explain route add 172.20.0.0/16 192.168.10.3").out);
+  EXPECT_EQ(
+      "ioctl    0              SIOCADDRT 172.20.0.0/16 via 192.168.10.3 flags UP|GATEWAY\n"
+      "file     0              write /etc/config/kestrove.conf\n",
+      tracedCtl("explain route add 172.20.0.0/16 192.168.10.3").out);
 }
 
 TEST_F(ExplainTest, ARefusedCommandSaysWhy) {
@@ -113,7 +122,44 @@ TEST_F(ExplainTest, ARefusedCommandSaysWhy) {
   EXPECT_EQ(1, ran.status);
   EXPECT_EQ(1, ran.json()["exit"]);
   EXPECT_THAT(ran.err, HasSubstr("172.20.0.0/16: The requested entity does not exist"));
-  EXPECT_EQ(2, explain("frobnicate").json()["exit"]);
+  Ran usage = explain("frobnicate");
+  EXPECT_EQ(2, usage.json()["exit"]);
+  EXPECT_EQ(2, usage.status);
+}
+
+TEST_F(ExplainTest, FilesEventsBitsAndTheSignalAreNamed) {
+  shm->taskPids[kEngineTask] = 77;
+  EXPECT_THAT(allEffects("--user operator --source 4 set compression on"),
+              UnorderedElementsAre("file 0 write /var/log/kestrove/event.log", "file 0 write /etc/config/kestrove.conf",
+                                   "signal held back SIGUSR1 to 77", "event logged System Compression On (operator)",
+                                   "bit set compression"));
+}
+
+TEST_F(ExplainTest, AClearedLogIsItsOneEvent) {
+  logEvent(21, 2, "admin");
+  logEvent(21, 2, "admin");
+  EXPECT_THAT(allEffects("--user operator events clear"),
+              ElementsAre("file 0 write /var/log/kestrove/event.log", HasSubstr("event logged ")));
+}
+
+TEST_F(ExplainTest, FilesThatTheCommandNamesAreSeen) {
+  ASSERT_EQ(0, run("mkdir -p '/tmp/my files'").status);
+  writeFile("/tmp/my files/some.conf", "LAN_MTU 1400\n");
+  EXPECT_EQ(0, explain("load '/tmp/my files/some.conf'").status);
+  Ran here = run("cd '/tmp/my files' && ASAN_OPTIONS=detect_leaks=0 " KESTROVECTL " explain load some.conf");
+  EXPECT_EQ(0, here.status) << here.err;
+  EXPECT_THAT(here.err, HasSubstr("loaded /tmp/my files/some.conf"));
+  Ran none = explain("load /tmp/none.conf");
+  EXPECT_EQ(5, none.status);
+  EXPECT_EQ(5, none.json()["exit"]);
+}
+
+TEST_F(ExplainTest, TheStatusIsTheCommands) {
+  EXPECT_EQ(1, explain("set minRate 5").status);
+  EXPECT_EQ(2, explain("set wanLinkRate fast").status);
+  shm->filterTable.rule[0].target = -5;
+  EXPECT_EQ(4, explain("check").status);
+  EXPECT_THAT(tracedCtl("explain set wanLinkRate fast").err, HasSubstr("the command itself ends with status 2"));
 }
 
 TEST_F(ExplainTest, WhatItCannotDoIsNamed) {
