@@ -23,15 +23,37 @@ const char* readOctet(const char* at, uint8_t* octet) {
   return at > start && value <= kLargestOctet ? at : nullptr;
 }
 
-// The quick way for the thousands of addresses of a file; whatever it does not know is left to the strict parser.
-bool readOrdinaryAddress(const char* text, uint32_t* address) {
+// Where the quad ends; null for what is written in any other way, which is left to the strict parser.
+const char* readQuad(const char* text, uint32_t* address) {
   uint8_t octet[kOctets];
   for (int i = 0; i < kOctets; ++i) {
+    if (i > 0 && *text++ != '.') return nullptr;
     text = readOctet(text, &octet[i]);
-    if (!text || *text++ != (i < kOctets - 1 ? '.' : '\0')) return false;
+    if (!text) return nullptr;
   }
   memcpy(address, octet, sizeof octet);
+  return text;
+}
+
+// The quick ways for the thousands of words of a file.
+bool readOrdinaryAddress(const char* text, uint32_t* address) {
+  uint32_t quad;
+  const char* end = readQuad(text, &quad);
+  if (!end || *end != '\0') return false;
+  *address = quad;
   return true;
+}
+
+bool endsWord(char c) { return c == '\0' || separates(c); }
+
+// Nine digits fit whatever they are.
+const char* readOrdinaryNumber(const char* text, int32_t* number) {
+  constexpr int kSureDigits = 9;
+  int32_t value = 0;
+  const char* start = text;
+  while (digit(*text) && text - start < kSureDigits) value = value * 10 + (*text++ - '0');
+  *number = value;
+  return text > start && endsWord(*text) ? text : nullptr;
 }
 
 }  // namespace
@@ -54,27 +76,47 @@ bool readAddress(char* text, uint32_t* address) {
   return readOrdinaryAddress(text, address) || parseIpv4Address(text, address) == 0;
 }
 
-char* Columns::word() {
+bool Columns::begin() {
   while (separates(*at_)) ++at_;
-  if (*at_ == '\0') {
-    complete_ = false;
-    return nullptr;
-  }
-  char* word = at_;
-  while (*at_ != '\0' && !separates(*at_)) ++at_;
+  if (*at_ == '\0') complete_ = false;
+  return complete_;
+}
+
+// Takes the separator behind a word with it.
+void Columns::end(const char* end) {
+  at_ += end - at_;
   if (*at_ != '\0') *at_++ = '\0';
+}
+
+char* Columns::word() {
+  if (!begin()) return nullptr;
+  char* word = at_;
+  char* behind = at_;
+  while (!endsWord(*behind)) ++behind;
+  end(behind);
   return word;
 }
 
 int32_t Columns::number() {
-  const char* text = word();
-  return text ? numberOf(text) : 0;
+  if (!begin()) return 0;
+  int32_t number;
+  if (const char* behind = readOrdinaryNumber(at_, &number)) {
+    end(behind);
+    return number;
+  }
+  return numberOf(word());
 }
 
 uint32_t Columns::address() {
+  if (!begin()) return 0;
   uint32_t address = 0;
-  char* text = word();
-  if (text) readAddress(text, &address);
+  const char* behind = readQuad(at_, &address);
+  if (behind && endsWord(*behind)) {
+    end(behind);
+    return address;
+  }
+  address = 0;
+  readAddress(word(), &address);
   return address;
 }
 

@@ -35,6 +35,9 @@ class Columns {
   void address6(uint8_t* address);  // left alone when it is none
 
  private:
+  bool begin();  // of the next word; false when the row has ended
+  void end(const char* end);
+
   char* at_;
   bool complete_ = true;
 };
