@@ -172,6 +172,8 @@ constexpr auto kItemOfId = [] {
   return items;
 }();
 
+static_assert(std::ranges::all_of(kItems, [](const Item& item) { return item.width == 1 || item.width == 4; }));
+
 char* fieldOf(const Item& item) { return reinterpret_cast<char*>(&shm->config) + item.place; }
 
 }  // namespace
@@ -181,11 +183,18 @@ const Item* findItem(int id) {
 }
 
 uint32_t fetchItem(const Item& item) {
-  uint32_t value = 0;
-  memcpy(&value, fieldOf(item), item.width);  // numbers are little-endian: a byte fills the lowest one
+  if (item.width == 1) return static_cast<uint8_t>(*fieldOf(item));
+  uint32_t value;
+  memcpy(&value, fieldOf(item), sizeof value);
   return value;
 }
 
-void storeItem(const Item& item, uint32_t value) { memcpy(fieldOf(item), &value, item.width); }
+void storeItem(const Item& item, uint32_t value) {
+  if (item.width == 1) {
+    *fieldOf(item) = static_cast<char>(value);
+  } else {
+    memcpy(fieldOf(item), &value, sizeof value);
+  }
+}
 
 }  // namespace kestrove

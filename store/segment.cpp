@@ -12,9 +12,13 @@
 #include "store/segment.h"
 #include "sys/repeated.h"
 
-ShmData* shm = nullptr;
-int32_t shm_lock_count = 0;
-uint32_t shm_errno = SHM_OK;
+// What every operation writes to stands at the end of the initialised data. The loader has written to that page when it
+// cleared what follows, so the first operation of a process meets no page that must be made for it.
+#define AT_HAND [[gnu::section(".data")]]
+
+AT_HAND ShmData* shm = nullptr;
+AT_HAND int32_t shm_lock_count = 0;
+AT_HAND uint32_t shm_errno = SHM_OK;
 
 namespace kestrove {
 namespace {
@@ -22,10 +26,10 @@ namespace {
 constexpr char kLockFile[] = "/var/lock/shm";
 constexpr mode_t kLockFileMode = 0774;
 
-int lockFile = -1;
-bool fileLocked = false;  // by this process
-int guards = 0;           // of one operation, one inside the other
-int holds = 0;            // of kestrove_hold() among them
+AT_HAND int lockFile = -1;
+AT_HAND bool fileLocked = false;  // by this process
+AT_HAND int guards = 0;           // of one operation, one inside the other
+AT_HAND int holds = 0;            // of kestrove_hold() among them
 ShmData* gone = nullptr;  // where shm_detach() left the pointer
 
 // The one opener of the lock file: closing any other descriptor of it would drop this process's lock. Close-on-exec,
@@ -35,12 +39,16 @@ int openLockFile(int flags) {
   return lockFile == -1 ? fail(SHM_ESYSTEM) : 0;
 }
 
-int requestLock(int command, short type) {
-  struct flock request = {};
-  request.l_type = type;
-  request.l_whence = SEEK_SET;
+// Ready-made: they are asked for by every operation.
+constexpr struct flock wholeFile(short type) {
+  return {.l_type = type, .l_whence = SEEK_SET, .l_start = 0, .l_len = 0, .l_pid = 0};
+}
+constexpr struct flock kTake = wholeFile(F_WRLCK);
+constexpr struct flock kGive = wholeFile(F_UNLCK);
+
+int requestLock(int command, const struct flock& request) {
   int result = fcntl(lockFile, command, &request);
-  if (result == 0) fileLocked = type == F_WRLCK;
+  if (result == 0) fileLocked = request.l_type == F_WRLCK;
   return result;
 }
 
@@ -81,7 +89,7 @@ bool takeLockAgain() {
 
 // The count stays when the lock can neither be released nor its file closed.
 int releaseStoreLock() {
-  if (requestLock(F_SETLK, F_UNLCK) == -1) {
+  if (requestLock(F_SETLK, kGive) == -1) {
     if (close(lockFile) != 0) return fail(SHM_ESYSTEM);
     lockFile = -1;
     fileLocked = false;
@@ -114,7 +122,7 @@ bool attachStore() {
 
 int takeStoreLock() {
   if (openLockFile(0) != 0) return -1;
-  return requestLock(F_SETLKW, F_WRLCK) == -1 ? fail(SHM_ESYSTEM) : 0;
+  return requestLock(F_SETLKW, kTake) == -1 ? fail(SHM_ESYSTEM) : 0;
 }
 
 Segment createSegment() {
@@ -181,7 +189,7 @@ void StoreLock::keepGuarding() {
 HeldByCaller::HeldByCaller(bool held) : held_(held) { guards += held_; }
 HeldByCaller::~HeldByCaller() { guards -= held_; }
 
-LockPause::LockPause() : again_(fileLocked && requestLock(F_SETLK, F_UNLCK) == 0) {}
+LockPause::LockPause() : again_(fileLocked && requestLock(F_SETLK, kGive) == 0) {}
 LockPause::~LockPause() {
   if (again_ && guards > 0) takeLockAgain();
 }
