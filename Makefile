@@ -27,8 +27,8 @@ test-install: ## an installation, and C, C++ and Python front ends built against
 	@scripts/setup build tools sandbox frontend
 	@scripts/test-install
 
-bench: ## speed beside its floors; regenerates doc/benchmarks.md
-	@scripts/setup build tools sandbox bench
+bench: ## speed beside its floors in both widths; regenerates doc/benchmarks.md, fails on a missed aim
+	@scripts/setup build tools sandbox bench m32 bench32
 	@scripts/bench
 
 fuzz: ## each libFuzzer target for SECONDS=60

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "bench/turns.h"
 #include "kestrove/kestrove.h"
 #include "store/fresh.h"
 #include "store/text.h"
@@ -21,8 +22,11 @@ using namespace kestrove;
 
 constexpr int kRules = 8191;  // and the default rule, which is not in the file
 constexpr int kRoutes = 1024;
-constexpr char kMemoryFile[] = "/tmp/bench.conf";
-constexpr char kDiskFile[] = "/etc/config/bench.conf";  // on disk when the sandbox keeps its state there
+enum { kMemory, kDisk };
+constexpr const char* kFiles[] = {
+    "/tmp/bench.conf",
+    "/etc/config/bench.conf",  // on disk when the sandbox keeps its state there
+};
 
 // In list order, as a file has them: of IPv4 destinations the last byte counts most.
 void fillRoutes() {
@@ -191,73 +195,63 @@ void saveByHand(const char* path, const std::string& scalars) {
   if (!out.flush() || !file.commit()) exit(2);
 }
 
-void save(benchmark::State& state, const char* path) {
-  FullStore store(path);
-  for (auto _ : state) {
-    if (save_shared_memory() != 0) state.SkipWithError("not saved");
-  }
-}
-BENCHMARK_CAPTURE(save, memory, kMemoryFile);
-BENCHMARK_CAPTURE(save, disk, kDiskFile);
-
-void floorSave(benchmark::State& state, const char* path) {
+void save(benchmark::State& state) {
+  const char* path = kFiles[state.range(0)];
   FullStore store(path);
   std::string saved = contentsOf(path);
   std::string scalars = scalarLines(saved);
-  for (auto _ : state) saveByHand(path, scalars);
+  auto work = [&state] {
+    if (save_shared_memory() != 0) state.SkipWithError("not saved");
+  };
+  bench::inTurns(state, bench::byProcessor(work), bench::byProcessor([&] { saveByHand(path, scalars); }));
   if (contentsOf(path) != saved) state.SkipWithError("the floor writes another file");
 }
-BENCHMARK_CAPTURE(floorSave, memory, kMemoryFile);
-BENCHMARK_CAPTURE(floorSave, disk, kDiskFile);
+BENCH_ROW(save)->Arg(kMemory)->Arg(kDisk);
 
-// Emptying the tables is part of it: pausing the clock costs more.
-void load(benchmark::State& state, const char* path) {
-  FullStore store(path);
-  for (auto _ : state) {
-    layOutRouteTables();
-    resetRuleTable();
-    if (load_shared_memory(path) != 0) state.SkipWithError("not loaded");
-  }
-  if (shm->filterTable.ruleCount != kRules + 1) state.SkipWithError("rules are missing");
-}
-BENCHMARK_CAPTURE(load, memory, kMemoryFile);
-BENCHMARK_CAPTURE(load, disk, kDiskFile);
+bool startsNumber(char c) { return (c >= '0' && c <= '9') || c == '-'; }
+bool insideWord(char c) { return c > ' '; }
 
-// Two releases for a rule (the count, the insertion) and one for a route.
-constexpr int kReleases = 2 * kRules + 2 * kRoutes;
-
-void releaseLock(int fd) {
-  struct flock request = {};
-  request.l_type = F_UNLCK;
-  request.l_whence = SEEK_SET;
-  fcntl(fd, F_SETLK, &request);
-}
-
+// Once for each word that begins as a number does.
 long sumOfNumbers(const char* text) {
   long sum = 0;
   while (*text) {
-    char* end;
-    sum += strtol(text, &end, 10);
-    text = end == text ? text + 1 : end;
+    if (startsNumber(*text)) sum += strtol(text, nullptr, 10);
+    while (insideWord(*text)) ++text;
+    while (*text && !insideWord(*text)) ++text;
   }
   return sum;
 }
 
-void floorLoad(benchmark::State& state, const char* path) {
-  FullStore store(path);
-  size_t size = contentsOf(path).size();
-  auto text = std::make_unique<char[]>(size + 1);
-  int lockFile = open("/var/lock/bench", O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  for (auto _ : state) {
-    int fd = open(path, O_RDONLY | O_CLOEXEC);
-    if (read(fd, text.get(), size) != static_cast<ssize_t>(size)) state.SkipWithError("not read");
+// The whole text, read at once into memory that is kept.
+class ReadByHand {
+ public:
+  explicit ReadByHand(const char* path) : path_(path), size_(contentsOf(path).size()), text_(new char[size_ + 1]()) {}
+  void run() {
+    int fd = open(path_, O_RDONLY | O_CLOEXEC);
+    if (read(fd, text_.get(), size_) != static_cast<ssize_t>(size_)) exit(2);
     close(fd);
-    benchmark::DoNotOptimize(sumOfNumbers(text.get()));
-    for (int i = 0; i < kReleases; ++i) releaseLock(lockFile);
+    benchmark::DoNotOptimize(sumOfNumbers(text_.get()));
   }
-  close(lockFile);
+
+ private:
+  const char* path_;
+  size_t size_;
+  std::unique_ptr<char[]> text_;
+};
+
+// Emptying the tables is part of it: pausing the clock costs more.
+void load(benchmark::State& state) {
+  const char* path = kFiles[state.range(0)];
+  FullStore store(path);
+  ReadByHand floor(path);
+  auto work = [&state, path] {
+    layOutRouteTables();
+    resetRuleTable();
+    if (load_shared_memory(path) != 0) state.SkipWithError("not loaded");
+  };
+  bench::inTurns(state, bench::byProcessor(work), bench::byProcessor([&floor] { floor.run(); }));
+  if (shm->filterTable.ruleCount != kRules + 1) state.SkipWithError("rules are missing");
 }
-BENCHMARK_CAPTURE(floorLoad, memory, kMemoryFile);
-BENCHMARK_CAPTURE(floorLoad, disk, kDiskFile);
+BENCH_ROW(load)->Arg(kMemory)->Arg(kDisk);
 
 }  // namespace

@@ -198,10 +198,10 @@ void dumping(benchmark::State& state) {
   Floor floor(fileText(kWorkFile));
   floor.run();
   if (fileText(kWorkFile) != fileText(kFloorFile)) state.SkipWithError("the floor prints other bytes");
-  bench::inTurns(
-      state, [&] { dumpTo(stream); }, [&] { floor.run(); });
+  auto work = [stream] { dumpTo(stream); };
+  bench::inTurns(state, bench::byProcessor(work), bench::byProcessor([&floor] { floor.run(); }));
   fclose(stream);
 }
-BENCHMARK(dumping)->UseManualTime();
+BENCH_ROW(dumping);
 
 }  // namespace

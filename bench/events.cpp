@@ -1,6 +1,5 @@
 // Logging an event, beside what it cannot do without: a syslog datagram, a lock pair and a write of the whole image.
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/socket.h>
@@ -14,7 +13,6 @@
 
 namespace {
 
-constexpr char kFloorFile[] = "/var/log/kestrove/floor.log";
 constexpr char kDatagram[] = "<14>Nov 21 11:52:06 kestrove-bench: Event logged: Information, Serial, CLI Login";
 
 int connectSyslog() {
@@ -26,13 +24,6 @@ int connectSyslog() {
   return fd;
 }
 
-void writeImage() {
-  int fd = open(kFloorFile, O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
-  ssize_t written = write(fd, &shm->eventLog, sizeof shm->eventLog);
-  if (written != static_cast<ssize_t>(sizeof shm->eventLog)) exit(2);
-  close(fd);
-}
-
 void logging(benchmark::State& state) {
   openlog("kestrove-bench", LOG_NDELAY, LOG_USER);
   int syslogSocket = connectSyslog();
@@ -42,11 +33,11 @@ void logging(benchmark::State& state) {
   auto floor = [&] {
     if (send(syslogSocket, kDatagram, sizeof kDatagram - 1, MSG_NOSIGNAL) < 0) exit(2);
     bench::lockPair();
-    writeImage();
+    bench::writeEventImage();
   };
-  bench::inTurns(state, work, floor);
+  bench::inTurns(state, bench::byProcessor(work), bench::byProcessor(floor));
   close(syslogSocket);
 }
-BENCHMARK(logging)->UseManualTime();
+BENCH_ROW(logging);
 
 }  // namespace

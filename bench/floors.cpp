@@ -11,13 +11,18 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <numeric>
+
+#include "bench/turns.h"
+#include "kestrove/kestrove.h"
 
 namespace bench {
 namespace {
 
 constexpr char kLockFile[] = "/var/lock/bench";
-constexpr double kStretch = 1.0;  // seconds
-constexpr double kTurn = 0.005;
+constexpr char kEventFile[] = "/var/log/kestrove/floor.log";
+constexpr double kTurn = 0.01;  // seconds
+constexpr int kTurns = 150;
 
 int openLock() {
   int fd = open(kLockFile, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
@@ -25,23 +30,18 @@ int openLock() {
   return fd;
 }
 
-double now() {
-  timespec time;
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
+double now() { return secondsOn(CLOCK_MONOTONIC); }
 
 constexpr int kMostProcesses = 64;
-
-constexpr int kWork = 0;
-constexpr int kFloor = 1;
-constexpr int kTurns = 2;
 
 struct Board {
   int ready;
   double begin;  // 0 until all are ready
-  uint64_t runs[kTurns][kMostProcesses];
+  uint32_t runs[kTurns][kMostProcesses];
 };
+
+// Floor, work, and the floor again.
+bool isWork(int turn) { return turn % 3 == 1; }
 
 Board* sharedBoard() {
   void* memory = mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -59,21 +59,28 @@ double awaitBegin(Board& board) {
   return begin;
 }
 
-[[noreturn]] void runAsOneOf(Board& board, int number, const std::function<void()>* const (&works)[kTurns]) {
-  for (auto* work : works) (*work)();  // opens and attaches what it needs
+[[noreturn]] void runAsOneOf(Board& board, int number, const Work& work, const Work& floor) {
+  work();  // opens and attaches what it needs
+  floor();
   double begin = awaitBegin(board);
-  for (double passed; (passed = now() - begin) < kStretch;) {
-    int turn = static_cast<int>(passed / kTurn) % kTurns;
-    for (int i = 0; i < 16; ++i) (*works[turn])();
+  for (int turn; (turn = static_cast<int>((now() - begin) / kTurn)) < kTurns;) {
+    for (int i = 0; i < 16; ++i) (isWork(turn) ? work : floor)();
     board.runs[turn][number] += 16;
   }
   _exit(0);
 }
 
-double secondsPerRun(const uint64_t (&runs)[kMostProcesses]) {
-  uint64_t sum = 0;
-  for (uint64_t count : runs) sum += count;
-  return kStretch / kTurns / static_cast<double>(sum);
+double secondsPerRun(const uint32_t (&runs)[kMostProcesses]) {
+  return kTurn / std::max(std::accumulate(runs, runs + kMostProcesses, 0u), 1u);
+}
+
+double fairness(const Board& board, int processes) {
+  uint64_t sum[kMostProcesses] = {};
+  for (int turn = 0; turn < kTurns; ++turn) {
+    for (int i = 0; isWork(turn) && i < processes; ++i) sum[i] += board.runs[turn][i];
+  }
+  auto [least, most] = std::minmax_element(sum, sum + processes);
+  return static_cast<double>(*most) / static_cast<double>(*least);
 }
 
 }  // namespace
@@ -86,6 +93,13 @@ void lockPair() {
   fcntl(fd, F_SETLKW, &request);
   request.l_type = F_UNLCK;
   fcntl(fd, F_SETLK, &request);
+}
+
+void writeEventImage() {
+  int fd = open(kEventFile, O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+  ssize_t written = write(fd, &shm->eventLog, sizeof shm->eventLog);
+  if (written != static_cast<ssize_t>(sizeof shm->eventLog)) exit(2);
+  close(fd);
 }
 
 void useTheRealShell() {
@@ -107,20 +121,20 @@ SilentOutput::~SilentOutput() {
   close(kept_);
 }
 
-Crowd crowd(int processes, const std::function<void()>& work, const std::function<void()>& floor) {
+void crowd(benchmark::State& state, int processes, const Work& work, const Work& floor) {
   Board* board = sharedBoard();
   for (int i = 0; i < processes; ++i) {
-    if (fork() == 0) runAsOneOf(*board, i, {&work, &floor});
+    if (fork() == 0) runAsOneOf(*board, i, work, floor);
   }
   while (__atomic_load_n(&board->ready, __ATOMIC_SEQ_CST) < processes) usleep(100);
   double begin = now();
   __atomic_store(&board->begin, &begin, __ATOMIC_SEQ_CST);
   while (wait(nullptr) > 0) continue;
-  auto [least, most] = std::minmax_element(board->runs[kWork], board->runs[kWork] + processes);
-  Crowd result = {secondsPerRun(board->runs[kWork]), secondsPerRun(board->runs[kFloor]),
-                  static_cast<double>(*most) / static_cast<double>(*least)};
+  state.counters["fairness"] = fairness(*board, processes);
+  int turn = 0;
+  auto next = [board, &turn](int) { return secondsPerRun(board->runs[turn++]); };
+  inTurns(state, next, next, kTurns / 3);
   munmap(board, sizeof *board);
-  return result;
 }
 
 }  // namespace bench

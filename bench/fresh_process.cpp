@@ -6,13 +6,15 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/shm.h>
-#include <time.h>
 #include <unistd.h>
 
+#include "bench/turns.h"
 #include "kestrove/kestrove.h"
 
 namespace bench {
 namespace {
+
+constexpr int kProcesses = 100;
 
 bool readThroughTheLibrary() {
   uint32_t product;
@@ -28,16 +30,9 @@ bool readByHand() {
   struct flock request = {};
   request.l_type = F_WRLCK;
   if (segment == reinterpret_cast<void*>(-1) || fcntl(fd, F_SETLKW, &request) != 0) return false;
-  uint32_t product = static_cast<const ShmData*>(segment)->config.productId;
-  benchmark::DoNotOptimize(product);
+  static_cast<void>(static_cast<const volatile ShmData*>(segment)->config.productId);  // read, though for nothing
   request.l_type = F_UNLCK;
   return fcntl(fd, F_SETLK, &request) == 0 && shmdt(segment) == 0;
-}
-
-double nanoseconds() {
-  timespec time;
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
 }
 
 // Seconds that a process of its own needed.
@@ -50,27 +45,26 @@ double freshProcess(const char* kind) {
   return time * 1e-9;
 }
 
-void measure(benchmark::State& state, const char* kind) {
-  for (auto _ : state) {
-    double seconds = freshProcess(kind);
-    if (seconds < 0) return state.SkipWithError("the process failed");
-    state.SetIterationTime(seconds);
-  }
+void firstRead(benchmark::State& state) {
+  auto timed = [&state](const char* kind) {
+    return [&state, kind](int) {
+      double seconds = freshProcess(kind);
+      if (seconds < 0) state.SkipWithError("the process failed");
+      return seconds;
+    };
+  };
+  inTurns(state, timed("library"), timed("floor"), kProcesses);
 }
-
-void firstRead(benchmark::State& state) { measure(state, "library"); }
-void floorFirstRead(benchmark::State& state) { measure(state, "floor"); }
-BENCHMARK(floorFirstRead)->UseManualTime()->Iterations(100)->Unit(benchmark::kMicrosecond);
-BENCHMARK(firstRead)->UseManualTime()->Iterations(100)->Unit(benchmark::kMicrosecond);
+BENCH_ROW(firstRead)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 
 int beFreshProcess(const char* kind) {
   bool library = strcmp(kind, "library") == 0;
-  double begin = nanoseconds();
+  double begin = secondsOn(CLOCK_PROCESS_CPUTIME_ID);
   bool good = library ? readThroughTheLibrary() : readByHand();
-  double end = nanoseconds();
-  printf("%.0f\n", end - begin);
+  double end = secondsOn(CLOCK_PROCESS_CPUTIME_ID);
+  printf("%.0f\n", (end - begin) * 1e9);
   return good ? 0 : 1;
 }
 

@@ -6,30 +6,33 @@
 #include <memory>
 
 #include "bench/floors.h"
+#include "bench/turns.h"
 #include "kestrove/kestrove.h"
 
 namespace {
 
+using bench::byProcessor;
 using bench::lockPair;
 
-void floorItem(benchmark::State& state) {
-  for (auto _ : state) lockPair();
-}
-BENCHMARK(floorItem);
-
 void getItem(benchmark::State& state) {
-  uint32_t value;
-  for (auto _ : state) getKestroveConfigItem(static_cast<int>(state.range(0)), &value);
+  auto id = static_cast<int>(state.range(0));
+  auto read = [id] {
+    uint32_t value;
+    getKestroveConfigItem(id, &value);
+    benchmark::DoNotOptimize(value);
+  };
+  bench::inTurns(state, byProcessor(read), byProcessor(lockPair));
 }
-BENCHMARK(getItem)->Arg(1)->Arg(58);
+BENCH_ROW(getItem)->Arg(1)->Arg(58);
 
 void setItemInConfigurationMode(benchmark::State& state) {
   shm->operationalState = SHM_STATE_CONFIGURATION;
   uint32_t rate = 10000;
-  for (auto _ : state) setKestroveConfigItem(1, rate ^= 1, 0, "--");
+  auto set = [&rate] { setKestroveConfigItem(1, rate ^= 1, 0, "--"); };
+  bench::inTurns(state, byProcessor(set), byProcessor(lockPair));
   shm->operationalState = SHM_STATE_OPERATIONAL;
 }
-BENCHMARK(setItemInConfigurationMode);
+BENCH_ROW(setItemInConfigurationMode);
 
 void fillRules() {
   shm->filterTable.ruleCount = SHM_RULES;
@@ -58,27 +61,22 @@ void printLines() {
   fwrite(lines, 1, static_cast<size_t>(end - lines), stdout);
 }
 
-void floorSnapshot(benchmark::State& state) {
-  fillRules();
-  auto block = std::make_unique<EngineConfiguration>();
-  bench::SilentOutput silence;
-  for (auto _ : state) {
-    lockPair();
-    memset(block.get(), 0, sizeof *block);
-    memcpy(block->rule, shm->filterTable.rule, sizeof block->rule);
-    printLines();
-    benchmark::ClobberMemory();
-  }
+void copyByHand(EngineConfiguration& block) {
+  lockPair();
+  memset(static_cast<void*>(&block), 0, sizeof block);
+  memcpy(block.rule, shm->filterTable.rule, sizeof block.rule);
+  printLines();
+  benchmark::ClobberMemory();
 }
-BENCHMARK(floorSnapshot);
 
 void snapshot(benchmark::State& state) {
   fillRules();
   auto block = std::make_unique<EngineConfiguration>();
   bench::SilentOutput silence;
-  for (auto _ : state) setConfiguration(block.get());
+  auto work = [&block] { setConfiguration(block.get()); };
+  bench::inTurns(state, byProcessor(work), byProcessor([&block] { copyByHand(*block); }));
 }
-BENCHMARK(snapshot);
+BENCH_ROW(snapshot);
 
 void readItem() {
   uint32_t value;
@@ -87,26 +85,30 @@ void readItem() {
 }
 
 void getItemAmong(benchmark::State& state) {
-  for (auto _ : state) {
-    bench::Crowd crowd = bench::crowd(static_cast<int>(state.range(0)), readItem, lockPair);
-    state.SetIterationTime(crowd.secondsPerRun);
-    state.counters["floor"] = crowd.floorSecondsPerRun;
-    state.counters["fairness"] = crowd.fairness;
-  }
+  bench::crowd(state, static_cast<int>(state.range(0)), readItem, lockPair);
 }
-BENCHMARK(getItemAmong)->Arg(64)->UseManualTime()->Iterations(1);
-
-void floorSetWithSave(benchmark::State& state) {
-  fillRules();
-  for (auto _ : state) save_shared_memory();
-}
-BENCHMARK(floorSetWithSave);
+BENCH_ROW(getItemAmong)->Arg(64);
 
 void setWithSave(benchmark::State& state) {
   fillRules();
   uint32_t flag = 0;
-  for (auto _ : state) setKestroveConfigItem(55, flag ^= 1, 0, "--");
+  auto set = [&flag] { setKestroveConfigItem(55, flag ^= 1, 0, "--"); };
+  bench::inTurns(state, byProcessor(set), byProcessor(save_shared_memory));
 }
-BENCHMARK(setWithSave);
+BENCH_ROW(setWithSave);
+
+// Item 11 logs an event and saves, and the engine hears nothing of it.
+void setWithEvent(benchmark::State& state) {
+  fillRules();
+  uint32_t value = SHM_ON;
+  auto set = [&value] { setKestroveConfigItem(11, value ^= SHM_ON ^ SHM_OFF, 0, "--"); };
+  auto floor = [] {
+    bench::writeEventImage();
+    save_shared_memory();
+    lockPair();
+  };
+  bench::inTurns(state, byProcessor(set), byProcessor(floor));
+}
+BENCH_ROW(setWithEvent);
 
 }  // namespace

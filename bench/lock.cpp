@@ -2,6 +2,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/floors.h"
+#include "bench/turns.h"
 #include "kestrove/kestrove.h"
 
 namespace {
@@ -13,24 +14,13 @@ void readWord() {
 }
 
 void lockedRead(benchmark::State& state) {
-  for (auto _ : state) readWord();
+  bench::inTurns(state, bench::byProcessor(readWord), bench::byProcessor(bench::lockPair));
 }
-
-void floorLockedRead(benchmark::State& state) {
-  for (auto _ : state) bench::lockPair();
-}
-
-BENCHMARK(floorLockedRead);
-BENCHMARK(lockedRead);
+BENCH_ROW(lockedRead);
 
 void lockedReadAmong(benchmark::State& state) {
-  for (auto _ : state) {
-    bench::Crowd crowd = bench::crowd(static_cast<int>(state.range(0)), readWord, bench::lockPair);
-    state.SetIterationTime(crowd.secondsPerRun);
-    state.counters["floor"] = crowd.floorSecondsPerRun;
-    state.counters["fairness"] = crowd.fairness;
-  }
+  bench::crowd(state, static_cast<int>(state.range(0)), readWord, bench::lockPair);
 }
-BENCHMARK(lockedReadAmong)->Arg(2)->Arg(4)->UseManualTime()->Iterations(1);
+BENCH_ROW(lockedReadAmong)->Arg(2)->Arg(4);
 
 }  // namespace

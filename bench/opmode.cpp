@@ -111,10 +111,10 @@ void changeMode(benchmark::State& state) {
 
 void modeChange(benchmark::State& state) {
   prepare();
-  bench::inTurns(
-      state, [&] { changeMode(state); }, [&] { runTheCommands(state); });
+  auto work = [&state] { changeMode(state); };
+  bench::inTurns(state, bench::byClock(work), bench::byClock([&state] { runTheCommands(state); }));
   if (shm->config.opModeState != 0) state.SkipWithError("not back in the dual mode");
 }
-BENCHMARK(modeChange)->Unit(benchmark::kMillisecond)->UseManualTime();
+BENCH_ROW(modeChange)->Unit(benchmark::kMillisecond);
 
 }  // namespace

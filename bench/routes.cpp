@@ -8,22 +8,30 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <numeric>
+#include <random>
+
 #include "bench/floors.h"
+#include "bench/turns.h"
 #include "kestrove/kestrove.h"
 
 namespace {
 
+using bench::byProcessor;
 using bench::lockPair;
 
 constexpr uint32_t kRoutes = SHM_ROUTES;
 constexpr uint32_t kActive = 3;
-constexpr uint32_t kAdditions = 256;
+enum { kInFileOrder, kRandom };
+constexpr int kAdditions = 256;
 
 // The n-th in file order, which is list order.
 RouteEntry route4(uint32_t n) {
   uint32_t place = kRoutes - n;
-  uint32_t destination = 10 | (place & 0xFF) << 8 | (place >> 8) << 16;  // the third byte counts most
-  return {destination, inet_addr("255.255.255.0"), inet_addr("192.168.5.254"), kActive, 0, 0};
+  uint32_t destination = 10 | (place & 0xFF) << 8 | (place >> 8) << 16;       // the third byte counts most
+  return {destination, htonl(0xffffff00), htonl(0xc0a805fe), kActive, 0, 0};  // 192.168.5.254
 }
 
 Route6Entry route6(uint32_t n) {
@@ -81,11 +89,25 @@ struct Table6 {
   }
 };
 
+using Order = std::array<uint32_t, kRoutes>;
+
+Order fileOrder() {
+  Order order;
+  std::iota(order.begin(), order.end(), 0);
+  return order;
+}
+
+Order randomOrder() {
+  Order order = fileOrder();
+  std::shuffle(order.begin(), order.end(), std::minstd_rand());
+  return order;
+}
+
 template <typename Table>
-void fill() {
+void fill(const Order& order) {
   shm->operationalState = SHM_STATE_CONFIGURATION;
   Table::empty();
-  for (uint32_t n = 0; n < kRoutes; ++n) {
+  for (uint32_t n : order) {
     if (!Table::add(n)) exit(2);
   }
   shm->operationalState = SHM_STATE_OPERATIONAL;
@@ -95,42 +117,31 @@ void lockPairs() {
   for (uint32_t n = 0; n < kRoutes; ++n) lockPair();
 }
 
-void floorRouteFill(benchmark::State& state) {
-  for (auto _ : state) lockPairs();
-}
-BENCHMARK(floorRouteFill);
-
 // Emptying the table is part of it: stopping the clock costs more.
 template <typename Table>
 void routeFill(benchmark::State& state) {
-  for (auto _ : state) fill<Table>();
+  Order order = state.range(0) == kRandom ? randomOrder() : fileOrder();
+  bench::inTurns(state, byProcessor([&order] { fill<Table>(order); }), byProcessor(lockPairs));
   Table::empty();
 }
-BENCHMARK(routeFill<Table4>)->Name("routeFill4");
-BENCHMARK(routeFill<Table6>)->Name("routeFill6");
-
-template <typename Table>
-void floorRouteWalk(benchmark::State& state) {
-  fill<Table>();
-  for (auto _ : state) {
-    lockPairs();
-    benchmark::DoNotOptimize(Table::links());
-  }
-  Table::empty();
-}
-BENCHMARK(floorRouteWalk<Table4>)->Name("floorRouteWalk4");
-BENCHMARK(floorRouteWalk<Table6>)->Name("floorRouteWalk6");
+BENCH_ROW(routeFill<Table4>)->Name("routeFill4")->Arg(kInFileOrder)->Arg(kRandom);
+BENCH_ROW(routeFill<Table6>)->Name("routeFill6")->Arg(kInFileOrder)->Arg(kRandom);
 
 template <typename Table>
 void routeWalk(benchmark::State& state) {
-  fill<Table>();
-  for (auto _ : state) {
+  fill<Table>(fileOrder());
+  auto work = [&state] {
     if (Table::walk() != kRoutes) state.SkipWithError("the walk is not whole");
-  }
+  };
+  auto floor = [] {
+    lockPairs();
+    benchmark::DoNotOptimize(Table::links());
+  };
+  bench::inTurns(state, byProcessor(work), byProcessor(floor));
   Table::empty();
 }
-BENCHMARK(routeWalk<Table4>)->Name("routeWalk4");
-BENCHMARK(routeWalk<Table6>)->Name("routeWalk6");
+BENCH_ROW(routeWalk<Table4>)->Name("routeWalk4");
+BENCH_ROW(routeWalk<Table6>)->Name("routeWalk6");
 
 void setAddress(sockaddr& out, uint32_t address) {
   sockaddr_in in = {};
@@ -194,30 +205,21 @@ RouteEntry otherRoute(uint32_t n) {
   return route;
 }
 
-// A save of as many routes as the work has at its middle.
-void floorRouteAdd(benchmark::State& state) {
-  Connected connected;
-  shm->operationalState = SHM_STATE_CONFIGURATION;
-  for (uint32_t n = 0; n < kAdditions / 2; ++n) Table4::add(n);
-  shm->operationalState = SHM_STATE_OPERATIONAL;
-  uint32_t added = 0;
-  for (auto _ : state) {
-    if (!bareRequest(otherRoute(added++), SIOCADDRT) || save_shared_memory() != 0) state.SkipWithError("refused");
-  }
-}
-BENCHMARK(floorRouteAdd)->Iterations(kAdditions);
-
 void routeAdd(benchmark::State& state) {
   Connected connected;
-  uint32_t added = 0;
-  for (auto _ : state) Table4::add(added++);
+  uint32_t added = 0, others = 0;
+  auto work = [&added] { Table4::add(added++); };
+  auto floor = [&state, &others] {
+    if (!bareRequest(otherRoute(others++), SIOCADDRT) || save_shared_memory() != 0) state.SkipWithError("refused");
+  };
+  bench::inTurns(state, byProcessor(work), byProcessor(floor), kAdditions);
   requireActive(state, added);
 }
-BENCHMARK(routeAdd)->Iterations(kAdditions);
+BENCH_ROW(routeAdd);
 
 // A full table, all in the kernel, with as many others beside them.
 void fillKernel() {
-  fill<Table4>();
+  fill<Table4>(fileOrder());
   addAllRoutes();
   for (uint32_t n = 0; n < kRoutes; ++n) bareRequest(otherRoute(n), SIOCADDRT);
 }
@@ -229,37 +231,24 @@ void bareRoundTrip(benchmark::State& state) {
   }
 }
 
-void floorRouteInstall(benchmark::State& state) {
-  Connected connected;
-  fillKernel();
-  for (auto _ : state) bareRoundTrip(state);
-}
-BENCHMARK(floorRouteInstall)->Unit(benchmark::kMillisecond);
-
 void routeInstall(benchmark::State& state) {
   Connected connected;
   fillKernel();
-  for (auto _ : state) addAllRoutes();
+  bench::inTurns(state, byProcessor(addAllRoutes), byProcessor([&state] { bareRoundTrip(state); }));
   requireActive(state, kRoutes);
 }
-BENCHMARK(routeInstall)->Unit(benchmark::kMillisecond);
-
-void floorRouteFreshen(benchmark::State& state) {
-  Connected connected;
-  fillKernel();
-  for (auto _ : state) {
-    bareRoundTrip(state);
-    save_shared_memory();
-  }
-}
-BENCHMARK(floorRouteFreshen)->Unit(benchmark::kMillisecond);
+BENCH_ROW(routeInstall)->Unit(benchmark::kMillisecond);
 
 void routeFreshen(benchmark::State& state) {
   Connected connected;
   fillKernel();
-  for (auto _ : state) freshenRouteTable(0, "--");
+  auto floor = [&state] {
+    bareRoundTrip(state);
+    save_shared_memory();
+  };
+  bench::inTurns(state, byProcessor([] { freshenRouteTable(0, "--"); }), byProcessor(floor));
   requireActive(state, kRoutes);
 }
-BENCHMARK(routeFreshen)->Unit(benchmark::kMillisecond);
+BENCH_ROW(routeFreshen)->Unit(benchmark::kMillisecond);
 
 }  // namespace

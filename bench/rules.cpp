@@ -3,10 +3,12 @@
 #include <string.h>
 
 #include "bench/floors.h"
+#include "bench/turns.h"
 #include "kestrove/kestrove.h"
 
 namespace {
 
+using bench::byProcessor;
 using bench::lockPair;
 
 constexpr int kRules = SHM_RULES - 1;
@@ -21,66 +23,57 @@ void fill() {
 
 void leave() { shm->operationalState = SHM_STATE_OPERATIONAL; }
 
-void floorRuleEntry(benchmark::State& state) {
-  for (auto _ : state) lockPair();
-}
-BENCHMARK(floorRuleEntry);
-
 void ruleEntry(benchmark::State& state) {
   fill();
   FilterRule out;
   int position = 0;
-  for (auto _ : state) {
+  auto read = [&] {
     if (getRuleTableEntry(position, &out) != 0) state.SkipWithError("no rule");
     benchmark::DoNotOptimize(out);
     position = (position + 1) % kRules;
-  }
+  };
+  bench::inTurns(state, byProcessor(read), byProcessor(lockPair));
   leave();
 }
-BENCHMARK(ruleEntry);
+BENCH_ROW(ruleEntry);
 
-// The bytes that the operation of that name moves, the way it moves them.
-void floorOfMove(benchmark::State& state, int from, int to, int count) {
-  fill();
-  for (auto _ : state) {
+// The bytes that an operation moves, the way it moves them.
+struct Move {
+  int from;
+  int to;
+  int count;
+  void operator()() const {
     lockPair();
     memmove(rules() + to, rules() + from, static_cast<size_t>(count) * sizeof(FilterRule));
     benchmark::ClobberMemory();
   }
-  leave();
-}
-
-void floorRuleInsert(benchmark::State& state) { floorOfMove(state, 0, 1, kRules); }
-void floorRuleDelete(benchmark::State& state) { floorOfMove(state, 1, 0, kRules - 1); }
-void floorRuleMove(benchmark::State& state) { floorOfMove(state, 1, 0, kRules - 2); }
-BENCHMARK(floorRuleInsert);
+};
 
 template <typename Edit>
-void edit(benchmark::State& state, Edit operation) {
+void edit(benchmark::State& state, Edit operation, Move floor) {
   fill();
-  for (auto _ : state) {
+  auto work = [&state, &operation] {
     if (operation() != 0) state.SkipWithError("refused");
     shm->filterTable.ruleCount = kRules;
-  }
+  };
+  bench::inTurns(state, byProcessor(work), byProcessor(floor));
   leave();
 }
 
 void ruleInsert(benchmark::State& state) {
   FilterRule rule = {};
-  edit(state, [&] { return insertRule(0, &rule); });
+  edit(state, [&] { return insertRule(0, &rule); }, {0, 1, kRules});
 }
-BENCHMARK(ruleInsert);
+BENCH_ROW(ruleInsert);
 
 void ruleDelete(benchmark::State& state) {
-  edit(state, [] { return deleteRule(0); });
+  edit(state, [] { return deleteRule(0); }, {1, 0, kRules - 1});
 }
-BENCHMARK(floorRuleDelete);
-BENCHMARK(ruleDelete);
+BENCH_ROW(ruleDelete);
 
 void ruleMove(benchmark::State& state) {
-  edit(state, [] { return moveRule(0, kRules - 1); });
+  edit(state, [] { return moveRule(0, kRules - 1); }, {1, 0, kRules - 2});
 }
-BENCHMARK(floorRuleMove);
-BENCHMARK(ruleMove);
+BENCH_ROW(ruleMove);
 
 }  // namespace

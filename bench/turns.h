@@ -2,28 +2,49 @@
 #pragma once
 
 #include <benchmark/benchmark.h>
+#include <time.h>
 
-#include <chrono>
+#include <functional>
+
+// A row of the table, measured by a function that calls inTurns() once.
+#define BENCH_ROW(function) BENCHMARK(function)->UseManualTime()->Iterations(1)
 
 namespace bench {
 
-template <typename Piece>
-double secondsOf(Piece piece) {
-  auto start = std::chrono::steady_clock::now();
-  piece();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+// Does something so often in a row and tells the seconds that one time took.
+using Timed = std::function<double(int count)>;
+
+inline double secondsOn(clockid_t clock) {
+  timespec time;
+  clock_gettime(clock, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-// For a benchmark with manual time: each round does the work once and the floor once. The floor's time for one round
-// becomes the counter "floor".
-template <typename Work, typename Floor>
-void inTurns(benchmark::State& state, Work work, Floor floor) {
-  double floorSeconds = 0;
-  for (auto _ : state) {
-    floorSeconds += secondsOf(floor);
-    state.SetIterationTime(secondsOf(work));
-  }
-  state.counters["floor"] = benchmark::Counter(floorSeconds, benchmark::Counter::kAvgIterations);
+template <typename Piece>
+Timed timedOn(clockid_t clock, Piece piece) {
+  return [clock, piece](int count) {
+    double start = secondsOn(clock);
+    for (int i = 0; i < count; ++i) piece();
+    return (secondsOn(clock) - start) / count;
+  };
 }
+
+// Processor time of this process, which others of the machine hardly lengthen.
+template <typename Piece>
+Timed byProcessor(Piece piece) {
+  return timedOn(CLOCK_PROCESS_CPUTIME_ID, piece);
+}
+
+// Time of the clock, for what other processes do.
+template <typename Piece>
+Timed byClock(Piece piece) {
+  return timedOn(CLOCK_MONOTONIC, piece);
+}
+
+constexpr int kAnyRounds = 1 << 20;
+
+// Rounds of floor, work and the floor again, for a while, at most so many. The middle of the rounds is reported: the
+// work's time, the floor's, the ratio of both within a round, and that of the floor to itself.
+void inTurns(benchmark::State& state, const Timed& work, const Timed& floor, int most = kAnyRounds);
 
 }  // namespace bench
