@@ -62,7 +62,8 @@ TEST_F(CtlOutputTest, AFollowerEndsWithItsReader) {
     }
     return 0;
   });
-  run("bash -c '{ " KESTROVECTL " events follow --seconds 30; echo $? >/tmp/status; } | head -n 1 >/tmp/first'");
+  run("bash -c '{ " KESTROVECTL
+      " events follow --seconds 30; echo $? >/tmp/status; } | { read -r line; echo \"$line\" >/tmp/first; }'");
   EXPECT_EQ("5\n", readFile("/tmp/status"));
   EXPECT_THAT(readFile("/tmp/first"), HasSubstr("later"));
 }
