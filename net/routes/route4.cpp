@@ -18,9 +18,8 @@ struct Order4 {
   using Notes = RouteNotes;
   static constexpr uint32_t kSlots = SHM_ROUTES;
   static constexpr uint32_t kEmptyHead = 0;
-  static bool before(const RouteEntry& a, const RouteEntry& b) {
-    return a.netmask > b.netmask || (a.netmask == b.netmask && a.destination > b.destination);
-  }
+  static uint64_t rank(const RouteEntry& route) { return uint64_t{route.netmask} << 32 | route.destination; }
+  static bool before(const RouteEntry& a, const RouteEntry& b) { return rank(a) > rank(b); }
   static bool same(const RouteEntry& a, const RouteEntry& b) {
     return a.netmask == b.netmask && a.destination == b.destination;
   }
@@ -31,8 +30,8 @@ struct Routes4 {
   using Given = const RouteEntry;
   static constexpr uint32_t kSlots = SHM_ROUTES;
   static SortedList<Order4> list() {
-    static uint32_t hint = SHM_NO_SLOT;
-    return {shm->routes.head, shm->routes.slot, hint, RouteNotes(*shm, Work::kRouteLinking)};
+    static SortedList<Order4>::Memory memory;
+    return {shm->routes.head, shm->routes.slot, memory, RouteNotes(*shm, Work::kRouteLinking)};
   }
   static void unlink(const RouteEntry& key) { list().unlink(key); }
   static RouteEntry* replace(const RouteEntry& key, const RouteEntry& route) { return list().replace(key, route); }

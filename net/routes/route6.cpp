@@ -1,3 +1,4 @@
+#include <endian.h>
 #include <string.h>
 
 #include "kestrove/ipv6.h"
@@ -19,9 +20,15 @@ struct Order6 {
   using Notes = RouteNotes;
   static constexpr uint32_t kSlots = SHM_ROUTES6;
   static constexpr uint32_t kEmptyHead = SHM_NO_SLOT;
+  static uint64_t half(const uint8_t* bytes) {
+    uint64_t word;
+    memcpy(&word, bytes, sizeof word);
+    return be64toh(word);
+  }
   static bool before(const Route6Entry& a, const Route6Entry& b) {
     if (a.prefixLength != b.prefixLength) return a.prefixLength > b.prefixLength;
-    return memcmp(a.destination, b.destination, sizeof a.destination) > 0;
+    uint64_t upperA = half(a.destination), upperB = half(b.destination);
+    return upperA != upperB ? upperA > upperB : half(a.destination + 8) > half(b.destination + 8);
   }
   static bool same(const Route6Entry& a, const Route6Entry& b) {
     return a.prefixLength == b.prefixLength && v6Match(a.destination, b.destination);
@@ -33,8 +40,8 @@ struct Routes6 {
   using Given = Route6Entry;
   static constexpr uint32_t kSlots = SHM_ROUTES6;
   static SortedList<Order6> list() {
-    static uint32_t hint = SHM_NO_SLOT;
-    return {shm->routes6.head6, shm->routes6.slot, hint, RouteNotes(*shm, Work::kRoute6Linking)};
+    static SortedList<Order6>::Memory memory;
+    return {shm->routes6.head6, shm->routes6.slot, memory, RouteNotes(*shm, Work::kRoute6Linking)};
   }
   static void unlink(const Route6Entry& key) {
     setOtherHeadRight(key);

@@ -17,6 +17,7 @@
 #include <stdint.h>
 
 #include "kestrove/layout.h"
+#include "net/routes/list_memory.h"
 #include "store/fail.h"
 #include "store/journal.h"
 
@@ -28,10 +29,11 @@ class SortedList {
   using Record = typename Order::Record;
   using Notes = typename Order::Notes;
 
-  // The hint is a slot number that the process keeps between calls, any at first. Walks leave in it the slot before
-  // the place they found, and long ones start there when it still stands before the place they look for.
-  SortedList(uint32_t& head, Record* slots, uint32_t& hint, Notes notes)
-      : head_(head), slots_(slots), hint_(hint), notes_(notes) {}
+  using Memory = ListMemory<Order::kSlots>;
+
+  // The memory is what the process keeps between calls, empty at first.
+  SortedList(uint32_t& head, Record* slots, Memory& memory, Notes notes)
+      : head_(head), slots_(slots), memory_(memory), notes_(notes) {}
 
   // Null when the list is empty.
   Record* first() { return at(firstSlot()); }
@@ -50,10 +52,10 @@ class SortedList {
 
   // Takes the lowest free slot for the record. Null with the code when there is none or the key exists.
   Record* insert(const Record& record) {
-    uint32_t free = lowestFree();
+    Record* place = placeOf(record, nullptr);
+    uint32_t free = lowestFree();  // behind the walk, for whose answers a processor need not wait here
     if (free == Order::kSlots) return refuse(SHM_EFULL);
     if (firstSlot() == kNone) return start(record, free);
-    Record* place = placeOf(record, nullptr);
     if (endless_) return refuse(SHM_ESYSTEM);
     if (taken(place, record)) return refuse(SHM_EEXIST);
     notes_.linking(free);
@@ -92,8 +94,9 @@ class SortedList {
  private:
   static constexpr uint32_t kNone = SHM_NO_SLOT;
   static constexpr uint32_t kUsed = 1;
-  // A walk this short costs less than asking whether the hint is good.
+  // A walk this short costs less than looking at the whole list anew.
   static constexpr uint32_t kShortWalk = 16;
+  static constexpr int kBlock = 16;
 
   static bool used(const Record& slot) { return slot.inUse == kUsed; }
   bool usedSlot(uint32_t number) const { return number < Order::kSlots && used(slots_[number]); }
@@ -117,10 +120,12 @@ class SortedList {
     keepOrder();
   }
 
-  // Where a record is to stand, that it may stand behind or in place of the passed one.
+  // Where a record is to stand; behind the passed one when it has the same key. The list stays in order.
   Record* placeOf(const Record& record, const Record* passed) {
-    return walk(record,
-                [&](const Record& slot) { return &slot != passed && (!used(slot) || !Order::before(slot, record)); });
+    return walk(record, [&](const Record& slot) {
+      if (&slot == passed) return Order::before(record, slot);
+      return !used(slot) || !Order::before(slot, record);
+    });
   }
 
   bool taken(const Record* place, const Record& record) const {
@@ -145,6 +150,7 @@ class SortedList {
     fill(slots_[slot], record, place && used(*place) ? slotOf(*place) : kNone);
     previousLink() = slot;
     keepOrder();
+    memory_.linked(slot);
   }
 
   void leave(Record& record) {
@@ -152,12 +158,38 @@ class SortedList {
     previousLink() = becomesEmpty ? Order::kEmptyHead : record.next;
     keepOrder();
     record.inUse = SHM_NO_SLOT;
+    memory_.unlinked(slotOf(record));
   }
 
+  // The guess is nearly always right, and whether it is can be told without waiting for a slot before looking at the
+  // next.
   uint32_t lowestFree() const {
+    uint32_t guess = memory_.free();
+    if (guess < Order::kSlots && isFree(guess) && noneFree(slots_, guess)) return guess;
     uint32_t slot = 0;
-    while (slot < Order::kSlots && slots_[slot].inUse != SHM_NO_SLOT) ++slot;
+    while (slot < Order::kSlots && !isFree(slot)) ++slot;
     return slot;
+  }
+  bool isFree(uint32_t slot) const { return slots_[slot].inUse == SHM_NO_SLOT; }
+
+  // The word of a used slot has one bit, so many without a free one do not show them all. A function of its own, which
+  // needs its registers for itself; the last block overlaps the one before.
+  [[gnu::noinline]] static bool noneFree(const Record* slot, uint32_t count) {
+    const Record* end = slot + count;
+    uint32_t seen = 0;
+    if (count < kBlock) {
+      while (slot != end) seen |= slot++->inUse;
+      return seen != SHM_NO_SLOT;
+    }
+    for (; end - slot > kBlock; slot += kBlock) {
+      if (seenIn(slot) == SHM_NO_SLOT) return false;
+    }
+    return seenIn(end - kBlock) != SHM_NO_SLOT;
+  }
+  static uint32_t seenIn(const Record* block) { return seenInHalf(block) | seenInHalf(block + kBlock / 2); }
+  static uint32_t seenInHalf(const Record* half) {
+    return half[0].inUse | half[1].inUse | half[2].inUse | half[3].inUse | half[4].inUse | half[5].inUse |
+           half[6].inUse | half[7].inUse;
   }
 
   // The first record of an empty list goes where head points, not into the lowest free slot: kept on purpose.
@@ -167,37 +199,50 @@ class SortedList {
     return &slots_[head_];
   }
 
-  // In a list that only these operations write, every used slot is on the list: one that stands before the key, and
-  // further on than the walk has come, is a place to go on from.
-  bool hintHelps(const Record& slot, const Record& key) const {
-    return usedSlot(hint_) && Order::before(slot, slots_[hint_]) && Order::before(slots_[hint_], key);
+  // Where a walk to the key may begin: the slot before it that the process remembers, none for the beginning. In a list
+  // that only these operations write every used slot is on the list; that the one before still leads to it confirms it.
+  // Of slots that others have used again meanwhile the memory is in no order, and the search finds anything.
+  uint32_t nearest(const Record& key) {
+    uint32_t place = memory_.search([&](uint32_t slot) { return Order::before(slots_[slot], key); });
+    if (place == 0) return kNone;
+    uint32_t slot = memory_.at(place - 1);
+    uint32_t link = place == 1 ? head_ : nextOf(memory_.at(place - 2));
+    if (link == slot && used(slots_[slot]) && Order::before(slots_[slot], key)) return slot;
+    memory_.clear();
+    return kNone;
   }
+  uint32_t nextOf(uint32_t slot) const { return used(slots_[slot]) ? slots_[slot].next : kNone; }
 
   // The first slot from the head on at which stop holds, null when there is none. Leaves its predecessor in previous_,
-  // and whether a loop in the chain used up the steps in endless_.
+  // and whether a loop in the chain used up the steps in endless_. No slot that stands before the key may stop.
   template <typename Stop>
   Record* walk(const Record& key, Stop stop) {
-    previous_ = kNone;
-    endless_ = false;
-    uint32_t current = firstSlot();
-    for (uint32_t steps = 0; steps < Order::kSlots && current < Order::kSlots; ++steps) {
-      if (stop(slots_[current])) return arrive(current);
-      if (steps == kShortWalk && hintHelps(slots_[current], key)) current = hint_;
+    previous_ = nearest(key);
+    uint32_t current = previous_ == kNone ? firstSlot() : slots_[previous_].next;
+    uint32_t steps = 0;
+    for (; steps < Order::kSlots && current < Order::kSlots && !stop(slots_[current]); ++steps) {
+      memory_.pass(current);
       previous_ = current;
       current = slots_[current].next;
     }
-    endless_ = current < Order::kSlots;
-    return arrive(kNone);
+    endless_ = steps == Order::kSlots && current < Order::kSlots;
+    if (steps > kShortWalk) remember();
+    return endless_ ? nullptr : at(current);
   }
 
-  Record* arrive(uint32_t slot) {
-    if (previous_ != kNone) hint_ = previous_;
-    return at(slot);
+  // The whole list, for walks to come.
+  void remember() {
+    memory_.clear();
+    uint32_t slot = firstSlot();
+    for (uint32_t steps = 0; steps < Order::kSlots && usedSlot(slot); ++steps) {
+      memory_.append(slot, slot == previous_);
+      slot = slots_[slot].next;
+    }
   }
 
   uint32_t& head_;
   Record* slots_;
-  uint32_t& hint_;
+  Memory& memory_;
   Notes notes_;
   uint32_t previous_ = kNone;
   bool endless_ = false;

@@ -4,6 +4,10 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <numeric>
+#include <random>
+#include <set>
+#include <utility>
 #include <vector>
 
 #include "tests/support/store.h"
@@ -46,7 +50,8 @@ struct ToyTable {
   ToyTable() {
     for (Toy& toy : slot) toy = {0, ' ', kNone, kNone};
   }
-  SortedList<ToyOrder<Slots, EmptyHead>> list() { return {head, slot, hint, {}}; }
+  using List = SortedList<ToyOrder<Slots, EmptyHead>>;
+  List list() { return {head, slot, memory, {}}; }
 
   bool add(int key, char colour = 'w') { return list().insert({key, colour, 77, 77}) != nullptr; }
   bool remove(int key) { return list().unlink({key, ' ', 0, 0}); }
@@ -70,7 +75,7 @@ struct ToyTable {
 
   uint32_t head = 0;
   Toy slot[Slots];
-  uint32_t hint = kNone;
+  typename List::Memory memory;
 };
 
 using ZeroTable = ToyTable<4, 0>;
@@ -268,30 +273,111 @@ TEST(SortedList, AFreeSlotInTheChainEndsIt) {
 
 using LongTable = ToyTable<200, 0>;
 
-TEST(SortedList, LongWalksGoOnFromTheHintWithTheSameAnswers) {
-  LongTable table;
-  for (int key = 0; key < 190; ++key) EXPECT_TRUE(table.add(2 * key));
-  EXPECT_EQ(188u, table.hint);
-  for (int key = 0; key < 189; ++key) EXPECT_EQ(2 * key + 2, table.keyAfter(2 * key));
-  for (int key = 189; key > 0; --key) EXPECT_NE(nullptr, table.find(2 * key));
-  EXPECT_EQ(nullptr, table.find(151));
+std::vector<int> shuffled(int count) {
+  std::vector<int> keys(static_cast<size_t>(count));
+  std::iota(keys.begin(), keys.end(), 0);
+  std::shuffle(keys.begin(), keys.end(), std::minstd_rand());
+  return keys;
 }
 
-TEST(SortedList, AHintThatIsNoGoodIsNotFollowed) {
+TEST(SortedList, ALongListIsInOrderWhateverTheOrderOfAdding) {
   LongTable table;
-  for (int key = 0; key < 190; ++key) table.add(key);
-  for (uint32_t hint : {0u, 5u, 120u, 199u, 200u, 0x80000000u, kNone}) {
-    table.hint = hint;
-    EXPECT_EQ(101, table.keyAfter(100));
-    table.hint = hint;
-    EXPECT_EQ(100, table.find(100)->key);
+  for (int key : shuffled(200)) EXPECT_TRUE(table.add(key));
+  std::vector<int> keys = table.keys();
+  EXPECT_EQ(200u, keys.size());
+  EXPECT_TRUE(std::ranges::is_sorted(keys));
+  EXPECT_EQ(shuffled(200), table.slotKeys()) << "each took the lowest free slot";
+}
+
+TEST(SortedList, EveryKeyOfALongListIsFoundAndLeavesFromWhereverItStands) {
+  LongTable table;
+  for (int key : shuffled(200)) table.add(2 * key);
+  for (int key = 0; key < 199; ++key) EXPECT_EQ(2 * key + 2, table.keyAfter(2 * key));
+  for (int key : shuffled(200)) {
+    EXPECT_EQ(nullptr, table.find(2 * key + 1));
+    EXPECT_NE(nullptr, table.find(2 * key));
+    EXPECT_TRUE(table.remove(2 * key));
+    EXPECT_EQ(nullptr, table.find(2 * key));
+  }
+  EXPECT_THAT(table.keys(), IsEmpty());
+}
+
+// Two processes at one table: each remembers only what itself has seen.
+struct TwoProcesses {
+  LongTable table;
+  LongTable::List::Memory other;
+  void changeOver() { std::swap(table.memory, other); }
+};
+
+TEST(SortedList, WhatAnotherProcessAddedAndTookIsNoticed) {
+  TwoProcesses both;
+  LongTable& table = both.table;
+  for (int key : shuffled(100)) table.add(2 * key);
+  both.changeOver();
+  for (int key : shuffled(50)) {
+    EXPECT_TRUE(table.remove(4 * key));
+    EXPECT_TRUE(table.add(4 * key + 1));
+    both.changeOver();
+    EXPECT_EQ(nullptr, table.find(4 * key));
+    EXPECT_NE(nullptr, table.find(4 * key + 1));
+    EXPECT_EQ(4 * key + 2, table.keyAfter(4 * key + 1));
+  }
+  EXPECT_EQ(100u, table.keys().size());
+}
+
+TEST(SortedList, ASlotThatAnotherProcessFreedIsTheLowestAgain) {
+  TwoProcesses both;
+  LongTable& table = both.table;
+  for (int key = 0; key < 150; ++key) table.add(key);
+  for (int freed : {140, 77, 16, 15, 0, 149}) {
+    both.changeOver();
+    EXPECT_TRUE(table.remove(freed));
+    both.changeOver();
+    EXPECT_TRUE(table.add(freed));
+    EXPECT_EQ(freed, table.slot[freed].key);
+  }
+  EXPECT_EQ(150u, table.keys().size());
+}
+
+TEST(SortedList, ASlotThatAnotherProcessUsedAgainIsNoPlaceToStartFrom) {
+  TwoProcesses both;
+  LongTable& table = both.table;
+  for (int key = 0; key < 100; ++key) table.add(10 * key);
+  both.changeOver();
+  for (int key = 30; key < 60; ++key) table.remove(10 * key);
+  for (int key = 30; key < 60; ++key) table.add(10 * (key - 30) + 5);
+  both.changeOver();
+  EXPECT_TRUE(table.add(502));
+  EXPECT_TRUE(table.add(17));
+  EXPECT_EQ(600, table.keyAfter(502));
+  EXPECT_EQ(20, table.keyAfter(17));
+  EXPECT_TRUE(std::ranges::is_sorted(table.keys()));
+}
+
+TEST(SortedList, ManyTurnsOfTwoProcessesLeaveAListInOrder) {
+  TwoProcesses both;
+  LongTable& table = both.table;
+  std::minstd_rand random;
+  std::set<int> model;
+  for (int i = 0; i < 20000; ++i) {
+    int key = static_cast<int>(random() % 300);
+    bool remove = random() % 2 == 0;
+    if (remove) {
+      ASSERT_EQ(model.erase(key) != 0, table.remove(key)) << "operation " << i;
+    } else if (model.size() < 190) {
+      ASSERT_EQ(model.insert(key).second, table.add(key)) << "operation " << i;
+    }
+    if (i % 500 == 0) {
+      ASSERT_EQ(std::vector<int>(model.begin(), model.end()), table.keys());
+    }
+    if (random() % 10 == 0) both.changeOver();
   }
 }
 
 TEST(SortedList, AWholeTableIsWalkedToItsEnd) {
   LongTable table;
   for (int key = 0; key < 200; ++key) EXPECT_TRUE(table.add(key));
-  table.hint = 1;
+  table.memory = {};
   EXPECT_EQ(199, table.find(199)->key);
   EXPECT_EQ(-1, table.keyAfter(199));
   EXPECT_EQ(200u, table.keys().size());
