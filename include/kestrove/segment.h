@@ -50,7 +50,7 @@ KESTROVE_API int create_lock_file(void);
    the system log (a warning). Words that no change leaves are cleared and named there. Two cases are left: in a full
    table of 8192 rules whose last rule is not the one that the store's birth makes, a rule that is moved or changed, and
    beside any full rule table the oldest event that is overwritten or an address of the bridge that is changed can be
-   torn; a route that is replaced in a full route table can be lost. */
+   torn; in a full route table a route that is replaced can be lost, or torn under its own key. */
 KESTROVE_API int shm_lock(void);
 
 /* Counts the lock down by one. Every call, an inner one of a nested pair too, gives the lock to whoever waits for it;

@@ -66,10 +66,12 @@ class SortedList {
 
   // Unlinks the record with that key and inserts another one, which is refused as by an insert of its own; then the old
   // one is gone all the same. At every instant one of the two is on the list: the new one takes another free slot
-  // first, and moves where an insert would have put it. A full table has no such slot: a death can lose the record.
+  // first, and moves where an insert would have put it. A full table has no such slot: there the record of a key is
+  // written over, and a death can tear it, or lose the one that makes place for another key.
   Record* replace(const Record& key, const Record& record) {
     Record* old = walk(key, [&](const Record& slot) { return Order::same(slot, key); });
     uint32_t free = lowestFree();
+    if (free == Order::kSlots && old && taken(old, record)) return writeOver(*old, record);
     Record* place = old && free != Order::kSlots ? placeOf(record, old) : nullptr;
     if (!old || free == Order::kSlots || endless_ || taken(place, record)) {
       unlink(key);
@@ -118,6 +120,14 @@ class SortedList {
     keepOrder();
     slot.inUse = kUsed;
     keepOrder();
+  }
+
+  static Record* writeOver(Record& slot, const Record& record) {
+    Record written = record;
+    written.inUse = kUsed;
+    written.next = slot.next;
+    slot = written;
+    return &slot;
   }
 
   // Where a record is to stand; behind the passed one when it has the same key. The list stays in order.

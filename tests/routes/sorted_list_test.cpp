@@ -187,6 +187,46 @@ TEST(SortedList, WhatIsNotThereCannotLeave) {
   }
 }
 
+// Whatever slots are free, and in whatever order the records came.
+template <uint32_t EmptyHead>
+void expectReplacingIsUnlinkingAndInserting() {
+  constexpr uint32_t kSlots = 4;
+  std::mt19937 random(7);
+  auto draw = [&](int below) { return static_cast<int>(random() % static_cast<unsigned>(below)); };
+  for (int round = 0; round < 20000; ++round) {
+    ToyTable<kSlots, EmptyHead> one;
+    for (int step = draw(12); step > 0; --step) draw(3) ? one.add(draw(6)) : one.remove(draw(6));
+    ToyTable<kSlots, EmptyHead> other = one;
+    int old = draw(6);
+    Toy record = {draw(6), 'n', 55, 55};
+    if (!one.find(old)) continue;
+    shm_errno = 99;
+    const Toy* replaced = one.list().replace({old, ' ', 0, 0}, record);
+    uint32_t code = shm_errno;
+    shm_errno = 99;
+    other.remove(old);
+    const Toy* inserted = other.list().insert(record);
+    ASSERT_EQ(shm_errno, code);
+    ASSERT_EQ(inserted == nullptr, replaced == nullptr);
+    if (inserted) {
+      ASSERT_EQ(inserted - other.slot, replaced - one.slot);
+    }
+    ASSERT_EQ(other.head, one.head);
+    ASSERT_EQ(other.slotKeys(), one.slotKeys());
+    ASSERT_EQ(other.keys(), one.keys());
+    for (uint32_t i = 0; i < kSlots; ++i) {
+      if (other.slot[i].inUse != 1) continue;
+      ASSERT_EQ(other.slot[i].next, one.slot[i].next) << round;
+      ASSERT_EQ(other.slot[i].colour, one.slot[i].colour) << round;
+    }
+  }
+}
+
+TEST(SortedList, ReplacingEndsAsUnlinkingAndInserting) {
+  expectReplacingIsUnlinkingAndInserting<0>();
+  expectReplacingIsUnlinkingAndInserting<kNone>();
+}
+
 TEST(SortedList, TheLastToLeaveLeavesTheMarkOfTheOrder) {
   ZeroTable zero;
   zero.head = 3;
