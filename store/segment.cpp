@@ -30,7 +30,7 @@ AT_HAND int lockFile = -1;
 AT_HAND bool fileLocked = false;  // by this process
 AT_HAND int guards = 0;           // of one operation, one inside the other
 AT_HAND int holds = 0;            // of kestrove_hold() among them
-ShmData* gone = nullptr;  // where shm_detach() left the pointer
+ShmData* gone = nullptr;          // where shm_detach() left the pointer
 
 // The one opener of the lock file: closing any other descriptor of it would drop this process's lock. Close-on-exec,
 // so that no program started here keeps it open.

@@ -1,17 +1,17 @@
 /* Numbered configuration items and the small named accessors.
 
-   Every accessor holds the store lock for its whole work (getShmFileBuffering and those with a takeLock argument as said
-   there; network item 1 gives it up while the three server scripts run) and gives -1 with the lock's code when it cannot
-   be taken, with nothing changed. A null pointer where a
-   text or an output is needed gives -1 with SHM_EINVAL. "source" is the number of the front end and "user" the name
-   that events are stamped with; a null user counts as an empty name.
+   Every accessor holds the store lock for its whole work (getShmFileBuffering and those with a takeLock argument as
+   said there; network item 1 gives it up while the three server scripts run) and gives -1 with the lock's code when it
+   cannot be taken, with nothing changed. A null pointer where a text or an output is needed gives -1 with SHM_EINVAL.
+   "source" is the number of the front end and "user" the name that events are stamped with; a null user counts as an
+   empty name.
 
    A setter changes its field only when the value differs; an equal value gives 0 and does nothing else. In
    Configuration Mode it changes the field and does nothing else. Otherwise it goes on with what its row says, in that
    order: log an event, save the store, set a change bit and signal the engine (not in Debug Mode), act on the system.
    The results of the event and of the signal are ignored; an engine that cannot be signalled leaves one level of the
-   lock with the calling process. A failed save gives -1 with its code, after the rest is done; the new value stays. A save that
-   could be begun and did not reach the file gives 0 with code 10. */
+   lock with the calling process. A failed save gives -1 with its code, after the rest is done; the new value stays. A
+   save that could be begun and did not reach the file gives 0 with code 10. */
 #ifndef KESTROVE_ITEMS_H
 #define KESTROVE_ITEMS_H
 

@@ -3,8 +3,8 @@
    Separately built programs, 32-bit and 64-bit, map the same segment, so order, width and place of every member are a
    contract. All records are packed to 4 bytes and hold no pointer, no long and no time_t. Numbers are little-endian,
    IPv4 addresses and masks are in network byte order, IPv6 addresses are 16 bytes in network order. A switch is a
-   byte (or a word where stated) that holds 1 for on and 2 for off. Reserved bytes are zero and stay as they are, but for the
-   word of a change in progress in reserved32. */
+   byte (or a word where stated) that holds 1 for on and 2 for off. Reserved bytes are zero and stay as they are, but
+   for the word of a change in progress in reserved32. */
 #ifndef KESTROVE_LAYOUT_H
 #define KESTROVE_LAYOUT_H
 
@@ -35,7 +35,7 @@ enum {
   SHM_STATE_DISABLED = 2,
   SHM_STATE_UNCONFIGURED = 3,
   SHM_STATE_CONFIGURATION = 4, /* changes touch the store alone: no save, event, kernel change or signal */
-  SHM_STATE_DEBUG = 5          /* as 1, but items and rules do not signal the engine and routes stay out of the kernel */
+  SHM_STATE_DEBUG = 5 /* as 1, but items and rules do not signal the engine and routes stay out of the kernel */
 };
 
 /* Values of a switch. */
