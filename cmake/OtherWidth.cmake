@@ -12,6 +12,9 @@ endif()
 set(CMAKE_REQUIRED_FLAGS ${kestrove_other_flag})
 set(CMAKE_REQUIRED_LIBRARIES crypt)
 string(REPLACE "-" "_" kestrove_other_check "KESTROVE_BUILDS${kestrove_other_flag}")
+if(NOT ${kestrove_other_check})
+  unset(${kestrove_other_check} CACHE) # asked again: the packages may have come since
+endif()
 check_cxx_source_compiles("#include <crypt.h>\n#include <string>\nint main() { return !crypt(\"a\", \"b\"); }"
                           ${kestrove_other_check})
 unset(CMAKE_REQUIRED_FLAGS)
