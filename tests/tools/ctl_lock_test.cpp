@@ -82,7 +82,7 @@ TEST_F(CtlLockTest, EveryCommandWaitsNoLongerThanItIsTold) {
     EXPECT_THAT(ran.out + ran.err,
                 HasSubstr("the store is locked by " + holder.name() + "; not free within 0.2 seconds (--wait)"))
         << command;
-    EXPECT_LT(now() - start, 5) << command;
+    EXPECT_LT(now() - start, 20) << command;
   }
   EXPECT_EQ(6, ctl("--json --wait 0 show").json()["error"]["exit"]);
 }
@@ -113,7 +113,7 @@ TEST_F(CtlLockTest, StatusNeverWaits) {
   Holder holder;
   const double start = now();
   Ran ran = ctl("--json status");
-  EXPECT_LT(now() - start, 5);
+  EXPECT_LT(now() - start, 20);
   EXPECT_EQ(0, ran.status) << ran.err;
   Json status = ran.json();
   EXPECT_EQ(holder.name(), status["lockHeldBy"]);

@@ -56,7 +56,7 @@ TEST_F(CtlOutputTest, AClosedPipeIsNamed) {
 
 TEST_F(CtlOutputTest, AFollowerEndsWithItsReader) {
   Peer logger([](const Peer::Line&) {
-    for (int i = 0; i < 10; ++i) {
+    for (int i = 0; i < 100; ++i) {
       usleep(200000);
       logEvent(24, 3, "later");
     }

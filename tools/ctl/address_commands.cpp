@@ -96,10 +96,10 @@ void requireOwn(const Ip6Address& wanted) {
 void remove(const Session& session) {
   requireStore(session);
   ManagementAddress entry = given();
+  Change change(session);
   if (ofBridge) {
     const Ip6Address own = bridgeEntry(entry);
     requireOwn(own);
-    Change change(session);
     change.made(removeIp6(own.address), address);
     return change.done(address + " removed");
   }
@@ -107,7 +107,6 @@ void remove(const Session& session) {
   std::string host = address.substr(0, address.find('/'));
   bool known = getManagementAddrCount() > 0 && findManagementAddr(host.c_str(), &stored) == 0;
   if (!known) throw Refusal(kRefused, address + ": " + shm_strerror(SHM_ENOENT), SHM_ENOENT);
-  Change change(session);
   change.made(removeManagementAddr(&stored), address);
   change.done(address + " removed");
 }

@@ -19,6 +19,7 @@ bool mayBeLost(uint32_t code) { return code == SHM_ESYSTEM || code == SHM_EIO; }
 
 Change::Change(const Session& session) : session_(session) {
   awaitLock(session);
+  if (!hold_.emplace()) throw refusal("the store cannot be locked");
   shm_errno = SHM_OK;
   errno = 0;
 }
@@ -47,7 +48,7 @@ void Change::ask(const std::string& what) {
   errno = 0;
   if (save_shared_memory() == 0 && shm_errno == SHM_OK)
     return warn(what + ": made and saved; a step of it failed: " + reason);
-  lost_ = text(shm->config.configFileName) + ": " + (errno != 0 ? strerror(errno) : reason);
+  lost_ = "applied, not saved: " + text(shm->config.configFileName) + ": " + (errno != 0 ? strerror(errno) : reason);
   code_ = code;
 }
 
@@ -56,25 +57,30 @@ std::string Change::notSaved() const {
   return unsaved_;
 }
 
-void Change::tell(Json result, const std::string& text) const {
+Json Change::resultJson(Json result, const std::string& stored) const {
+  if (lost_.empty() && stored.empty()) return result;
+  if (!result.is_object()) result = Json{{"result", result}};
+  result["saved"] = false;
+  if (!lost_.empty()) result["error"] = errorJson(kNotSaved, lost_, code_);
+  if (!stored.empty()) result["reason"] = stored;
+  return result;
+}
+
+// What is not saved is told first: the output may fail.
+void Change::tell(Json result, const std::string& text) {
   const std::string stored = notSaved();
-  const std::string message = "applied, not saved: " + lost_;
+  hold_.reset();
+  if (!session_.json && !lost_.empty()) warn(lost_);
   if (session_.json) {
-    if (!result.is_object()) result = Json{{"result", result}};
-    if (!lost_.empty() || !stored.empty()) result["saved"] = false;
-    if (!lost_.empty()) result["error"] = errorJson(kNotSaved, message, code_);
-    if (!stored.empty()) result["reason"] = stored;
-    session_.show(result);
+    session_.show(resultJson(result, stored));
   } else {
     session_.print(text + (stored.empty() ? "" : "stored, not saved: " + stored + "\n"));
   }
-  if (lost_.empty()) return;
-  if (!session_.json) warn(message);
-  throw Refusal(kNotSaved, "");
+  if (!lost_.empty()) throw Refusal(kNotSaved, "");
 }
 
-void Change::show(Json result) const { tell(result, session_.json ? "" : render(result)); }
+void Change::show(Json result) { tell(result, session_.json ? "" : render(result)); }
 
-void Change::done(const std::string& text) const { tell(Json{{"done", text}}, tools::escaped(text) + "\n"); }
+void Change::done(const std::string& text) { tell(Json{{"done", text}}, tools::escaped(text) + "\n"); }
 
 }  // namespace ctl

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
+#include "tools/common/hold.h"
 #include "tools/ctl/session.h"
 
 namespace ctl {
@@ -12,8 +14,9 @@ class Change {
  public:
   using Question = std::function<bool()>;
 
-  // Waits for the lock as long as the session says, and forgets the codes of earlier steps: what stands there
-  // afterwards is of this change.
+  // Waits for the lock as long as the session says, holds the store from here on, so that what is read for the change
+  // is still so when it is made, and forgets the codes of earlier steps: what stands there afterwards is of this
+  // change.
   explicit Change(const Session& session);
 
   // Takes the result of the operation. Throws its refusal when it failed; where a save that failed may be all that the
@@ -23,16 +26,19 @@ class Change {
   // Why the library only stores what was changed; empty when it saves it.
   void leavesUnsaved(const char* reason) { unsaved_ = reason; }
 
-  // Print what came of it, and tell where it was not saved; throw kNotSaved when the file could not be written.
-  void show(Json result) const;
-  void done(const std::string& text) const;
+  // Give the store back and print what came of it, and tell where it was not saved; throw kNotSaved when the file could
+  // not be written.
+  void show(Json result);
+  void done(const std::string& text);
 
  private:
   void ask(const std::string& what);
   std::string notSaved() const;
-  void tell(Json result, const std::string& text) const;
+  Json resultJson(Json result, const std::string& stored) const;
+  void tell(Json result, const std::string& text);
 
   const Session& session_;
+  std::optional<tools::Hold> hold_;
   const char* unsaved_ = "";
   std::string lost_;  // why the file does not have it
   int code_ = -1;

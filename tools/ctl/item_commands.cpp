@@ -111,8 +111,8 @@ void set(const Session& session, const std::string& name, const std::string& val
   const ItemRow& row = itemNamed(name);
   requireStore(session);
   if (!*row.range) throw Refusal(kRefused, name + ": " + shm_strerror(SHM_EREADONLY), SHM_EREADONLY);
-  const Json before = itemValue(row);
   Change change(session);
+  const Json before = itemValue(row);
   setItem(session, change, row, value);
   Json changed = {{"item", name}, {"value", itemValue(row)}};
   if (changed["value"] != before) change.leavesUnsaved(unsavedBecause(row.keeping));

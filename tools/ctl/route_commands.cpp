@@ -102,7 +102,7 @@ Json listed() {
 
 // What the table holds after a change: it may be less than was asked for.
 template <typename Family>
-void showStored(const Change& change, const typename Family::Entry& key) {
+void showStored(Change& change, const typename Family::Entry& key) {
   typename Family::Entry stored;
   accept(Family::find(key, &stored), "route");
   change.show(Family::show(stored));

@@ -187,7 +187,7 @@ void announce(const FilterRule& asked, const FilterRule& stored, Json& row) {
   if (!notes.empty()) row["notes"] = notes;
 }
 
-void tell(const Change& change, int position, const FilterRule& asked, const FilterRule& stored) {
+void tell(Change& change, int position, const FilterRule& asked, const FilterRule& stored) {
   Json row = ruleRow(position, stored);
   announce(asked, stored, row);
   change.show(row);
@@ -212,10 +212,10 @@ void add(const Session& session, const RuleLine& line) {
 
 void changeOne(const Session& session, const RuleLine& line) {
   requireStore(session);
+  Change change(session);
   FilterRule rule = ruleAt(line.position);
   apply(rule, line.given);
   const FilterRule asked = rule;
-  Change change(session);
   const int result = changeRule(line.position, &rule);
   if (result < 0) throw ruleRefusal(line.position);
   change.made(result, nameOf(line.position));

@@ -111,13 +111,13 @@ void requireStore(const Session& session) {
   awaitLock(session);
   shm_errno = SHM_OK;
   errno = 0;
-  if (shm_lock() != 0) {
+  if (kestrove_hold() != 0) {
     if (shm_errno == SHM_EATTACH && forbidden(errno)) throw systemRefusal("the store", errno);
     if (shm_errno == SHM_EATTACH) throw Refusal(kNoStore, "there is no store (shm-init builds it)", SHM_EATTACH);
     throw refusal("the store cannot be locked");
   }
-  shm_unlock();
   std::string note = tools::repairAbandonedLoad();
+  kestrove_release();
   if (!note.empty()) warn(note);
 }
 

@@ -133,10 +133,9 @@ void add(const Session& session) {
   refuseMachineAccount();
   Secret password("Password", Secret::Kind::kNew);
   refuseEmpty(password);
-  awaitLock(session);
+  Change change(session);
   acceptPassword(validatePasswordComplexity(password.text(), nullptr), "password");
   UserAccount account = newAccount();
-  Change change(session);
   refuseMachineAccount();
   change.made(addUser(&account, password.text()), name);
   change.done("user " + name + " added");
@@ -144,8 +143,8 @@ void add(const Session& session) {
 
 void remove(const Session& session) {
   requireStore(session);
-  exactUser();
   Change change(session);
+  exactUser();
   const int result = removeUser(name.c_str());
   // The record goes first: a password file that cannot be written leaves the line, and nothing is saved.
   if (result < 0 && !inStore()) {
@@ -193,13 +192,13 @@ void changePassword(const Session& session) {
   authenticate(session, oldPassword);
   Secret newPassword("New password", Secret::Kind::kNew);
   refuseEmpty(newPassword);
-  awaitLock(session);
+  Change change(session);
+  account = exactUser();
   acceptPassword(validatePasswordComplexity(newPassword.text(), oldPassword.text()), "new password");
 
   const UserAccount before = account;
   const std::string line = passwordLine();
   account.lastPasswdChange = static_cast<int32_t>(time(nullptr));
-  Change change(session);
   if (removeUser(name.c_str()) != 1) putBack(before, line, refusal(name));
   const int result = addUser(&account, newPassword.text());
   if (result != 0) putBack(before, line, refusal(name));

@@ -56,9 +56,11 @@ bool forbidden(int error) { return error == EACCES || error == EPERM; }
 
 // What a dead loader left is put right where that needs no waiting.
 [[noreturn]] void leaveStore() {
-  const bool free = tools::tryLock().state == tools::LockState::kFree;
-  const std::string note = free && getSharedMemoryStatus() >= 0 ? tools::repairAbandonedLoad() : "";
-  if (!note.empty()) warn(note);
+  if (tools::tryLock().state == tools::LockState::kFree && kestrove_hold() == 0) {
+    const std::string note = tools::repairAbandonedLoad();
+    kestrove_release();
+    if (!note.empty()) warn(note);
+  }
   throw Failure(kStoreExists, "there is a store already (--replace builds a new one)");
 }
 
