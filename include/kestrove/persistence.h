@@ -2,7 +2,8 @@
 
    Saving writes the whole store to the file named by configFileName. The file is replaced as a whole: a save that fails
    keeps the old one. Every operation that saves leaves code 2 or 10 when its change did not reach the file, also where
-   its result is 0. */
+   its result is 0. Of a text the file holds what stands before its first line feed, of an account's name what stands
+   before a blank, tab or line feed; a save that leaves something out says so once, as a warning in syslog. */
 #ifndef KESTROVE_PERSISTENCE_H
 #define KESTROVE_PERSISTENCE_H
 
