@@ -9,7 +9,7 @@ SOURCES = find . -name build -prune -o \( -name '*.cpp' -o -name '*.h' -o -name 
 help: ## what can be made
 	@awk -F ':.*## ' '/^[a-z0-9-]+:.*## / {printf "make %-14s %s\n", $$1, $$2}' Makefile
 
-demo: ## the appliance's story, told in a sandbox
+demo: ## the appliance's story, told in a sandbox in seconds; the first time some minutes of building come before
 	@scripts/setup build tools sandbox
 	@scripts/demo
 
@@ -21,7 +21,7 @@ test-sanitized: ## every test under ASan and UBSan, in both widths
 	@scripts/setup build tools sandbox test m32
 	@scripts/test asan m32-asan
 
-test-all: test test-sanitized ## both
+test-all: test test-sanitized ## the two together
 
 test-install: ## an installation, and C, C++ and Python front ends built against it
 	@scripts/setup build tools sandbox frontend
