@@ -278,6 +278,45 @@ std::string anyRow(const std::string& priority, const std::string& target, const
   return "SELEC_ACCEL_ANY 6 0 0 80 80 " + priority + " " + target + " 20000 1 " + action + "\n";
 }
 
+TEST_F(RuleRowsTest, NumbersOfARowAreReadAsEverywhereInTheFile) {
+  struct {
+    const char* word;
+    int value;
+  } const words[] = {
+      {"0080", 80},
+      {"+7", 7},
+      {"-5", -5},
+      {"12x", 12},
+      {"x", 0},
+      {"999999999", 999999999},
+      {"2147483647", INT_MAX},
+      {"2147483648", INT_MAX},
+      {"-9999999999", INT_MIN},
+      {"000000000012", 12},
+  };
+  for (const auto& row : words) {
+    load("SELEC_ACCEL_ANY 6 " + std::string(row.word) + "\t2 " + row.word + "  4 5 NONE 20000 1 3\n");
+    EXPECT_EQ(row.value, rule(0).srcPort) << row.word;
+    EXPECT_EQ(2, rule(0).srcPortEnd) << row.word;
+    EXPECT_EQ(row.value, rule(0).destPort) << row.word;
+    deleteRule(0);
+  }
+}
+
+TEST_F(RuleRowsTest, AddressesOfARowAreReadAsEverywhereInTheFile) {
+  for (const char* word : {"10.1.2.0", "010.001.002.000", "10.1.2", "10.1.2.0.0", "10.1.2.256", "10.1.2.0x",
+                           "1000.1.2.0", "10..2.0", "10.1.2.0000", ".10.1.2.0"}) {
+    shm->config.lanIpAddress = 0;
+    load("LAN_ADDR " + std::string(word) + "\nSELEC_ACCEL " + word + "\t255.0.0.0 " + word +
+         " 255.0.0.0 6 1 2 3 4 5 NONE " + "20000 1 2\n");
+    ASSERT_EQ(2, count()) << word;
+    EXPECT_EQ(shm->config.lanIpAddress, rule(0).srcAddr) << word;
+    EXPECT_EQ(shm->config.lanIpAddress, rule(0).dstAddr) << word;
+    EXPECT_EQ(quad("255.0.0.0"), rule(0).srcMask) << word;
+    deleteRule(0);
+  }
+}
+
 TEST_F(RuleRowsTest, RowsKeepTheirFileOrderBeforeTheDefaultRule) {
   load(anyRow("1", "NONE", "3") + anyRow("2", "NONE", "3") + anyRow("3", "NONE", "3"));
   ASSERT_EQ(4, count());
