@@ -1,6 +1,6 @@
 # The one entry. Every target sets up what it needs, except install, which only says what is missing.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-sanitized test-all test-install bench fuzz shell format format-check lint setup install
+.PHONY: help demo test test-sanitized test-all test-install explore bench fuzz shell format format-check lint setup install
 
 SECONDS ?= 60
 PREFIX ?= /usr/local
@@ -14,7 +14,7 @@ demo: ## the appliance's story, told in a sandbox in seconds; the first time som
 	@scripts/demo
 
 test: ## every test, 64-bit, and 32-bit where its packages are or can be installed
-	@scripts/setup build tools sandbox test
+	@scripts/setup build tools sandbox test model
 	@if scripts/setup m32; then scripts/test dev m32; else echo "test: no 32-bit packages; 64-bit only"; scripts/test dev; fi
 
 test-sanitized: ## every test under ASan and UBSan, in both widths
@@ -26,6 +26,11 @@ test-all: test test-sanitized ## the two together
 test-install: ## an installation, and C, C++ and Python front ends built against it
 	@scripts/setup build tools sandbox frontend
 	@scripts/test-install
+
+explore: ## every order of the operations of two and three processes; a share of it is in make test
+	@scripts/setup build tools sandbox test model
+	@scripts/setup m32 || echo "explore: no 32-bit packages; all processes are 64-bit"
+	@scripts/explore
 
 bench: ## speed beside its floors in both widths; regenerates doc/benchmarks.md, fails on a missed aim
 	@scripts/setup build tools sandbox bench m32 bench32

@@ -25,6 +25,8 @@ if(NOT ${kestrove_other_check})
   message(STATUS "No packages for ${kestrove_other_flag}: the tests that cross widths are left out")
 elseif(KESTROVE_SANITIZE)
   message(STATUS "The tests that cross widths are left out of sanitized builds")
+elseif(TARGET kestrove-other-width)
+  set(KESTROVE_OTHER_WIDTH ${CMAKE_BINARY_DIR}/other-width)
 elseif(NOT KESTROVE_WIDTH_OF_A_TEST)
   set(KESTROVE_OTHER_WIDTH ${CMAKE_BINARY_DIR}/other-width)
   ExternalProject_Add(kestrove-other-width
@@ -36,6 +38,7 @@ elseif(NOT KESTROVE_WIDTH_OF_A_TEST)
                -DCMAKE_C_COMPILER_LAUNCHER=${CMAKE_C_COMPILER_LAUNCHER}
                -DCMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER}
     BUILD_COMMAND ${CMAKE_COMMAND} --build . --parallel 2 --target kestrove-sim
+    BUILD_BYPRODUCTS ${KESTROVE_OTHER_WIDTH}/libkestrove.so
     INSTALL_COMMAND ""
     LOG_CONFIGURE ON
     LOG_BUILD ON
