@@ -1,4 +1,5 @@
 // The small named accessors: states, notifications, identity of the caller.
+#include "kestrove/codes.h"
 #include "kestrove/items.h"
 #include "kestrove/persistence.h"
 #include "store/fail.h"
@@ -10,7 +11,6 @@ namespace kestrove {
 namespace {
 
 constexpr unsigned kNotifications = 3;
-constexpr uint32_t kHighestComponent = 8;
 
 // The bit of notification n, counted from 1; 0 when there is none.
 uint8_t notificationBit(int n) {
@@ -71,7 +71,7 @@ int getShmSourceComponent(void) {
 int setShmSourceComponent(uint32_t component) {
   StoreLock lock;
   if (!lock) return -1;
-  if (component > kHighestComponent) return fail(SHM_EINVAL);
+  if (component > SHM_SOURCE_UNKNOWN) return fail(SHM_EINVAL);
   shm->sourceComponent = component;
   return 0;
 }

@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include "config/values.h"
+#include "kestrove/codes.h"
 #include "kestrove/management.h"
 #include "kestrove/segment.h"
 #include "kestrove/text.h"
@@ -10,7 +11,6 @@
 namespace kestrove {
 namespace {
 
-constexpr uint8_t kTcpCongestion = 3;
 constexpr int32_t kHighestProduct = 10;
 
 constexpr char kDdupSeparators[] = " \t+,-";
@@ -53,12 +53,10 @@ uint32_t ddupMode(char* value) {
 // Fills one half of the management entry that the two bridge keywords share. Once both halves are there every further
 // line of either adds the entry again, and the table refuses what it has.
 void readBridgeHalf(char* value, uint32_t* half, uint32_t* field) {
-  constexpr uint32_t kIpv4 = 4;
-  constexpr int32_t kBridge = 4;
   readAddress(value, half);
   if (manAddrEnt.address != 0 && manAddrEnt.mask != 0) {
-    manAddrEnt.ipVersion = kIpv4;
-    manAddrEnt.interfaceKind = kBridge;
+    manAddrEnt.ipVersion = SHM_FAMILY_IPV4;
+    manAddrEnt.interfaceKind = SHM_IF_BRIDGE;
     addManagementAddr(&manAddrEnt);
   }
   readAddress(value, field);
@@ -66,7 +64,7 @@ void readBridgeHalf(char* value, uint32_t* half, uint32_t* field) {
 
 }  // namespace
 
-void readLanCongestionFlag(const ConfigLine&) { shm->config.lanCongestionControl = kTcpCongestion; }
+void readLanCongestionFlag(const ConfigLine&) { shm->config.lanCongestionControl = SHM_CONGESTION_TCP; }
 
 void readDdupMode(const ConfigLine& line) { shm->config.ddupOperState = ddupMode(line.value); }
 

@@ -4,6 +4,7 @@
 #include "config/dump_fields.h"
 #include "config/dump_print.h"
 #include "config/dump_sections.h"
+#include "kestrove/codes.h"
 #include "kestrove/unit.h"
 #include "store/codes.h"
 #include "store/text.h"
@@ -14,8 +15,6 @@ namespace {
 
 constexpr size_t kColumn = 32;
 constexpr uint32_t kPlatformWithManagementPort = 14;
-constexpr uint32_t kLoginSerial = 3;
-constexpr uint32_t kLoginSsh = 4;
 
 #define CONFIG_FIELD(name, kind) \
   { #name, DumpKind::kind, offsetof(ShmData, config.name), sizeof(ConfigRecord::name) }
@@ -115,8 +114,8 @@ void dumpProduct(sys::TextWriter& out) {
 }
 
 const char* loginName(uint32_t from) {
-  if (from == kLoginSerial) return "serial port";
-  return from == kLoginSsh ? "ssh" : "unknown";
+  if (from == SHM_LOGIN_SERIAL) return "serial port";
+  return from == SHM_LOGIN_SSH ? "ssh" : "unknown";
 }
 
 template <size_t N>

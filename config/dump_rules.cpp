@@ -2,6 +2,7 @@
 // addresses, too long for a column, follow on lines of their own.
 #include "config/dump_print.h"
 #include "config/dump_sections.h"
+#include "kestrove/codes.h"
 #include "store/bounds.h"
 #include "store/codes.h"
 
@@ -15,7 +16,6 @@ using Text = std::string_view;
 constexpr char kColumns[] = "%-5.5s %-15.15s %-15.15s %-5.5s %-6.6s %-6.6s %-4.4s %-6.6s %-5.5s %12.12s %12.12s\n";
 constexpr size_t kBehindPorts = 4 + 1 + 6 + 1 + 5 + 1 + 12 + 1 + 12;
 constexpr size_t kLongestBlock = 512;
-constexpr uint32_t kIpv6 = 6;
 
 // "%-*.*s ": what does not fit is overwritten by the blank and the next column.
 template <size_t Width, typename Put>
@@ -44,12 +44,12 @@ Text nameOf(const MessageTable& names, uint32_t code) { return shm_getMessage(&n
 
 // Source and destination, or masks, of a rule for IPv4 or any family.
 char* putQuads(char* at, const FilterRule& rule, uint32_t source, uint32_t destination) {
-  if (rule.ipVersion == kIpv6) return putCutText<15>(putCutText<15>(at, ""), "");
+  if (rule.ipVersion == SHM_FAMILY_IPV6) return putCutText<15>(putCutText<15>(at, ""), "");
   return putCutQuad(putCutQuad(at, source), destination);
 }
 
 char* putFamily(char* at, uint32_t ipVersion) {
-  return putCutText<5>(at, ipVersion == 4 ? "4" : ipVersion == kIpv6 ? "6" : "Any");
+  return putCutText<5>(at, ipVersion == 4 ? "4" : ipVersion == SHM_FAMILY_IPV6 ? "6" : "Any");
 }
 
 char* putProtocol(char* at, uint32_t proto) {
@@ -102,7 +102,7 @@ char* putSubnet6(char* at, Text label, const uint8_t* address, uint32_t prefixLe
 
 char* putRule(char* at, const FilterRule& rule, int32_t position) {
   at = putSecondLine(putFirstLine(at, rule, position), rule);
-  if (rule.ipVersion != kIpv6) return at;
+  if (rule.ipVersion != SHM_FAMILY_IPV6) return at;
   at = putSubnet6(at, "      srcAddr6: ", rule.srcAddr6, rule.srcPrefixLen6);
   return putSubnet6(at, "      dstAddr6: ", rule.dstAddr6, rule.dstPrefixLen6);
 }

@@ -6,6 +6,7 @@
 
 #include "config/messages.h"
 #include "config/values.h"
+#include "kestrove/codes.h"
 #include "kestrove/ipv6.h"
 #include "kestrove/management.h"
 #include "kestrove/routes.h"
@@ -15,10 +16,6 @@
 
 namespace kestrove {
 namespace {
-
-constexpr uint32_t kAnyFamily = 1;
-constexpr uint32_t kIpv4 = 4;
-constexpr uint32_t kIpv6 = 6;
 
 // Routes and rules have the same three states; a row with another one is dropped.
 bool validStatus(int32_t status) { return status >= 1 && status <= 3; }
@@ -70,7 +67,7 @@ void readManagementAddress(const ConfigLine& line) {
   Columns columns(line.value);
   ManagementAddress entry = {};
   entry.ipVersion = static_cast<uint32_t>(columns.number());
-  if (entry.ipVersion == kIpv6) {
+  if (entry.ipVersion == SHM_FAMILY_IPV6) {
     columns.address6(entry.address6);
     entry.prefixLength6 = static_cast<uint32_t>(columns.number());
   } else {
@@ -104,7 +101,7 @@ void readRoute6(const ConfigLine& line) {
 void readRule(const ConfigLine& line) {
   Columns columns(line.value);
   FilterRule rule = {};
-  rule.ipVersion = kIpv4;
+  rule.ipVersion = SHM_FAMILY_IPV4;
   rule.srcAddr = columns.address();
   rule.srcMask = columns.address();
   rule.dstAddr = columns.address();
@@ -118,7 +115,7 @@ void readRule6(const ConfigLine& line) {
   printf("IPv6 Rule");
   Columns columns(line.value);
   FilterRule rule = {};
-  rule.ipVersion = kIpv6;
+  rule.ipVersion = SHM_FAMILY_IPV6;
   columns.address6(rule.srcAddr6);
   rule.srcPrefixLen6 = static_cast<uint32_t>(columns.number());
   if (columns.complete()) printf("sourceRoutingPrefix: %d\n", static_cast<int>(rule.srcPrefixLen6));
@@ -130,7 +127,7 @@ void readRule6(const ConfigLine& line) {
 void readRuleAny(const ConfigLine& line) {
   Columns columns(line.value);
   FilterRule rule = {};
-  rule.ipVersion = ipv6Supported() ? kAnyFamily : kIpv4;
+  rule.ipVersion = ipv6Supported() ? SHM_FAMILY_ANY : SHM_FAMILY_IPV4;
   finishRule(columns, rule);
 }
 

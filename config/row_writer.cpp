@@ -3,6 +3,7 @@
 #include "config/line_text.h"
 #include "config/line_writer.h"
 #include "config/values.h"
+#include "kestrove/codes.h"
 #include "kestrove/segment.h"
 #include "store/bounds.h"
 #include "store/slots.h"
@@ -10,9 +11,6 @@
 
 namespace kestrove {
 namespace {
-
-constexpr uint32_t kAnyFamily = 1;
-constexpr uint32_t kIpv6 = 6;
 
 constexpr std::string_view kRuleKeyword6 = "SELEC_ACCEL_V6";
 constexpr std::string_view kRuleKeywordAny = "SELEC_ACCEL_ANY";
@@ -39,14 +37,14 @@ struct RuleHeads {
 
 // The keyword follows the rule's family; whatever is neither 6 nor any is written as IPv4.
 const LineHead& headOf(const FilterRule& rule, const RuleHeads& heads) {
-  return rule.ipVersion == kIpv6 ? heads.six : rule.ipVersion == kAnyFamily ? heads.any : heads.four;
+  return rule.ipVersion == SHM_FAMILY_IPV6 ? heads.six : rule.ipVersion == SHM_FAMILY_ANY ? heads.any : heads.four;
 }
 
 void writeEnds(LineWriter& line, const FilterRule& rule) {
-  if (rule.ipVersion == kIpv6) {
+  if (rule.ipVersion == SHM_FAMILY_IPV6) {
     line.address6<40>(rule.srcAddr6).number(rule.srcPrefixLen6);
     line.address6<40>(rule.dstAddr6).number(rule.dstPrefixLen6);
-  } else if (rule.ipVersion != kAnyFamily) {
+  } else if (rule.ipVersion != SHM_FAMILY_ANY) {
     line.quad<16>(rule.srcAddr).quad<16>(rule.srcMask).quad<16>(rule.dstAddr).quad<16>(rule.dstMask);
   }
 }
@@ -63,7 +61,7 @@ void writeRule(const RuleHeads& heads, const FilterRule& rule, sys::TextWriter& 
 
 void writeManagementAddress(LineWriter line, const ManagementAddress& entry) {
   line.number(entry.ipVersion);
-  if (entry.ipVersion == kIpv6) {
+  if (entry.ipVersion == SHM_FAMILY_IPV6) {
     line.address6<32>(entry.address6).number(entry.prefixLength6);
   } else {
     line.quad<16>(entry.address).quad<16>(entry.mask);

@@ -6,6 +6,7 @@
 #include "events/catalogue.h"
 #include "events/format.h"
 #include "events/ring.h"
+#include "kestrove/codes.h"
 #include "kestrove/events.h"
 #include "store/fail.h"
 #include "store/lock.h"
@@ -17,8 +18,6 @@ namespace {
 
 constexpr char kEventLogFile[] = "/var/log/kestrove/event.log";
 constexpr char kNullDevice[] = "/dev/null";
-constexpr uint32_t kSystemRebooted = 3;
-constexpr uint32_t kEventLogCleared = 17;
 
 // A bogus event is told apart here only: it is logged like any other.
 void tellSyslog(uint32_t id, uint32_t source) {
@@ -83,7 +82,7 @@ int clearEventLog(uint32_t source, const char* user) {
   int result = saveEvents();
   uint32_t code = shm_errno;
   int error = errno;
-  logEvent(kEventLogCleared, source, user);
+  logEvent(SHM_EVENT_EVENT_LOG_CLEARED, source, user);
   if (result == 0) return 0;
   errno = error;
   return fail(static_cast<int>(code));
@@ -102,6 +101,6 @@ int logSystemUpdateEvent(uint32_t id, uint32_t source, const char* user) {
   StoreLock lock;
   wipeEventLog();
   logEvent(id, source, name.text());
-  logEvent(kSystemRebooted, source, name.text());
+  logEvent(SHM_EVENT_SYSTEM_REBOOTED, source, name.text());
   return copyForNewSystem();
 }

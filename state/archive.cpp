@@ -1,4 +1,5 @@
 #include "state/archive.h"
+#include "kestrove/codes.h"
 
 #include <limits.h>
 #include <stdio.h>
@@ -18,7 +19,6 @@ namespace {
 
 using sys::Word;
 
-constexpr uint32_t kStateSaved = 39;
 constexpr char kArchive[] = STATE_DOCUMENTS "config-%s.zip";
 constexpr char kZip[] = "zip -j %s " STATE_STAGING "* > /dev/null 2>&1";
 
@@ -54,7 +54,7 @@ int makeArchive(const char* timestamp, uint32_t source, const char* user) {
   if (gatherFiles() != 0) return -1;
   sys::runLine(kZip, {Word::path(archive)});
   callSystem(kEmptyStaging);
-  logEvent(kStateSaved, source, user);
+  logEvent(SHM_EVENT_STATE_SAVED, source, user);
   return 0;
 }
 

@@ -1,6 +1,7 @@
 #include <stdio.h>
 #include <syslog.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/events.h"
 #include "kestrove/state.h"
 #include "kestrove/system.h"
@@ -14,7 +15,6 @@ namespace {
 
 using sys::Word;
 
-constexpr uint32_t kStateRestored = 40;
 constexpr char kUnpack[] = "/usr/bin/unzip -o -qq " STATE_DOCUMENTS "config*.zip -d " STATE_STAGING;
 constexpr size_t kLongestLine = 512;
 
@@ -66,6 +66,6 @@ int loadSystemState(uint32_t source, const char* user) {
   if (!makeStaging() || !dropOldCopies()) return -1;
   if (unpack() != 0 || !copiesAreRegular() || putFilesBack() != 0) return -1;
   emptyStaging();
-  logEvent(kStateRestored, source, user);
+  logEvent(SHM_EVENT_STATE_RESTORED, source, user);
   return 0;
 }

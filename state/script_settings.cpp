@@ -1,3 +1,4 @@
+#include "kestrove/codes.h"
 #include "kestrove/segment.h"
 #include "state/script.h"
 #include "store/bounds.h"
@@ -54,7 +55,6 @@ constexpr AccelerationWord kAccelerationWords[] = {
     {5, "ratepacing\n", "constant\n"},
     {4, "errors\n", "errors\n"},
 };
-constexpr uint32_t kConstantRateProduct = 5;
 
 struct LinkLine {
   int which;
@@ -95,7 +95,7 @@ const char* linkWord(uint32_t setting) {
 const char* accelerationWord(uint32_t product) {
   for (const AccelerationWord& row : kAccelerationWords) {
     if (row.mode != shm->config.wanCongestionControl) continue;
-    return product == kConstantRateProduct ? row.onConstantRateUnit : row.usual;
+    return product == SHM_PRODUCT_DRELM ? row.onConstantRateUnit : row.usual;
   }
   return "";
 }

@@ -1,3 +1,4 @@
+#include "kestrove/codes.h"
 #include "kestrove/segment.h"
 #include "state/script.h"
 #include "store/bounds.h"
@@ -7,9 +8,6 @@ namespace kestrove {
 namespace {
 
 using sys::TextWriter;
-
-constexpr uint32_t kDisabledRoute = 2;
-constexpr uint32_t kNotInService = 2;
 
 // What may stand in one line of a rule with all its parts, so that the room is asked for once.
 constexpr size_t kLongestRule = 512;
@@ -87,11 +85,11 @@ char* putTarget(char* at, const FilterRule& rule) {
 char* putRule(char* at, int number, const FilterRule& rule) {
   at = putOption(at, "rule add ", number);
   at = putTarget(putProtocol(putAddresses(at, rule), rule), rule);
-  if (rule.ruleAction == kNotInService) at = putWords(at, "-NIS ");
+  if (rule.ruleAction == SHM_RULE_NIS) at = putWords(at, "-NIS ");
   return putWords(at, "\n");
 }
 
-void endRoute(TextWriter& out, uint32_t status) { out.text(status == kDisabledRoute ? "-n\n" : "\n"); }
+void endRoute(TextWriter& out, uint32_t status) { out.text(status == SHM_ROUTE_DISABLED ? "-n\n" : "\n"); }
 
 void writeIp6(TextWriter& out, const uint8_t* address) {
   out.advance(sys::putIp6(out.room(sys::kLongestIp6), address));

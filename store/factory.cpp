@@ -2,6 +2,7 @@
 #include <errno.h>
 #include <unistd.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/events.h"
 #include "kestrove/items.h"
 #include "kestrove/persistence.h"
@@ -16,7 +17,6 @@
 namespace kestrove {
 namespace {
 
-constexpr int kItemEventLogging = 36;
 constexpr char kConfiguredMarker[] = "/var/etc/config/configured";
 constexpr char kNull[] = "/dev/null";
 constexpr const char* kAgentFiles[] = {"/var/config/snmpd.conf", "/var/net-snmp/snmpd.conf"};
@@ -65,7 +65,7 @@ void copyBackup() {
 int resetToFactory(uint32_t source, const char* user, Accounts accounts) {
   StoreLock lock;
   if (!lock) return -1;
-  setKestroveConfigItem(kItemEventLogging, SHM_OFF, source, user);
+  setKestroveConfigItem(SHM_ITEM_LOGGING, SHM_OFF, source, user);
   clearEventLog(source, user);
   shm->operationalState = SHM_STATE_CONFIGURATION;
   if (accounts == Accounts::kRemove && !removeUsers()) return fail(SHM_ESYSTEM);

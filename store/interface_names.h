@@ -1,6 +1,7 @@
 // The names that the store holds for the interface numbers, for callers under the lock.
 #pragma once
 
+#include "kestrove/codes.h"
 #include "kestrove/segment.h"
 #include "store/text.h"
 
@@ -22,7 +23,6 @@ struct Row {
 };
 
 // By interface number: LAN, WAN, none, management port, bridge (fixed), bridge/router port.
-constexpr int kBridgeNumber = 4;
 constexpr Row kRows[] = {{&ConfigRecord::lanInterfaceName, &ConfigRecord::physicalLanInterfaceName},
                          {&ConfigRecord::wanInterfaceName, &ConfigRecord::physicalWanInterfaceName},
                          {nullptr, nullptr},
@@ -37,7 +37,7 @@ inline Field fieldOf(int number, Field Row::*column) {
 inline Field currentField(int number) { return fieldOf(number, &Row::current); }
 
 inline bool copy(int number, Field Row::*column, InterfaceName& name) {
-  if (number == kBridgeNumber) {
+  if (number == SHM_IF_BRIDGE) {
     memcpy(name.text, kBridge, sizeof kBridge);
     return true;
   }

@@ -5,6 +5,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/opmode.h"
 #include "kestrove/text.h"
 #include "store/fail.h"
@@ -18,7 +19,6 @@ namespace {
 constexpr char kResolverFile[] = "/etc/resolv.conf";
 constexpr char kRouteFile[] = "/proc/net/route";
 constexpr char kNeighbourQuery[] = "/usr/bin/arping %s -I %s -c %d";
-constexpr int kEventDnsChange = 19;
 constexpr size_t kHardwareAddressLength = 17;
 
 bool hexadecimal(const char* token) { return token[strspn(token, "0123456789abcdefABCDEF")] == '\0'; }
@@ -103,6 +103,6 @@ int changeDnsServerIp(uint32_t addr) {
   context.mode = shm->config.opModeState;
   context.l7Mode = shm->config.opModeSubState;
   if (writeNameServer(addr) != 0) return -1;
-  OpModeState(kEventDnsChange, &context);
+  OpModeState(SHM_MODE_EVENT_DNS, &context);
   return 0;
 }

@@ -1,4 +1,5 @@
 #include "store/rule_slots.h"
+#include "kestrove/codes.h"
 
 #include "store/fresh.h"
 #include "store/hole.h"
@@ -6,8 +7,6 @@
 namespace kestrove {
 namespace {
 
-constexpr uint32_t kIpv4 = 4;
-constexpr uint32_t kAny = 1;
 constexpr uint32_t kLast = SHM_RULES - 1;
 
 // What the note of a default rule that is made anew says of the move that needed its slot.
@@ -23,12 +22,12 @@ bool forIpv4(const Note& note) { return note.work == Work::kRuleMovingFull4 || n
 Work defaultRuleOf(bool ipv4) { return ipv4 ? Work::kDefaultRule4 : Work::kDefaultRule; }
 
 FilterRule remade(const ShmData& store, bool ipv4) {
-  return defaultRule(ipv4 ? kIpv4 : kAny, static_cast<int32_t>(store.config.minRate));
+  return defaultRule(ipv4 ? SHM_FAMILY_IPV4 : SHM_FAMILY_ANY, static_cast<int32_t>(store.config.minRate));
 }
 
 // The last rule as the store's birth makes it, for the one family or the other.
 bool canBeRemade(const ShmData& store, const FilterRule& last) {
-  FilterRule made = remade(store, last.ipVersion == kIpv4);
+  FilterRule made = remade(store, last.ipVersion == SHM_FAMILY_IPV4);
   return memcmp(&made, &last, sizeof last) == 0;
 }
 
@@ -43,7 +42,7 @@ void moveUnnoted(ShmData& store, uint32_t from, uint32_t place, const FilterRule
 void moveInFullTable(ShmData& store, uint32_t from, uint32_t place, const FilterRule& moved) {
   FilterRule& last = rules(store)[kLast];
   if (!canBeRemade(store, last)) return moveUnnoted(store, from, place, moved);
-  bool ipv4 = last.ipVersion == kIpv4;
+  bool ipv4 = last.ipVersion == SHM_FAMILY_IPV4;
   uint32_t value = twoNumbers(SHM_RULES, place);
   Journal(store).begin({defaultRuleOf(ipv4), 0, kBefore, value});
   last = moved;

@@ -1,4 +1,5 @@
 // Two addresses that front ends give as text.
+#include "kestrove/codes.h"
 #include "kestrove/engine.h"
 #include "kestrove/iface.h"
 #include "kestrove/items.h"
@@ -23,7 +24,7 @@ constexpr char kNoUser[] = "--";
 void tellEngine() {
   ChangeSave save;
   save.run(save_shared_memory);
-  markPending(kPendingInterface);
+  markPending(SHM_CHANGE_INTERFACE);
   notifyKestrove();
   save.leaveCode();
 }

@@ -1,4 +1,5 @@
 #include "net/opmode/actions.h"
+#include "kestrove/codes.h"
 
 #include <stdio.h>
 #include <string.h>
@@ -29,7 +30,7 @@ Vlans vlansOn(const char* base, uint32_t lanId, uint32_t wanId) {
 }
 
 Vlans vlansBefore(int event, const char* base, const OpModeContext& context) {
-  if (event != kVlanChange) return vlansOn(base, context.lanVlanId, context.wanVlanId);
+  if (event != SHM_MODE_EVENT_VLAN_CHANGE) return vlansOn(base, context.lanVlanId, context.wanVlanId);
   if (context.lanVlanIdCopy == 0 && context.wanVlanIdCopy == 0) {
     return vlansOn(base, shm->config.lanVlanId, shm->config.wanVlanId);
   }
@@ -105,7 +106,7 @@ void removeVlans(const Ports& ports) { shm_vconfig_rem2(ports.base, ports.before
 void bridgeBase(const Ports& ports) { turnOnBridge(ports.base, ports.lan); }
 
 void bridgeBaseOfBridgingProduct(const Ports& ports) {
-  if (shm->config.productId != kUnbridgedProduct) bridgeBase(ports);
+  if (shm->config.productId != SHM_PRODUCT_UNBRIDGED) bridgeBase(ports);
 }
 
 void bridgeVlan(const Ports& ports) { turnOnBridge(ports.after.lan, ports.lan); }

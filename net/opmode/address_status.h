@@ -5,10 +5,8 @@
 
 namespace kestrove::opmode {
 
-enum AddressStatus : uint32_t { kApplied = 1, kNotApplied = 2 };
-
 // In the given operating mode. An interface that the mode does not use keeps its addresses without having them.
-AddressStatus addressStatus(uint32_t mode, int32_t interfaceKind);
+uint32_t addressStatus(uint32_t mode, int32_t interfaceKind);
 
 // False when its interface has no name or the kernel refuses; a refusal by netlink's acknowledgement does not count.
 bool applyAddress(const ManagementAddress& entry);

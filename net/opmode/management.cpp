@@ -2,6 +2,7 @@
 #include <string.h>
 #include <syslog.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/iface.h"
 #include "kestrove/ipv6.h"
 #include "kestrove/items.h"
@@ -23,9 +24,6 @@ ManagementAddress manAddrEnt = {};
 namespace kestrove {
 namespace {
 
-constexpr uint32_t kIpv4 = 4;
-constexpr uint32_t kIpv6 = 6;
-constexpr int kModeItem = 43;
 constexpr int kSmallestList = 16;
 
 int positionOf6(const uint8_t* address) {
@@ -38,8 +36,8 @@ int positionOf6(const uint8_t* address) {
 // The entry that an address collides with or means: the same IPv6 address in an entry of any family, or the first
 // IPv4 entry whose subnet holds the address. An unknown family sets its code and has none.
 int positionOf(const ManagementAddress& entry) {
-  if (entry.ipVersion == kIpv6) return positionOf6(entry.address6);
-  if (entry.ipVersion == kIpv4) return v4AddressIsLocal(entry.address);
+  if (entry.ipVersion == SHM_FAMILY_IPV6) return positionOf6(entry.address6);
+  if (entry.ipVersion == SHM_FAMILY_IPV4) return v4AddressIsLocal(entry.address);
   return fail(SHM_EINVAL);
 }
 
@@ -59,7 +57,7 @@ struct ParsedAddress {
     return isIpv6 || inet_pton(AF_INET, text, bytes) == 1;
   }
   bool matches(const ManagementAddress& entry) const {
-    if (isIpv6 != (entry.ipVersion == kIpv6)) return false;
+    if (isIpv6 != (entry.ipVersion == SHM_FAMILY_IPV6)) return false;
     return isIpv6 ? v6Match(entry.address6, bytes) == 1 : memcmp(&entry.address, bytes, sizeof entry.address) == 0;
   }
   bool isIpv6 = false;
@@ -67,7 +65,7 @@ struct ParsedAddress {
 };
 
 bool textOf(const ManagementAddress& entry, char* text, int size) {
-  if (entry.ipVersion == kIpv6) return ipv6_to_a(entry.address6, text, size) == 0;
+  if (entry.ipVersion == SHM_FAMILY_IPV6) return ipv6_to_a(entry.address6, text, size) == 0;
   return inet_ntop(AF_INET, &entry.address, text, static_cast<socklen_t>(size)) != nullptr;
 }
 
@@ -86,7 +84,8 @@ bool takeOff(const ManagementAddress& entry) {
   enum { kDelete6 = 1, kDelete4 = -1 };
   InterfaceName name;
   if (!interfaceName(entry.interfaceKind, name)) return false;
-  if (entry.ipVersion == kIpv6) return shm_if6config(name.text, entry.address6, entry.prefixLength6, kDelete6) == 0;
+  if (entry.ipVersion == SHM_FAMILY_IPV6)
+    return shm_if6config(name.text, entry.address6, entry.prefixLength6, kDelete6) == 0;
   return shm_netlinkConfig(name.text, entry.address, entry.mask, 0, kDelete4) == 0;
 }
 
@@ -107,8 +106,8 @@ int addManagementAddr(ManagementAddress* entry) {
   // A family that is neither 4 nor 6 sets its code here and is added all the same: kept on purpose.
   if (positionOf(*entry) >= 0) return fail(SHM_EEXIST);
   entry->status = addressStatus(shm->config.opModeState, entry->interfaceKind);
-  if (!configurationMode() && entry->status == kApplied && !applyAddress(*entry)) {
-    entry->status = kNotApplied;
+  if (!configurationMode() && entry->status == SHM_ADDRESS_APPLIED && !applyAddress(*entry)) {
+    entry->status = SHM_ADDRESS_KEPT;
     return fail(SHM_ESYSTEM);
   }
   appendAddress(*shm, *entry);
@@ -123,8 +122,8 @@ int removeManagementAddr(ManagementAddress* entry) {
   int index = positionOf(*entry);
   if (index < 0) return -1;
   // The search is the one that adding refuses by, and leaves its code: kept on purpose.
-  if (entry->ipVersion == kIpv6) shm_errno = SHM_EEXIST;
-  if (entry->status == kApplied && !takeOff(*entry)) return fail(SHM_ESYSTEM);
+  if (entry->ipVersion == SHM_FAMILY_IPV6) shm_errno = SHM_EEXIST;
+  if (entry->status == SHM_ADDRESS_APPLIED && !takeOff(*entry)) return fail(SHM_ESYSTEM);
   dropAddress(*shm, index);
   if (!configurationMode()) saveAndFreshen();
   return 0;
@@ -172,7 +171,7 @@ int getManagementAddressList(char* buffer, int size) {
   ManagementAddress entry;
   for (int i = 0; i < count && getManagementAddr(i, &entry) == 0; ++i) {
     char text[INET6_ADDRSTRLEN];
-    if (entry.status != kApplied || !textOf(entry, text, sizeof text)) continue;
+    if (entry.status != SHM_ADDRESS_APPLIED || !textOf(entry, text, sizeof text)) continue;
     if (!appendAddress(buffer, static_cast<size_t>(size), text)) break;
   }
   return 0;
@@ -180,6 +179,6 @@ int getManagementAddressList(char* buffer, int size) {
 
 int validateInterfaceStatus(int interfaceKind) {
   uint32_t mode = 0;
-  if (getKestroveConfigItem(kModeItem, &mode) != 0) return -1;
+  if (getKestroveConfigItem(SHM_ITEM_OPERATING_MODE, &mode) != 0) return -1;
   return static_cast<int>(addressStatus(mode, interfaceKind));
 }

@@ -1,4 +1,5 @@
 #include "net/opmode/reapply.h"
+#include "kestrove/codes.h"
 
 #include "kestrove/iface.h"
 #include "kestrove/ipv6.h"
@@ -16,7 +17,6 @@ using namespace kestrove::opmode;
 namespace {
 
 enum { kAddAddress = 0 };
-enum RouteStatus : uint32_t { kInactive = 1, kDisabled = 2, kActive = 3 };
 
 constexpr uint32_t kInUse = 1;
 
@@ -26,10 +26,10 @@ Slot* usedSlot(Slot (&slots)[SHM_ROUTES], uint32_t number) {
 }
 
 void installRoute6(Route6Entry& stored) {
-  if (stored.status == kDisabled) return;
+  if (stored.status == SHM_ROUTE_DISABLED) return;
   deleteKernelRoute6(&stored);
   Route6Entry route = stored;  // the interface found for it belongs into the request only
-  stored.status = gatewayIsLocal6(&route) == 1 && addKernelRoute6(&route) == 0 ? kActive : kInactive;
+  stored.status = gatewayIsLocal6(&route) == 1 && addKernelRoute6(&route) == 0 ? SHM_ROUTE_ACTIVE : SHM_ROUTE_INACTIVE;
 }
 
 void addAllRoutes6() {
@@ -48,7 +48,7 @@ int addAddressesToInterfaces(OpModeContext* context) {
   for (int i = 0; i < managementEntries(*shm); ++i) {
     ManagementAddress& entry = shm->managementAddress[i];
     entry.status = addressStatus(context->mode, entry.interfaceKind);
-    if (entry.status == kApplied && !applyAddress(entry)) entry.status = kNotApplied;
+    if (entry.status == SHM_ADDRESS_APPLIED && !applyAddress(entry)) entry.status = SHM_ADDRESS_KEPT;
   }
   return 0;
 }

@@ -1,4 +1,5 @@
 // Events of the operating modes, dispatched by the stored mode.
+#include "kestrove/codes.h"
 #include "kestrove/engine.h"
 #include "kestrove/opmode.h"
 #include "kestrove/persistence.h"
@@ -22,12 +23,12 @@ void fill(int event, OpModeContext& context) {
   context.word5 = context.word6 = 0;
   context.mode = config.opModeState;
   context.l7Mode = context.l7ModeCopy = config.opModeSubState;
-  if (event == kVlanChange) return;  // the caller's ids
+  if (event == SHM_MODE_EVENT_VLAN_CHANGE) return;  // the caller's ids
   context.wanVlanId = context.wanVlanIdCopy = config.wanVlanId;
   context.lanVlanId = context.lanVlanIdCopy = config.lanVlanId;
 }
 
-bool changesMode(int event) { return event > kPoweredOn && event <= kVlanChange; }
+bool changesMode(int event) { return event > SHM_MODE_EVENT_POWERED_ON && event <= SHM_MODE_EVENT_VLAN_CHANGE; }
 
 // Debug Mode leaves the routes alone, but not the addresses that went with the interfaces.
 void reapply() {
@@ -37,7 +38,7 @@ void reapply() {
 }
 
 void tellEngine() {
-  markPending(kPendingOpMode);
+  markPending(SHM_CHANGE_MODE);
   notifyKestrove();
 }
 
@@ -50,7 +51,7 @@ int OpModeState(int event, OpModeContext* context) {
   HeldByCaller held(context->locked != 0 && shm_lock_count > 0);
   if (!lock || !attachStore()) return -1;
   uint32_t mode = shm->config.opModeState;
-  if (mode >= kModes || event < 0 || event > kLastEvent) return fail(SHM_EINVAL);
+  if (mode >= kModes || event < 0 || event > SHM_MODE_EVENT_DNS) return fail(SHM_EINVAL);
   fill(event, *context);
   kHandlers[mode](event, context);
   addAddressesToInterfaces(context);

@@ -1,6 +1,7 @@
 // The transitions as a table, and the handlers that walk it.
 #include <syslog.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/opmode.h"
 #include "net/opmode/actions.h"
 #include "net/opmode/modes.h"
@@ -18,43 +19,52 @@ constexpr int kMostActions = 10;
 constexpr uint32_t kApplicationModes = 4;
 
 struct Transition {
-  Mode mode;
+  uint32_t mode;
   int event;
-  Mode newMode;
+  uint32_t newMode;
   Action actions[kMostActions];  // up to the first null one
 };
 
 constexpr Transition kTransitions[] = {
-    {kDual, kPoweredOn, kDual, {clearPhysical, bridgeBaseOfBridgingProduct, usePhysicalNames}},
-    {kDual, kSingleOn, kSingle, {unbridgeBase, addVlans, clearVlansAroundPort, bridgeVlan, useVlanNames}},
-    {kSingle, kPoweredOn, kSingle, {clearPhysical, addVlans, clearVlansAroundPort, bridgeVlan, useVlanNames}},
-    {kSingle,
-     kSingleOff,
-     kDual,
+    {SHM_MODE_DUAL,
+     SHM_MODE_EVENT_POWERED_ON,
+     SHM_MODE_DUAL,
+     {clearPhysical, bridgeBaseOfBridgingProduct, usePhysicalNames}},
+    {SHM_MODE_DUAL,
+     SHM_MODE_EVENT_SINGLE_ON,
+     SHM_MODE_SINGLE,
+     {unbridgeBase, addVlans, clearVlansAroundPort, bridgeVlan, useVlanNames}},
+    {SHM_MODE_SINGLE,
+     SHM_MODE_EVENT_POWERED_ON,
+     SHM_MODE_SINGLE,
+     {clearPhysical, addVlans, clearVlansAroundPort, bridgeVlan, useVlanNames}},
+    {SHM_MODE_SINGLE,
+     SHM_MODE_EVENT_SINGLE_OFF,
+     SHM_MODE_DUAL,
      {unbridgeVlan, takeDownVlansAroundPort, removeVlans, clearPhysical, bridgeBase, usePhysicalNames}},
-    {kSingle,
-     kPolicyRoutingOn,
-     kPolicyRouting,
+    {SHM_MODE_SINGLE,
+     SHM_MODE_EVENT_PBR_ON,
+     SHM_MODE_POLICY_ROUTING,
      {logPolicyRoutingOn, unbridgeBase, giveLanAddress, giveWanAddress, forward, routeByPolicy, useVlanNames}},
-    {kSingle,
-     kVlanChange,
-     kSingle,
+    {SHM_MODE_SINGLE,
+     SHM_MODE_EVENT_VLAN_CHANGE,
+     SHM_MODE_SINGLE,
      {unbridgeVlan, takeDownVlansThenPort, removeVlans, addVlans, clearVlansThenPort, bridgeVlan, useVlanNames}},
-    {kPolicyRouting,
-     kPoweredOn,
-     kPolicyRouting,
+    {SHM_MODE_POLICY_ROUTING,
+     SHM_MODE_EVENT_POWERED_ON,
+     SHM_MODE_POLICY_ROUTING,
      {clearPhysical, addVlans, giveLanAddress, giveWanAddress, forward, routeByPolicy, markPolicyRoutesSet}},
-    {kPolicyRouting,
-     kSingleOff,
-     kDual,
+    {SHM_MODE_POLICY_ROUTING,
+     SHM_MODE_EVENT_SINGLE_OFF,
+     SHM_MODE_DUAL,
      {resetPolicy, stopForwarding, takeDownVlansThenPort, removeVlans, clearPhysical, bridgeBase, usePhysicalNames}},
-    {kPolicyRouting,
-     kPolicyRoutingOff,
-     kSingle,
+    {SHM_MODE_POLICY_ROUTING,
+     SHM_MODE_EVENT_PBR_OFF,
+     SHM_MODE_SINGLE,
      {stopForwarding, resetPolicy, bridgeVlan, useVlanNames, forgetGateways}},
-    {kPolicyRouting,
-     kVlanChange,
-     kPolicyRouting,
+    {SHM_MODE_POLICY_ROUTING,
+     SHM_MODE_EVENT_VLAN_CHANGE,
+     SHM_MODE_POLICY_ROUTING,
      {stopForwarding, resetPolicy, takeDownVlansThenPort, removeVlans, addVlans, giveLanAddress, giveWanAddress,
       forward, routeByPolicy, useVlanNames}},
 };
@@ -64,18 +74,19 @@ struct ModeRow {
   int lastAddressChange;  // the last event that it hands to appNetConfigChange
 };
 
-constexpr ModeRow kModeRows[kModes] = {
-    {nullptr, kManagementChange}, {"opModeSingleOnly", kManagementChange}, {"opModeSinglePBR", kLanGateway}};
+constexpr ModeRow kModeRows[kModes] = {{nullptr, SHM_MODE_EVENT_INBAND_MANAGEMENT},
+                                       {"opModeSingleOnly", SHM_MODE_EVENT_INBAND_MANAGEMENT},
+                                       {"opModeSinglePBR", SHM_MODE_EVENT_LAN_GATEWAY}};
 
 struct AddressChange {
   int event;
   Action action;
 };
 
-constexpr AddressChange kAddressChanges[] = {{kWanAddress, giveWanAddress},
-                                             {kLanAddress, giveLanAddress},
-                                             {kWanGateway, routeByPolicy},
-                                             {kLanGateway, routeByPolicy}};
+constexpr AddressChange kAddressChanges[] = {{SHM_MODE_EVENT_WAN_ADDRESS, giveWanAddress},
+                                             {SHM_MODE_EVENT_LAN_ADDRESS, giveLanAddress},
+                                             {SHM_MODE_EVENT_WAN_GATEWAY, routeByPolicy},
+                                             {SHM_MODE_EVENT_LAN_GATEWAY, routeByPolicy}};
 
 Action addressChange(int event) {
   for (const AddressChange& change : kAddressChanges) {
@@ -85,7 +96,7 @@ Action addressChange(int event) {
 }
 
 int changeAddress(int event, OpModeContext* context) {
-  Action action = context->mode == kPolicyRouting ? addressChange(event) : nullptr;
+  Action action = context->mode == SHM_MODE_POLICY_ROUTING ? addressChange(event) : nullptr;
   if (!action) return 0;
   if (!attachStore()) return -1;
   action(portsOf(event, *context));
@@ -118,9 +129,9 @@ const char* loggedName(int event) {
 }
 
 void handOn(const ModeRow& row, int event, OpModeContext& context) {
-  if (event >= kFirstApplication && event <= kLastApplication) {
+  if (event >= SHM_MODE_EVENT_SQUID_ON && event <= SHM_MODE_EVENT_DOMO_OFF) {
     appAccelerationModeChange(event, &context);
-  } else if (event >= kFirstAddressChange && event <= row.lastAddressChange) {
+  } else if (event >= SHM_MODE_EVENT_OUTBAND_MANAGEMENT && event <= row.lastAddressChange) {
     appNetConfigChange(event, &context);
   } else if (row.logName) {
     syslog(LOG_ERR, "%s: EVENT %s error", row.logName, loggedName(event));
@@ -128,7 +139,7 @@ void handOn(const ModeRow& row, int event, OpModeContext& context) {
 }
 
 // An event without a transition needs no store.
-int handle(Mode mode, int event, OpModeContext* context) {
+int handle(uint32_t mode, int event, OpModeContext* context) {
   if (!context) return fail(SHM_EINVAL);
   const ModeRow& row = kModeRows[mode];
   if (row.logName) syslog(LOG_DEBUG, "%s event:%d", row.logName, event);
@@ -146,9 +157,9 @@ int handle(Mode mode, int event, OpModeContext* context) {
 
 bool opmode::handles(uint32_t mode, int event) { return find(mode, event) != nullptr; }
 
-int opModeDualIf(int event, OpModeContext* context) { return handle(kDual, event, context); }
-int opModeSingleOnly(int event, OpModeContext* context) { return handle(kSingle, event, context); }
-int opModeSinglePBR(int event, OpModeContext* context) { return handle(kPolicyRouting, event, context); }
+int opModeDualIf(int event, OpModeContext* context) { return handle(SHM_MODE_DUAL, event, context); }
+int opModeSingleOnly(int event, OpModeContext* context) { return handle(SHM_MODE_SINGLE, event, context); }
+int opModeSinglePBR(int event, OpModeContext* context) { return handle(SHM_MODE_POLICY_ROUTING, event, context); }
 
 int appAccelerationModeChange(int event, OpModeContext* context) {
   if (!context) return fail(SHM_EINVAL);

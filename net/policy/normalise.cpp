@@ -1,4 +1,5 @@
 #include "net/policy/normalise.h"
+#include "kestrove/codes.h"
 
 #include <string.h>
 
@@ -8,11 +9,6 @@
 namespace kestrove {
 namespace {
 
-constexpr uint32_t kAnyFamily = 1;
-constexpr uint32_t kIpv4 = 4;
-constexpr uint32_t kIpv6 = 6;
-constexpr uint32_t kUdp = 17;
-constexpr uint32_t kActive = 3;
 constexpr uint32_t kAddressBytes = 16;
 
 void clearIpv4(FilterRule& rule) { rule.srcAddr = rule.srcMask = rule.dstAddr = rule.dstMask = 0; }
@@ -35,12 +31,12 @@ void cutToPrefix(uint8_t (&address)[kAddressBytes], uint32_t prefixLength) {
 }  // namespace
 
 void clearOtherFamilies(FilterRule& rule) {
-  if (rule.ipVersion == kIpv4 || rule.ipVersion == kAnyFamily) clearIpv6(rule);
-  if (rule.ipVersion == kIpv6 || rule.ipVersion == kAnyFamily) clearIpv4(rule);
+  if (rule.ipVersion == SHM_FAMILY_IPV4 || rule.ipVersion == SHM_FAMILY_ANY) clearIpv6(rule);
+  if (rule.ipVersion == SHM_FAMILY_IPV6 || rule.ipVersion == SHM_FAMILY_ANY) clearIpv4(rule);
 }
 
 bool masksAreValid(const FilterRule& rule) {
-  if (rule.ipVersion != kIpv4) return true;
+  if (rule.ipVersion != SHM_FAMILY_IPV4) return true;
   return validateNetmask(&rule.dstMask) == 0 && validateNetmask(&rule.srcMask) == 0;
 }
 
@@ -50,15 +46,15 @@ void raiseBandwidth(FilterRule& rule) {
 }
 
 void reduceActiveRule(FilterRule& rule) {
-  if (rule.ruleAction != kActive) return;
-  if (rule.ipVersion == kIpv4) {
+  if (rule.ruleAction != SHM_RULE_ACTIVE) return;
+  if (rule.ipVersion == SHM_FAMILY_IPV4) {
     rule.srcAddr &= rule.srcMask;
     rule.dstAddr &= rule.dstMask;
-  } else if (rule.ipVersion == kIpv6) {
+  } else if (rule.ipVersion == SHM_FAMILY_IPV6) {
     cutToPrefix(rule.srcAddr6, rule.srcPrefixLen6);
     cutToPrefix(rule.dstAddr6, rule.dstPrefixLen6);
   }
-  if (rule.proto == kUdp) rule.accel = SHM_OFF;
+  if (rule.proto == SHM_PROTO_UDP) rule.accel = SHM_OFF;
 }
 
 }  // namespace kestrove

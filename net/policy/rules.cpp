@@ -1,4 +1,5 @@
 #include "kestrove/rules.h"
+#include "kestrove/codes.h"
 
 #include "kestrove/engine.h"
 #include "kestrove/persistence.h"
@@ -26,7 +27,7 @@ int checkEditable(int position) {
 }
 
 void tellEngine() {
-  markPending(kPendingRules);
+  markPending(SHM_CHANGE_RULES);
   notifyKestrove();
 }
 

@@ -14,6 +14,7 @@
 #include <stddef.h>
 #include <string.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/persistence.h"
 #include "store/change_save.h"
 #include "store/fail.h"
@@ -21,8 +22,6 @@
 #include "store/mode.h"
 
 namespace kestrove {
-
-enum RouteStatus : uint32_t { kRouteInactive = 1, kRouteDisabled = 2, kRouteActive = 3 };
 
 // The saves of one operation, put together at its end.
 class DeferredSave {
@@ -55,13 +54,14 @@ inline bool kernelFollows() { return !configurationMode() && !debugMode(); }
 template <typename Family>
 bool settleRoute(typename Family::Record* stored, typename Family::Given& route) {
   if (!stored) return false;
-  if (kernelFollows() && stored->status == kRouteActive && !Family::install(route)) stored->status = kRouteInactive;
+  if (kernelFollows() && stored->status == SHM_ROUTE_ACTIVE && !Family::install(route))
+    stored->status = SHM_ROUTE_INACTIVE;
   return true;
 }
 
 template <typename Family>
 bool leavesKernel(const typename Family::Record& route) {
-  return debugMode() || route.status != kRouteActive || Family::uninstall(route) >= 0;
+  return debugMode() || route.status != SHM_ROUTE_ACTIVE || Family::uninstall(route) >= 0;
 }
 
 template <typename Family>
@@ -82,7 +82,7 @@ int deleteRoute(const typename Family::Record& key) {
   typename Family::Record* route = Family::list().find(key);
   if (!route) return fail(SHM_ENOENT);
   if (!leavesKernel<Family>(*route)) {
-    route->status = kRouteInactive;
+    route->status = SHM_ROUTE_INACTIVE;
     return -1;
   }
   Family::unlink(key);
@@ -100,7 +100,7 @@ int replaceMarked(const typename Family::Record& key, typename Family::Given& ro
   if (!old) return fail(SHM_ENOENT);
   if (!leavesKernel<Family>(*old)) {
     save.now();
-    old->status = kRouteInactive;
+    old->status = SHM_ROUTE_INACTIVE;
     return fail(SHM_ESYSTEM);
   }
   save.mark();
@@ -157,7 +157,7 @@ int freshenRoutes() {
   const typename Family::Record* slot = Family::list().first();
   for (uint32_t step = 0; slot && step < Family::kSlots; ++step) {
     typename Family::Record route = *slot;
-    route.status = kRouteActive;
+    route.status = SHM_ROUTE_ACTIVE;
     replaceMarked<Family>(route, route, save);
     slot = Family::list().next(route);
   }

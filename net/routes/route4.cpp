@@ -1,3 +1,4 @@
+#include "kestrove/codes.h"
 #include "kestrove/routes.h"
 #include "kestrove/text.h"
 #include "net/routes/operations.h"
@@ -85,9 +86,9 @@ int addAllRoutes(void) {
   if (!lock) return -1;
   RouteEntry* route = Routes4::list().first();
   for (uint32_t step = 0; route && step < SHM_ROUTES; ++step) {
-    if (route->status != kRouteDisabled) {
+    if (route->status != SHM_ROUTE_DISABLED) {
       deleteKernelRoute(route);
-      route->status = Routes4::install(*route) ? kRouteActive : kRouteInactive;
+      route->status = Routes4::install(*route) ? SHM_ROUTE_ACTIVE : SHM_ROUTE_INACTIVE;
     }
     route = Routes4::list().next(*route);
   }
