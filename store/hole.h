@@ -6,6 +6,11 @@
 #include "store/bounds.h"
 #include "store/journal.h"
 
+// Nearly every processor that runs the 32-bit library has them as well, but not every one must.
+#if defined(__i386__) && !defined(__SSE2__)
+#define KESTROVE_ASK_FOR_WIDE_REGISTERS
+#endif
+
 namespace kestrove {
 
 // The hole of a note that stands in the journal: as many words as a record has that count for nothing, and what stands
@@ -22,11 +27,10 @@ class Hole {
 
   void moveTo(uint32_t record) {
     size_t end = wordOf(record);
-    if (hole_ < end) {
-      moveUp(end);
-    } else {
-      moveDown(end);
-    }
+#ifdef KESTROVE_ASK_FOR_WIDE_REGISTERS
+    if (__builtin_cpu_supports("sse2")) return moveWide(end);
+#endif
+    move(end);
   }
 
  private:
@@ -35,6 +39,22 @@ class Hole {
   static constexpr size_t kLine = 64 / kWord;
   static constexpr size_t kStep = kLine <= kRecord ? kLine : 1;
   static_assert(sizeof(Record) % kWord == 0);
+
+#ifdef KESTROVE_ASK_FOR_WIDE_REGISTERS
+  [[gnu::target("sse2"), gnu::flatten]] void moveWide(size_t end) {
+    Hole inRegisters = *this;
+    inRegisters.move(end);
+    *this = inRegisters;
+  }
+#endif
+
+  void move(size_t end) {
+    if (hole_ < end) {
+      moveUp(end);
+    } else {
+      moveDown(end);
+    }
+  }
 
   bool lineStartsAt(size_t word) const { return reinterpret_cast<uintptr_t>(bytes_ + word * kWord) % 64 == 0; }
 
@@ -66,7 +86,7 @@ class Hole {
     journal_.progress(note_);
   }
 
-  // Through registers, as wide as every processor has them.
+  // Through registers, as wide as the processor has them.
   template <size_t N>
   void copy(size_t to, size_t from) {
     using Piece = uint32_t __attribute__((vector_size(N == 1 ? 4 : 16), aligned(4), may_alias));
