@@ -41,14 +41,22 @@ Route6Entry route6(uint32_t n) {
   return route;
 }
 
+// All of them, made once: making them is not what is measured.
+template <typename Record>
+std::array<Record, kRoutes> all(Record (*route)(uint32_t n)) {
+  std::array<Record, kRoutes> routes;
+  for (uint32_t n = 0; n < kRoutes; ++n) routes[n] = route(n);
+  return routes;
+}
+
 struct Table4 {
   static void empty() {
     for (RouteEntry& slot : shm->routes.slot) slot.inUse = slot.next = SHM_NO_SLOT;
     shm->routes.head = 0;
   }
   static bool add(uint32_t n) {
-    RouteEntry route = route4(n);
-    return addUserRoute(&route) == 0;
+    static const auto routes = all(route4);
+    return addUserRoute(&routes[n]) == 0;
   }
   static uint32_t walk() {
     RouteEntry route;
@@ -71,8 +79,8 @@ struct Table6 {
     shm->routes6.head6 = 0;
   }
   static bool add(uint32_t n) {
-    Route6Entry route = route6(n);
-    return addUserRoute6(&route) == 0;
+    static auto routes = all(route6);
+    return addUserRoute6(&routes[n]) == 0;
   }
   static uint32_t walk() {
     Route6Entry route;
