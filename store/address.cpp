@@ -49,7 +49,8 @@ int canonicalizeIpv4Text(char* text) {
   return 0;
 }
 
-bool maskOctet(uint8_t octet) { return (static_cast<uint8_t>(~octet) & static_cast<uint8_t>(~octet + 1)) == 0; }
+// Ones from the top and zeros behind them: the complement is one less than a power of two.
+bool contiguous(uint32_t mask) { return (~mask & (~mask + 1)) == 0; }
 
 bool unicast(uint32_t address) {
   uint32_t host = ntohl(address);
@@ -73,14 +74,9 @@ int parseIpv4Address(char* text, uint32_t* out) {
 // The code is that of an invalid argument, not that of a bad mask: kept on purpose.
 int validateNetmask(const uint32_t* mask) {
   if (!mask) return fail(SHM_EINVAL);
-  uint8_t octets[kOctets];
-  memcpy(octets, mask, sizeof octets);
-  bool ended = false;
-  for (uint8_t octet : octets) {
-    if (ended ? octet != 0 : !maskOctet(octet)) return fail(SHM_EINVAL);
-    ended = ended || octet != 255;
-  }
-  return 0;
+  uint32_t word;
+  memcpy(&word, mask, sizeof word);
+  return contiguous(ntohl(word)) ? 0 : fail(SHM_EINVAL);
 }
 
 int validateManagementAddress(char* text, uint32_t* out) {

@@ -20,7 +20,7 @@ class ListMemory {
 
   // Finds the place behind all slots that stand before something, and how many those are.
   template <typename Before>
-  uint32_t search(Before before) {
+  [[gnu::noinline]] uint32_t search(Before before) {
     const uint16_t* base = slots_;
     uint32_t left = count_;
     while (left >= kParts) {
@@ -29,9 +29,9 @@ class ListMemory {
       base += passed * part;
       left = passed == kParts - 1 ? left - passed * part : part;
     }
-    uint32_t passed = 0;
-    for (uint32_t i = 0; i < kParts - 1; ++i) passed += uint32_t{i < left} & before(base[i < left ? i : 0]);
-    base += passed;
+    uint32_t last = left - uint32_t{left != 0}, passed = 0;
+    for (uint32_t i = 0; i < kParts - 1; ++i) passed += before(base[i < last ? i : last]);  // the last may answer often
+    base += passed < left ? passed : left;
     place_ = static_cast<uint32_t>(base - slots_);
     return place_;
   }
