@@ -55,7 +55,7 @@ format-check: ## fails when a source is not formatted
 lint: ## runs clang-tidy over the library and the programs
 	@scripts/setup build tools lint
 	@cmake --preset dev >/dev/null
-	@find sys store config events users stats state net tools -name '*.cpp' | \
+	@find src tools -name '*.cpp' | \
 	  xargs -P "$$(nproc)" -n 4 clang-tidy --quiet -p build/dev 2>/dev/null
 
 setup: ## installs the Debian packages that a build needs

@@ -11,7 +11,7 @@
 
 #include "bench/turns.h"
 #include "kestrove/kestrove.h"
-#include "store/fresh.h"
+#include "lifecycle/fresh.h"
 #include "store/text.h"
 #include "sys/format.h"
 #include "sys/replace.h"

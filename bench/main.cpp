@@ -7,7 +7,7 @@
 
 #include "bench/fresh_process.h"
 #include "kestrove/kestrove.h"
-#include "store/fresh.h"
+#include "lifecycle/fresh.h"
 #include "store/segment.h"
 #include "store/text.h"
 

@@ -10,7 +10,7 @@
 #include "bench/floors.h"
 #include "bench/turns.h"
 #include "kestrove/kestrove.h"
-#include "store/fresh.h"
+#include "lifecycle/fresh.h"
 #include "sys/interface_address.h"
 #include "sys/interface_request.h"
 

@@ -1,7 +1,7 @@
 // A process that dies between any two instructions of a change of rules, users or addresses.
 #include <string.h>
 
-#include "store/fresh.h"
+#include "lifecycle/fresh.h"
 #include "store/journal.h"
 #include "tests/store/death_fixture.h"
 #include "tests/support/kernel.h"

@@ -1,4 +1,4 @@
-#include "store/short_version.h"
+#include "lifecycle/short_version.h"
 
 #include <gtest/gtest.h>
 

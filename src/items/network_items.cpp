@@ -1,0 +1,124 @@
+#include <stddef.h>
+
+#include "items/effects.h"
+#include "kestrove/codes.h"
+#include "kestrove/iface.h"
+#include "kestrove/items.h"
+#include "kestrove/routes.h"
+#include "kestrove/system.h"
+#include "kestrove/text.h"
+#include "store/interface_names.h"
+#include "store/lock.h"
+
+namespace kestrove {
+namespace {
+
+// An address of the configuration record. All are stored in network byte order.
+struct NetworkItem {
+  uint8_t id = 0;
+  uint16_t place = 0;
+  bool netmask = false;         // refuses 0 and masks with holes
+  bool dropsWanArp = false;     // the WAN gateway's ARP entry goes before the change
+  uint32_t pendingWithPbr = 0;  // change bit, with a signal, while policy routing is on
+  uint8_t modeEvent = 0;        // 0: none
+  void (*action)() = nullptr;
+};
+
+void refreshServers() { refresh_userinterface_apps(); }
+
+void readdressWanPort() {
+  const ConfigRecord& config = shm->config;
+  InterfaceName name;
+  physicalInterfaceName(SHM_IF_WAN, name);
+  shm_ifconfig(name.text, config.wanIpAddress, config.wanIpAddressMask, config.wanBroadcastAddress);
+}
+
+#define FIELD(name) .place = offsetof(ConfigRecord, name)
+
+constexpr NetworkItem kNetworkItems[] = {
+    {.id = SHM_NET_MANAGEMENT_ADDRESS,
+     FIELD(managementAddress),
+     .pendingWithPbr = SHM_CHANGE_MANAGEMENT,
+     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT,
+     .action = refreshServers},
+    {.id = SHM_NET_MANAGEMENT_MASK,
+     FIELD(managementAddressMask),
+     .netmask = true,
+     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT},
+    {.id = SHM_NET_MANAGEMENT_BROADCAST,
+     FIELD(managementBroadcastAddress),
+     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT},
+    {.id = SHM_NET_LAN_ADDRESS, FIELD(lanIpAddress), .modeEvent = SHM_MODE_EVENT_LAN_ADDRESS},
+    {.id = SHM_NET_LAN_MASK, FIELD(lanIpAddressMask), .modeEvent = SHM_MODE_EVENT_LAN_MASK},
+    {.id = SHM_NET_LAN_BROADCAST, FIELD(lanBroadcastAddress), .modeEvent = SHM_MODE_EVENT_LAN_ADDRESS},
+    {.id = SHM_NET_WAN_ADDRESS, FIELD(wanIpAddress), .modeEvent = SHM_MODE_EVENT_WAN_ADDRESS},
+    {.id = SHM_NET_WAN_MASK, FIELD(wanIpAddressMask), .modeEvent = SHM_MODE_EVENT_WAN_MASK},
+    {.id = SHM_NET_WAN_BROADCAST, FIELD(wanBroadcastAddress), .modeEvent = SHM_MODE_EVENT_WAN_ADDRESS},
+    {.id = SHM_NET_MANAGEMENT_MASK_2,
+     FIELD(managementAddressMask),
+     .netmask = true,
+     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT},
+    {.id = SHM_NET_MANAGEMENT_BROADCAST_2,
+     FIELD(managementBroadcastAddress),
+     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT},
+    // It is the WAN gateway's ARP entry that goes with a new LAN gateway: kept on purpose.
+    {.id = SHM_NET_LAN_GATEWAY, FIELD(lanGateway), .dropsWanArp = true, .modeEvent = SHM_MODE_EVENT_LAN_GATEWAY},
+    {.id = SHM_NET_WAN_GATEWAY, FIELD(wanGateway), .dropsWanArp = true, .action = readdressWanPort},
+};
+#undef FIELD
+
+const NetworkItem* findItem(int id) {
+  for (const NetworkItem& item : kNetworkItems) {
+    if (item.id == id) return &item;
+  }
+  return nullptr;
+}
+
+uint32_t& fieldOf(const NetworkItem& item) {
+  return *reinterpret_cast<uint32_t*>(reinterpret_cast<char*>(&shm->config) + item.place);
+}
+
+bool usableMask(uint32_t mask) { return mask != 0 && validateNetmask(&mask) == 0; }
+
+// The system's own failures do not fail the item: the address is stored, and the next event applies it again.
+int applyChange(const NetworkItem& item, uint32_t source, const char* user) {
+  if (shm->config.pbrOperState == SHM_ON) tellEngine(item.pendingWithPbr);
+  if (item.modeEvent != 0) {
+    OpModeContext context = heldContext();
+    OpModeState(item.modeEvent, &context);
+  }
+  if (item.action) item.action();
+  ChangeSave save;
+  save.run(save_shared_memory);
+  freshenRouteTable(source, user);
+  return save.result();
+}
+
+}  // namespace
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int getNetworkConfigItem(int id, uint32_t* out) {
+  if (!out) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  const NetworkItem* item = findItem(id);
+  if (!item) return fail(SHM_EINVAL);
+  *out = fieldOf(*item);
+  return 0;
+}
+
+int setNetworkConfigItem(int id, const uint32_t* value, uint32_t source, const char* user) {
+  if (!value) return fail(SHM_EINVAL);
+  StoreLock lock;
+  if (!lock) return -1;
+  const NetworkItem* item = findItem(id);
+  if (!item) return fail(SHM_EINVAL);
+  if (item->netmask && !usableMask(*value)) return fail(SHM_EMASK);
+  if (fieldOf(*item) == *value) return 0;
+  bool apply = !configurationMode();
+  if (apply && item->dropsWanArp) delArpEntry(shm->config.wanGateway);
+  fieldOf(*item) = *value;
+  return apply ? applyChange(*item, source, user) : 0;
+}
