@@ -2,10 +2,13 @@
 #include "kestrove/codes.h"
 
 #include "kestrove/iface.h"
-#include "net/opmode/modes.h"
+#include "kestrove/opmode.h"
+#include "store/bounds.h"
+#include "store/fail.h"
 #include "store/interface_names.h"
+#include "store/segment.h"
 
-namespace kestrove::opmode {
+namespace kestrove {
 namespace {
 
 enum { kAdd6 = 0, kAdd4 = 1 };
@@ -33,4 +36,17 @@ bool applyAddress(const ManagementAddress& entry) {
   return shm_netlinkConfig(name.text, entry.address, entry.mask, 0, kAdd4) == 0 && set_iface_up(name.text) == 0;
 }
 
-}  // namespace kestrove::opmode
+}  // namespace kestrove
+
+using namespace kestrove;
+
+int addAddressesToInterfaces(OpModeContext* context) {
+  if (!context) return fail(SHM_EINVAL);
+  if (!attachStore()) return -1;
+  for (int i = 0; i < managementEntries(*shm); ++i) {
+    ManagementAddress& entry = shm->managementAddress[i];
+    entry.status = addressStatus(context->mode, entry.interfaceKind);
+    if (entry.status == SHM_ADDRESS_APPLIED && !applyAddress(entry)) entry.status = SHM_ADDRESS_KEPT;
+  }
+  return 0;
+}

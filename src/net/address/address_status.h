@@ -3,7 +3,7 @@
 
 #include "kestrove/layout.h"
 
-namespace kestrove::opmode {
+namespace kestrove {
 
 // In the given operating mode. An interface that the mode does not use keeps its addresses without having them.
 uint32_t addressStatus(uint32_t mode, int32_t interfaceKind);
@@ -11,4 +11,4 @@ uint32_t addressStatus(uint32_t mode, int32_t interfaceKind);
 // False when its interface has no name or the kernel refuses; a refusal by netlink's acknowledgement does not count.
 bool applyAddress(const ManagementAddress& entry);
 
-}  // namespace kestrove::opmode
+}  // namespace kestrove

@@ -93,7 +93,6 @@ bool takeOff(const ManagementAddress& entry) {
 }  // namespace kestrove
 
 using namespace kestrove;
-using namespace kestrove::opmode;
 
 int addManagementAddr(ManagementAddress* entry) {
   if (!entry) return fail(SHM_EINVAL);

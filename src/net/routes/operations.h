@@ -2,6 +2,7 @@
 //
 // A family names what differs:
 //   Record                   the route; its inUse and next belong to the table
+//   its order                as sorted_list.h wants it
 //   Given                    a caller's route: const where the operations leave it alone
 //   list()                   the table as a sorted list
 //   unlink(key)              take the route with that key off the list
@@ -140,6 +141,20 @@ int getNextRoute(const typename Family::Record& key, typename Family::Record* ou
   if (!out) return fail(SHM_EINVAL);
   StoreLock lock;
   return lock ? giveRoute(out, Family::list().next(key)) : -1;
+}
+
+// Brings every route but the disabled ones into the kernel anew. Under the lock.
+template <typename Family>
+void installRoutes() {
+  typename Family::Record* stored = Family::list().first();
+  for (uint32_t step = 0; stored && step < Family::kSlots; ++step) {
+    if (stored->status != SHM_ROUTE_DISABLED) {
+      Family::uninstall(*stored);
+      typename Family::Record route = *stored;  // what is found for the request does not belong into the table
+      stored->status = Family::install(route) ? SHM_ROUTE_ACTIVE : SHM_ROUTE_INACTIVE;
+    }
+    stored = Family::list().next(*stored);
+  }
 }
 
 // The code of a walk that came to its end, which does not fail.

@@ -14,8 +14,9 @@ constexpr uint32_t kIpv4 = 4;
 
 // Masks and addresses are compared as the words that lie in the store, so among equal masks the last byte of the
 // address counts most: kept on purpose, other programs walk the same list.
-struct Order4 {
+struct Routes4 {
   using Record = RouteEntry;
+  using Given = const RouteEntry;
   using Notes = RouteNotes;
   static constexpr uint32_t kSlots = SHM_ROUTES;
   static constexpr uint32_t kEmptyHead = 0;
@@ -24,14 +25,9 @@ struct Order4 {
   static bool same(const RouteEntry& a, const RouteEntry& b) {
     return a.netmask == b.netmask && a.destination == b.destination;
   }
-};
 
-struct Routes4 {
-  using Record = RouteEntry;
-  using Given = const RouteEntry;
-  static constexpr uint32_t kSlots = SHM_ROUTES;
-  static SortedList<Order4> list() {
-    static SortedList<Order4>::Memory memory;
+  static SortedList<Routes4> list() {
+    static SortedList<Routes4>::Memory memory;
     return {shm->routes.head, shm->routes.slot, memory, RouteNotes(*shm, Work::kRouteLinking)};
   }
   static void unlink(const RouteEntry& key) { list().unlink(key); }
@@ -84,14 +80,7 @@ int freshenRouteTable(uint32_t, const char*) { return freshenRoutes<Routes4>(); 
 int addAllRoutes(void) {
   StoreLock lock;
   if (!lock) return -1;
-  RouteEntry* route = Routes4::list().first();
-  for (uint32_t step = 0; route && step < SHM_ROUTES; ++step) {
-    if (route->status != SHM_ROUTE_DISABLED) {
-      deleteKernelRoute(route);
-      route->status = Routes4::install(*route) ? SHM_ROUTE_ACTIVE : SHM_ROUTE_INACTIVE;
-    }
-    route = Routes4::list().next(*route);
-  }
+  installRoutes<Routes4>();
   return endOfWalk();
 }
 

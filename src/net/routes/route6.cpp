@@ -2,6 +2,7 @@
 #include <string.h>
 
 #include "kestrove/ipv6.h"
+#include "net/all_routes.h"
 #include "net/routes/operations.h"
 #include "net/routes/sorted_list.h"
 #include "store/bounds.h"
@@ -15,8 +16,9 @@ namespace {
 constexpr uint32_t kIpv6 = 6;
 
 // Unlike IPv4, the bytes of the address are compared in their natural order.
-struct Order6 {
+struct Routes6 {
   using Record = Route6Entry;
+  using Given = Route6Entry;
   using Notes = RouteNotes;
   static constexpr uint32_t kSlots = SHM_ROUTES6;
   static constexpr uint32_t kEmptyHead = SHM_NO_SLOT;
@@ -33,14 +35,9 @@ struct Order6 {
   static bool same(const Route6Entry& a, const Route6Entry& b) {
     return a.prefixLength == b.prefixLength && v6Match(a.destination, b.destination);
   }
-};
 
-struct Routes6 {
-  using Record = Route6Entry;
-  using Given = Route6Entry;
-  static constexpr uint32_t kSlots = SHM_ROUTES6;
-  static SortedList<Order6> list() {
-    static SortedList<Order6>::Memory memory;
+  static SortedList<Routes6> list() {
+    static SortedList<Routes6>::Memory memory;
     return {shm->routes6.head6, shm->routes6.slot, memory, RouteNotes(*shm, Work::kRoute6Linking)};
   }
   static void unlink(const Route6Entry& key) {
@@ -54,7 +51,7 @@ struct Routes6 {
   // A head word of all ones in the other table is set right when the first IPv6 route leaves: kept on purpose.
   static void setOtherHeadRight(const Route6Entry& leaving) {
     const Route6Entry* first = list().first();
-    bool firstLeaves = first && Order6::same(*first, leaving);
+    bool firstLeaves = first && same(*first, leaving);
     if (firstLeaves && shm->routes.head == SHM_NO_SLOT) shm->routes.head = 0;
   }
   static bool acceptable(const Route6Entry&) { return true; }
@@ -79,6 +76,9 @@ bool holds(const ManagementAddress& entry, const uint8_t* address) {
 }
 
 }  // namespace
+
+void addAllRoutes6() { installRoutes<Routes6>(); }
+
 }  // namespace kestrove
 
 using namespace kestrove;
