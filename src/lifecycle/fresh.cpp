@@ -4,11 +4,10 @@
 
 #include "kestrove/codes.h"
 #include "kestrove/segment.h"
+#include "store/rule_slots.h"
 
 namespace kestrove {
 namespace {
-
-constexpr int32_t kPriority = 8;
 
 template <typename Entry, size_t N>
 void freeSlots(Entry (&slots)[N]) {
@@ -21,17 +20,6 @@ void freeSlots(Entry (&slots)[N]) {
 void layOutRouteTables() {
   freeSlots(shm->routes.slot);
   freeSlots(shm->routes6.slot);
-}
-
-FilterRule defaultRule(uint32_t ipVersion, int32_t bandwidth) {
-  FilterRule rule = {};
-  rule.ipVersion = ipVersion;
-  rule.target = SHM_TARGET_ACCELERATE;
-  rule.priority = kPriority;
-  rule.bandwidth = bandwidth;
-  rule.accel = SHM_ON;
-  rule.ruleAction = SHM_RULE_ACTIVE;
-  return rule;
 }
 
 void resetRuleTable() {

@@ -8,9 +8,6 @@ namespace kestrove {
 // Both route tables of a new segment: every slot free, both lists without an entry.
 void layOutRouteTables();
 
-// The rule that matches everything, with all that the configuration does not decide.
-FilterRule defaultRule(uint32_t ipVersion, int32_t bandwidth);
-
 // The rule table with its default rule alone. Its bandwidth is minRate, so that has to be set before.
 void resetRuleTable();
 

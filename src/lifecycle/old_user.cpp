@@ -8,11 +8,11 @@
 
 #include "kestrove/persistence.h"
 #include "kestrove/users.h"
+#include "store/accounts.h"
 #include "store/lock.h"
 #include "store/text.h"
 #include "sys/descriptor.h"
 #include "sys/repeated.h"
-#include "users/undo_account.h"
 
 namespace kestrove {
 namespace {
@@ -53,8 +53,8 @@ int createAccount(const OldUser& user) {
   int error = errno;
   if (added < 0) {
     removeUser(user.name);
-  } else {
-    undoAccount(user.name);
+  } else if (takeBackAccount(user.name)) {
+    save_shared_memory();
   }
   errno = error;
   shm_errno = code;

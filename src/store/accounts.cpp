@@ -36,12 +36,6 @@ int findAccount(std::string_view name) {
   return -1;
 }
 
-int findLastAccount(std::string_view name) {
-  int slot = SHM_USERS - 1;
-  while (slot >= 0 && accountName(accounts()[slot]) != name) --slot;
-  return slot;
-}
-
 void appendAccount(const UserAccount& account) {
   auto used = static_cast<uint32_t>(userEntries(*shm));
   Note note = {Work::kUserAdding, 0, used, static_cast<uint32_t>(administratorsAfter(account, 1))};
@@ -62,6 +56,14 @@ void dropAccount(int slot) {
   }
   carryOut(*shm, {Work::kUserClosing, UserHole::wordOf(static_cast<uint32_t>(slot)), static_cast<uint32_t>(used),
                   static_cast<uint32_t>(administratorsAfter(accounts()[slot], -1))});
+}
+
+bool takeBackAccount(std::string_view name) {
+  int slot = SHM_USERS - 1;
+  while (slot >= 0 && accountName(accounts()[slot]) != name) --slot;
+  if (slot < 0) return false;
+  dropAccount(slot);
+  return true;
 }
 
 Outcome finishUserClosing(ShmData& store, const Note& note) {

@@ -1,13 +1,13 @@
 #include "store/rule_slots.h"
 #include "kestrove/codes.h"
 
-#include "lifecycle/fresh.h"
 #include "store/hole.h"
 
 namespace kestrove {
 namespace {
 
 constexpr uint32_t kLast = SHM_RULES - 1;
+constexpr int32_t kPriority = 8;
 
 // What the note of a default rule that is made anew says of the move that needed its slot.
 enum : uint32_t { kBefore = 0, kBehind = 1 };
@@ -63,6 +63,17 @@ void move(ShmData& store, uint32_t from, uint32_t place, const FilterRule& moved
 }
 
 }  // namespace
+
+FilterRule defaultRule(uint32_t ipVersion, int32_t bandwidth) {
+  FilterRule rule = {};
+  rule.ipVersion = ipVersion;
+  rule.target = SHM_TARGET_ACCELERATE;
+  rule.priority = kPriority;
+  rule.bandwidth = bandwidth;
+  rule.accel = SHM_ON;
+  rule.ruleAction = SHM_RULE_ACTIVE;
+  return rule;
+}
 
 void openRule(ShmData& store, int position, const FilterRule& rule) {
   uint32_t count = unsignedOf(ruleEntries(store));

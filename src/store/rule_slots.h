@@ -9,6 +9,9 @@
 
 namespace kestrove {
 
+// The rule that matches everything, with all that the configuration does not decide.
+FilterRule defaultRule(uint32_t ipVersion, int32_t bandwidth);
+
 // There must be room. The rules from position on move one place back; the default rule may be among them.
 void openRule(ShmData& store, int position, const FilterRule& rule);
 void closeRule(ShmData& store, int position);

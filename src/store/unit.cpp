@@ -1,18 +1,14 @@
 #include "kestrove/unit.h"
 
-#include <net/if.h>
 #include <netinet/in.h>
 #include <stdio.h>
 #include <string.h>
-#include <sys/ioctl.h>
-#include <sys/socket.h>
 
 #include "kestrove/codes.h"
-#include "kestrove/items.h"
 #include "store/fail.h"
+#include "store/interface_names.h"
 #include "store/lock.h"
-#include "store/text.h"
-#include "sys/descriptor.h"
+#include "sys/interface_request.h"
 
 namespace kestrove {
 namespace {
@@ -55,12 +51,10 @@ int fetchWord(uint32_t ConfigRecord::*member, uint32_t* out) {
   return 0;
 }
 
-bool queryHardwareAddress(const char* name, uint8_t* out) {
-  sys::Descriptor socket(::socket(AF_INET, SOCK_RAW | SOCK_CLOEXEC, IPPROTO_TCP));
-  if (!socket) return false;
-  ifreq request = {};
-  setField(request.ifr_name, name, IFNAMSIZ - 1);
-  if (ioctl(socket.get(), SIOCGIFHWADDR, &request) == -1) return false;
+bool askHardwareAddress(const char* name, uint8_t* out) {
+  sys::Descriptor socket = sys::openSocket(AF_INET, SOCK_RAW, IPPROTO_TCP);
+  sys::InterfaceRequest request(name);
+  if (!socket || request.issue(socket.get(), SIOCGIFHWADDR) == -1) return false;
   memcpy(out, request.ifr_hwaddr.sa_data, kHardwareAddress);
   return true;
 }
@@ -114,10 +108,11 @@ int writeMacAddr(int iface, uint8_t out[6]) {
   if (!out) return fail(SHM_EINVAL);
   StoreLock lock;
   if (!lock) return -1;
-  char name[IFNAMSIZ] = {};
-  if (getPhysicalInterfaceName(iface, name, sizeof name) == 0 && queryHardwareAddress(name, out)) return 0;
+  InterfaceName name;
+  bool named = physicalInterfaceName(iface, name);
+  if (named && askHardwareAddress(name.text, out)) return 0;
   memset(out, 0, kHardwareAddress);
-  return -1;
+  return named ? -1 : fail(SHM_EINVAL);
 }
 
 int readMacAddr(int iface, char* dst) {

@@ -10,7 +10,6 @@
 #include "users/login.h"
 #include "users/password_file.h"
 #include "users/password_hash.h"
-#include "users/undo_account.h"
 
 namespace kestrove {
 namespace {
@@ -66,7 +65,7 @@ int addUser(const UserAccount* given, const char* password) {
   if (validatePasswordComplexity(password, nullptr) == 0 && addPassword(name.text, password) == 0) return 0;
   uint32_t code = shm_errno;
   int error = errno;
-  undoAccount(name.text);
+  if (takeBackAccount(name.text)) save_shared_memory();
   errno = error;
   return fail(static_cast<int>(code));
 }

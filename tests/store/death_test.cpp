@@ -3,6 +3,7 @@
 
 #include "lifecycle/fresh.h"
 #include "store/journal.h"
+#include "store/rule_slots.h"
 #include "tests/store/death_fixture.h"
 #include "tests/support/kernel.h"
 
