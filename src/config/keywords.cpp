@@ -1,10 +1,12 @@
 #include "config/keywords.h"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 
-#include "config/actions.h"
 #include "config/row_reader.h"
 #include "config/row_writer.h"
+#include "config/special_keywords.h"
 #include "kestrove/layout.h"
 
 namespace kestrove {
@@ -15,104 +17,108 @@ namespace {
 #define CONFIG(field) \
   Place { offsetof(ShmData, config) + offsetof(ConfigRecord, field), sizeof(ConfigRecord::field) }
 
-constexpr Keyword number(std::string_view name, Place place, uint8_t position = kNeverWritten) {
-  return {name, Kind::kNumber, position, 0, place, nullptr, nullptr, nullptr};
+constexpr Keyword number(std::string_view name, Place place) {
+  return {name, Kind::kNumber, 0, place, nullptr, nullptr, nullptr};
 }
-constexpr Keyword onOff(std::string_view name, Place place, uint8_t position = kNeverWritten,
-                        void (*then)() = nullptr) {
-  return {name, Kind::kSwitch, position, 0, place, nullptr, then, nullptr};
+constexpr Keyword onOff(std::string_view name, Place place, void (*then)() = nullptr) {
+  return {name, Kind::kSwitch, 0, place, nullptr, then, nullptr};
 }
-constexpr Keyword text(std::string_view name, uint16_t limit, Place place, uint8_t position = kNeverWritten) {
-  return {name, Kind::kText, position, limit, place, nullptr, nullptr, nullptr};
+constexpr Keyword text(std::string_view name, uint16_t limit, Place place) {
+  return {name, Kind::kText, limit, place, nullptr, nullptr, nullptr};
 }
-constexpr Keyword address(std::string_view name, Place place, uint8_t position = kNeverWritten,
-                          void (*then)() = nullptr) {
-  return {name, Kind::kAddress, position, 0, place, nullptr, then, nullptr};
+constexpr Keyword address(std::string_view name, Place place, void (*then)() = nullptr) {
+  return {name, Kind::kAddress, 0, place, nullptr, then, nullptr};
 }
-constexpr Keyword row(std::string_view name, void (*read)(const ConfigLine&), uint8_t position = kNeverWritten,
-                      RowsWriter rows = nullptr) {
-  return {name, Kind::kRow, position, 0, {}, read, nullptr, rows};
+constexpr Keyword row(std::string_view name, void (*read)(const ConfigLine&), RowsWriter write = nullptr) {
+  return {name, Kind::kRow, 0, {}, read, nullptr, write};
 }
 // Read by a function of its own, written as an address.
-constexpr Keyword bridgeAddress(std::string_view name, void (*read)(const ConfigLine&), Place place,
-                                uint8_t position = kNeverWritten) {
-  return {name, Kind::kAddress, position, 0, place, read, nullptr, nullptr};
+constexpr Keyword bridgeAddress(std::string_view name, void (*read)(const ConfigLine&), Place place) {
+  return {name, Kind::kAddress, 0, place, read, nullptr, nullptr};
 }
 
-constexpr Keyword kKeywords[] = {
-    row("MANAGEMENT_ADDR_6", readIp6Address, 36, writeIp6Addresses),
-    number("MANAGEMENT_LINK_SETTING", CONFIG(managementLinkSetting), 7),
-    row("MANAGEMENT_ADDR", readManagementAddress, 37, writeManagementAddresses),
-    address("LAN_ADDR", CONFIG(lanIpAddress), 3),
-    address("LAN_MASK", CONFIG(lanIpAddressMask), 4),
-    address("LAN_GATEWAY", CONFIG(lanGateway), 5),
-    number("LAN_LINK_SETTING", CONFIG(lanLinkSetting), 6),
-    number("LAN_MTU", CONFIG(lanMaximumTransferUnit), 8),
-    text("LAN_NAME", 14, CONFIG(lanInterfaceName), 1),
+// A saved file has its lines in this order.
+constexpr Keyword kWritten[] = {
+    text("LAN_NAME", 14, CONFIG(lanInterfaceName)),
+    number("LAN_RATE", CONFIG(lanLinkRate)),
+    address("LAN_ADDR", CONFIG(lanIpAddress)),
+    address("LAN_MASK", CONFIG(lanIpAddressMask)),
+    address("LAN_GATEWAY", CONFIG(lanGateway)),
+    number("LAN_LINK_SETTING", CONFIG(lanLinkSetting)),
+    number("MANAGEMENT_LINK_SETTING", CONFIG(managementLinkSetting)),
+    number("LAN_MTU", CONFIG(lanMaximumTransferUnit)),
+    number("LAN_VLAN_ID", CONFIG(lanVlanId)),
+    text("INTERNET_NAME", 14, CONFIG(wanInterfaceName)),
+    number("INTERNET_RATE", CONFIG(wanLinkRate)),
+    number("INTERNET_CONGESTION", CONFIG(wanCongestionControl)),
+    number("INTERNET_MTU", CONFIG(wanMaximumTransferUnit)),
+    number("WAN_VLAN_ID", CONFIG(wanVlanId)),
+    address("INTERNET_ADDR", CONFIG(wanIpAddress)),
+    address("INTERNET_MASK", CONFIG(wanIpAddressMask)),
+    address("INTERNET_GATEWAY", CONFIG(wanGateway)),
+    number("INTERNET_LINK_SETTING", CONFIG(wanLinkSetting)),
+    bridgeAddress("BRIDGE_MASK", readBridgeMask, CONFIG(managementAddressMask)),
+    number("FTW_CONFIG", CONFIG(failToWireConfig)),
+    onOff("COMPRESSION", CONFIG(compression)),
+    onOff("EVENT_LOGGING", CONFIG(loggingOperState)),
+    onOff("CONFIG_BY_SNMP", CONFIG(snmpOperState)),
+    onOff("CONFIG_BY_WEB", CONFIG(httpOperState)),
+    onOff("CONFIG_BY_SERIAL", CONFIG(cliOperState)),
+    onOff("KESTROVE_OP_STATE", CONFIG(kestroveOperState)),
+    number("SNMP_VERSION", CONFIG(snmpVersion)),
+    onOff("SSHD", CONFIG(sshdOperState)),
+    onOff("BANNER", CONFIG(bannerOperState)),
+    onOff("SINGLE_INTERFACE", CONFIG(singleInterfaceMode)),
+    onOff("PBR", CONFIG(pbrOperState)),
+    text("SYS_NAME", 256, CONFIG(sysName)),
+    text("SYS_LOCATION", 256, CONFIG(sysLocation)),
+    text("SYS_CONTACT", 256, CONFIG(sysContact)),
+    row("USER_ACCOUNT", readUserAccount, writeUserRows),
+    row("MANAGEMENT_ADDR_6", readIp6Address, writeIp6AddressRows),
+    row("MANAGEMENT_ADDR", readManagementAddress, writeManagementRows),
+    number("REBOOT_COUNT", CONFIG(kestroveRebootCount)),
+    row("ROUTE", readRoute, writeRouteRows),
+    row("ROUTE6", readRoute6, writeRoute6Rows),
+    row("SELEC_ACCEL", readRule, writeRuleRows),  // with the rows of the next two, in table order
+    row("SELEC_ACCEL_V6", readRule6),
+    row("SELEC_ACCEL_ANY", readRuleAny),
+};
+
+// What only a hand or the factory sets.
+constexpr Keyword kOnlyRead[] = {
     text("PHYSICAL_LAN_NAME", 14, CONFIG(physicalLanInterfaceName)),
     text("REAL_LAN_NAME", 14, CONFIG(bridgeRouterPhysicalName)),
-    number("LAN_VLAN_ID", CONFIG(lanVlanId), 9),
     number("LAN_BUF", CONFIG(lanSendBufferSize)),
     number("LAN_RBUF", CONFIG(lanReceiveBufferSize)),
-    number("LAN_RATE", CONFIG(lanLinkRate), 2),
     number("LAN_CONGESTION", CONFIG(lanCongestionControl)),
     row("LAN_CC", readLanCongestionFlag),
-    address("INTERNET_ADDR", CONFIG(wanIpAddress), 15),
-    address("INTERNET_MASK", CONFIG(wanIpAddressMask), 16),
-    address("INTERNET_GATEWAY", CONFIG(wanGateway), 17),
-    number("REBOOT_COUNT", CONFIG(kestroveRebootCount), 38),
-    onOff("SSHD", CONFIG(sshdOperState), 28),
-    onOff("CIFS", CONFIG(cifsOperState), kNeverWritten, applyCifs),
-    onOff("WEB_CACHE", CONFIG(webCacheOperState), kNeverWritten, applyWebCache),
-    address("DNS_ADDR", CONFIG(dnsAddress), kNeverWritten, applyResolver),
+    onOff("CIFS", CONFIG(cifsOperState), applyCifs),
+    onOff("WEB_CACHE", CONFIG(webCacheOperState), applyWebCache),
+    address("DNS_ADDR", CONFIG(dnsAddress), applyResolver),
     row("DDUP", readDdupMode),
     text("DDUP_OPTIONS", 256, PLACE(ddupStartupOptions)),
-    onOff("BANNER", CONFIG(bannerOperState), 29),
-    onOff("SINGLE_INTERFACE", CONFIG(singleInterfaceMode), 30),
-    onOff("PBR", CONFIG(pbrOperState), 31),
-    text("INTERNET_NAME", 14, CONFIG(wanInterfaceName), 10),
     text("PHYSICAL_WAN_NAME", 14, CONFIG(physicalWanInterfaceName)),
-    number("WAN_VLAN_ID", CONFIG(wanVlanId), 14),
     number("INTERNET_BUF", CONFIG(wanSendBufferSize)),
     number("INTERNET_RBUF", CONFIG(wanReceiveBufferSize)),
-    number("INTERNET_RATE", CONFIG(wanLinkRate), 11),
-    number("INTERNET_LINK_SETTING", CONFIG(wanLinkSetting), 18),
-    number("INTERNET_MTU", CONFIG(wanMaximumTransferUnit), 13),
     number("INTERNET_DELAY", CONFIG(wanIpDefaultRtt)),
     onOff("BRIDGING", CONFIG(transparentBridgeOperState)),
-    number("FTW_CONFIG", CONFIG(failToWireConfig), 20),
-    onOff("COMPRESSION", CONFIG(compression), 21),
-    onOff("EVENT_LOGGING", CONFIG(loggingOperState), 22),
-    onOff("CONFIG_BY_SNMP", CONFIG(snmpOperState), 23),
-    number("SNMP_VERSION", CONFIG(snmpVersion), 27),
-    onOff("CONFIG_BY_WEB", CONFIG(httpOperState), 24),
-    onOff("CONFIG_BY_SERIAL", CONFIG(cliOperState), 25),
-    onOff("KESTROVE_OP_STATE", CONFIG(kestroveOperState), 26),
     text("ADMIN_USERNAME", 30, PLACE(oldAdminUsername)),
     text("ADMIN_PASSWORD", 30, PLACE(oldAdminPassword)),
     text("KESTROVE_VERSION", 63, CONFIG(kestroveFullVersion)),
     text("DRELM_VERSION", 63, CONFIG(drelmFullVersion)),
-    row("ROUTE", readRoute, 39, writeRoutes),
-    row("ROUTE6", readRoute6, 40, writeRoutes6),
-    row("SELEC_ACCEL", readRule, 41, writeRules),  // writes the rows of the next two as well, in table order
-    row("SELEC_ACCEL_V6", readRule6),
-    row("SELEC_ACCEL_ANY", readRuleAny),
-    row("USER_ACCOUNT", readUserAccount, 35, writeUserAccounts),
-    text("SYS_NAME", 256, CONFIG(sysName), 32),
-    text("SYS_LOCATION", 256, CONFIG(sysLocation), 33),
-    text("SYS_CONTACT", 256, CONFIG(sysContact), 34),
     text("SYS_DESCRIPTION", 256, CONFIG(sysDescription)),  // the one system text that is not saved
     row("PRODUCT_ID", readProductId),
     number("GLOBAL_CONGESTION_CONTROL", CONFIG(wanCongestionControl)),
-    number("INTERNET_CONGESTION", CONFIG(wanCongestionControl), 12),
     bridgeAddress("BRIDGE_ADDR", readBridgeAddress, CONFIG(managementAddress)),
-    bridgeAddress("BRIDGE_MASK", readBridgeMask, CONFIG(managementAddressMask), 19),
     text("MANAGEMENT_NAME", 14, CONFIG(managementInterfaceName)),
     text("KESTROVE_CONFIG", 127, CONFIG(configFileName)),
 };
 
-constexpr size_t kCount = sizeof kKeywords / sizeof kKeywords[0];
-constexpr size_t kWrittenCount = 41;
+constexpr auto kKeywords = [] {
+  std::array<Keyword, std::size(kWritten) + std::size(kOnlyRead)> keywords{};
+  std::ranges::copy(kOnlyRead, std::ranges::copy(kWritten, keywords.begin()).out);
+  return keywords;
+}();
 
 constexpr bool widthFits(const Keyword& keyword) {
   uint32_t width = keyword.place.width;
@@ -134,27 +140,9 @@ constexpr bool widthsFit() {
 }
 static_assert(widthsFit(), "a keyword's field does not have the width of its kind");
 
-constexpr auto kWritten = [] {
-  std::array<const Keyword*, kWrittenCount> written{};
-  for (const Keyword& keyword : kKeywords) {
-    if (keyword.position != kNeverWritten) written[keyword.position - 1u] = &keyword;
-  }
-  return written;
-}();
-
-constexpr bool positionsAreWhole() {
-  size_t positions = 0;
-  for (const Keyword& keyword : kKeywords) positions += keyword.position != kNeverWritten;
-  for (const Keyword* keyword : kWritten) {
-    if (!keyword) return false;
-  }
-  return positions == kWrittenCount;
-}
-static_assert(positionsAreWhole(), "every position of the written file has one keyword");
-
 // Open addressing over a table twice as large as needed.
 constexpr size_t kSlots = 256;
-static_assert(kCount * 2 < kSlots);
+static_assert(kKeywords.size() * 2 < kSlots);
 
 constexpr size_t firstSlot(std::string_view name) {
   uint32_t hash = 0;
@@ -182,6 +170,6 @@ const Keyword* findKeyword(std::string_view name) {
 }
 
 std::span<const Keyword> keywords() { return kKeywords; }
-std::span<const Keyword* const> writtenKeywords() { return kWritten; }
+std::span<const Keyword> writtenKeywords() { return keywords().first(std::size(kWritten)); }
 
 }  // namespace kestrove

@@ -1,4 +1,4 @@
-// The keywords of the configuration file: one row each, for the reader and the writer.
+// The keywords of the configuration file: one row each, for the reader and the writer, in the order of writing.
 #pragma once
 
 #include <stdint.h>
@@ -38,21 +38,18 @@ using RowsWriter = bool (*)(std::string_view keyword, sys::TextWriter& out);
 struct Keyword {
   std::string_view name;
   Kind kind;
-  uint8_t position;  // among the written lines, from 1; kNeverWritten for what only a hand or the factory sets
-  uint16_t limit;    // of a text
+  uint16_t limit;  // of a text
   Place place;
   void (*read)(const ConfigLine& line);  // instead of the reading by kind
   void (*then)();                        // after the reading by kind
-  RowsWriter rows;                       // instead of the writing by kind
+  RowsWriter write;                      // instead of the writing by kind
 };
-
-constexpr uint8_t kNeverWritten = 0;
 
 // Null for a word that is no keyword.
 const Keyword* findKeyword(std::string_view name);
 
-// Every keyword, and those that are written in the order of writing.
+// Every keyword: those that are written, in the order of their lines, then those that are only read.
 std::span<const Keyword> keywords();
-std::span<const Keyword* const> writtenKeywords();
+std::span<const Keyword> writtenKeywords();
 
 }  // namespace kestrove

@@ -71,7 +71,7 @@ void writeManagementAddress(LineWriter line, const ManagementAddress& entry) {
 
 }  // namespace
 
-bool writeUserAccounts(std::string_view keyword, sys::TextWriter& out) {
+bool writeUserRows(std::string_view keyword, sys::TextWriter& out) {
   int32_t count = boundedCount(shm->config.userCount, SHM_USERS);
   for (int32_t i = 0; i < count; ++i) {
     const UserAccount& account = shm->config.users[i];
@@ -82,7 +82,7 @@ bool writeUserAccounts(std::string_view keyword, sys::TextWriter& out) {
   return true;
 }
 
-bool writeIp6Addresses(std::string_view keyword, sys::TextWriter& out) {
+bool writeIp6AddressRows(std::string_view keyword, sys::TextWriter& out) {
   int32_t count = ip6Entries(*shm);
   for (int32_t i = 0; i < count; ++i) {
     const Ip6Address& entry = shm->ip6Address[i];
@@ -91,13 +91,13 @@ bool writeIp6Addresses(std::string_view keyword, sys::TextWriter& out) {
   return true;
 }
 
-bool writeManagementAddresses(std::string_view keyword, sys::TextWriter& out) {
+bool writeManagementRows(std::string_view keyword, sys::TextWriter& out) {
   int32_t count = managementEntries(*shm);
   for (int32_t i = 0; i < count; ++i) writeManagementAddress({out, keyword}, shm->managementAddress[i]);
   return true;
 }
 
-bool writeRoutes(std::string_view keyword, sys::TextWriter& out) {
+bool writeRouteRows(std::string_view keyword, sys::TextWriter& out) {
   LineHead head(keyword);
   return eachInOrder(shm->routes.slot, shm->routes.head, [&](const RouteEntry& route) {
     LineWriter line(out, head);
@@ -107,7 +107,7 @@ bool writeRoutes(std::string_view keyword, sys::TextWriter& out) {
   });
 }
 
-bool writeRoutes6(std::string_view keyword, sys::TextWriter& out) {
+bool writeRoute6Rows(std::string_view keyword, sys::TextWriter& out) {
   LineHead head(keyword);
   return eachInOrder(shm->routes6.slot, shm->routes6.head6, [&](const Route6Entry& route) {
     LineWriter line(out, head);
@@ -118,7 +118,7 @@ bool writeRoutes6(std::string_view keyword, sys::TextWriter& out) {
 }
 
 // A failure before them is none of theirs.
-bool writeRules(std::string_view keyword, sys::TextWriter& out) {
+bool writeRuleRows(std::string_view keyword, sys::TextWriter& out) {
   if (!out.good()) return true;
   RuleHeads heads = {LineHead(keyword), LineHead(kRuleKeyword6), LineHead(kRuleKeywordAny)};
   int32_t count = boundedCount(shm->filterTable.ruleCount, SHM_RULES);

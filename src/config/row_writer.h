@@ -6,13 +6,13 @@
 
 namespace kestrove {
 
-bool writeUserAccounts(std::string_view keyword, sys::TextWriter& out);
-bool writeIp6Addresses(std::string_view keyword, sys::TextWriter& out);
-bool writeManagementAddresses(std::string_view keyword, sys::TextWriter& out);
-bool writeRoutes(std::string_view keyword, sys::TextWriter& out);
-bool writeRoutes6(std::string_view keyword, sys::TextWriter& out);
+bool writeUserRows(std::string_view keyword, sys::TextWriter& out);
+bool writeIp6AddressRows(std::string_view keyword, sys::TextWriter& out);
+bool writeManagementRows(std::string_view keyword, sys::TextWriter& out);
+bool writeRouteRows(std::string_view keyword, sys::TextWriter& out);
+bool writeRoute6Rows(std::string_view keyword, sys::TextWriter& out);
 // All rules but the last, the default rule. Ends at the first that cannot be written; writes none and gives true when
 // nothing could be written before them.
-bool writeRules(std::string_view keyword, sys::TextWriter& out);
+bool writeRuleRows(std::string_view keyword, sys::TextWriter& out);
 
 }  // namespace kestrove

@@ -45,7 +45,7 @@ void writeByKind(const Keyword& keyword, sys::TextWriter& out) {
 }
 
 bool writeKeyword(const Keyword& keyword, sys::TextWriter& out) {
-  if (keyword.rows) return keyword.rows(keyword.name, out);
+  if (keyword.write) return keyword.write(keyword.name, out);
   writeByKind(keyword, out);
   return true;
 }
@@ -62,8 +62,8 @@ bool cut(const UserAccount& account) {
 }
 
 bool anyCut() {
-  for (const Keyword* keyword : writtenKeywords()) {
-    if (cut(*keyword)) return true;
+  for (const Keyword& keyword : writtenKeywords()) {
+    if (cut(keyword)) return true;
   }
   for (int i = 0; i < userEntries(*shm); ++i) {
     if (cut(shm->config.users[i])) return true;
@@ -75,8 +75,8 @@ bool anyCut() {
 
 int writeConfigFile(sys::TextWriter& out) {
   int result = 0;
-  for (const Keyword* keyword : writtenKeywords()) {
-    if (!writeKeyword(*keyword, out)) result = -1;
+  for (const Keyword& keyword : writtenKeywords()) {
+    if (!writeKeyword(keyword, out)) result = -1;
   }
   if (anyCut()) {
     syslog(LOG_WARNING, "The configuration file holds texts up to their first line feed, user names up to a blank");

@@ -1,4 +1,4 @@
-#include "config/actions.h"
+#include "config/special_keywords.h"
 
 #include <string.h>
 
