@@ -1,3 +1,4 @@
+// The program of the sandbox: options in, an appliance out.
 #include "sandbox/launch.h"
 
 int main(int argc, char** argv) { return kestrove::sandbox::launch(kestrove::sandbox::readOptions(argc, argv)); }

@@ -1,3 +1,4 @@
+// The exported loads and saves: under which lock, from which path, and what a failure leaves.
 #include <errno.h>
 #include <fcntl.h>
 #include <syslog.h>

@@ -1,3 +1,4 @@
+// Telling the engine that something changed, and what.
 #include "kestrove/engine.h"
 
 #include <signal.h>

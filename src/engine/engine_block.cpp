@@ -1,3 +1,4 @@
+// The engine's snapshot of the settings and rules, a block of its own memory.
 #include <stddef.h>
 #include <stdio.h>
 #include <string.h>

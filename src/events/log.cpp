@@ -1,3 +1,4 @@
+// The exported operations on the event log; each change is in the file before the lock goes.
 #include <errno.h>
 #include <string.h>
 #include <syslog.h>

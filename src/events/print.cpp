@@ -1,3 +1,4 @@
+// The event log's section of the dump.
 #include <stdio.h>
 
 #include "events/format.h"

@@ -1,3 +1,4 @@
+// Names and VLAN ids of the interfaces, by interface number.
 #include "store/interface_names.h"
 
 #include "kestrove/items.h"

@@ -1,3 +1,4 @@
+// The exported accessors of the numbered items; the rows of the table say what each does.
 #include "kestrove/items.h"
 
 #include "items/effects.h"

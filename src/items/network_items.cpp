@@ -1,3 +1,4 @@
+// The numbered addresses: a table, and its exported accessors.
 #include <stddef.h>
 
 #include "items/effects.h"

@@ -1,3 +1,4 @@
+// The numbered texts: a table, and its exported accessors.
 #include <string.h>
 
 #include "kestrove/items.h"

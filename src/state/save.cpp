@@ -1,3 +1,4 @@
+// The system state saved: the script of settings, then the archive.
 #include <syslog.h>
 
 #include "kestrove/state.h"

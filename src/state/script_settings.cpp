@@ -1,3 +1,4 @@
+// The script lines of the settings.
 #include "kestrove/codes.h"
 #include "kestrove/segment.h"
 #include "state/script.h"

@@ -1,3 +1,4 @@
+// The script lines of rules, routes and addresses.
 #include "kestrove/codes.h"
 #include "kestrove/segment.h"
 #include "state/script.h"

@@ -1,3 +1,4 @@
+// Copies of the counters, taken under the lock.
 #include <stddef.h>
 #include <string.h>
 

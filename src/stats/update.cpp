@@ -1,3 +1,4 @@
+// Records of the engine and of the session engine, added to the store's counters.
 #include <string.h>
 
 #include "kestrove/stats.h"

@@ -1,3 +1,4 @@
+// The table of error codes, and the look-up in every table of messages.
 #include <errno.h>
 #include <stdio.h>
 #include <string.h>

@@ -1,3 +1,4 @@
+// Small checks and copies that front ends ask for.
 #include <string.h>
 #include <syslog.h>
 

@@ -1,3 +1,4 @@
+// Dates and times as text.
 #include <string.h>
 #include <time.h>
 

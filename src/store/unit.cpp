@@ -1,3 +1,4 @@
+// Identity of the unit: product, platform, hardware addresses, log-in origin.
 #include "kestrove/unit.h"
 
 #include <netinet/in.h>

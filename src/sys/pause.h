@@ -1,3 +1,4 @@
+// Waiting.
 #pragma once
 
 namespace kestrove::sys {

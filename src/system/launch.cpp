@@ -1,3 +1,4 @@
+// The exported ways to run a program.
 #include <stdio.h>
 #include <string.h>
 

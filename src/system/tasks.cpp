@@ -1,3 +1,4 @@
+// Process ids of the monitored tasks.
 #include "kestrove/system.h"
 #include "store/lock.h"
 

@@ -1,3 +1,4 @@
+// Version texts and the identifier of the unit.
 #include <string.h>
 
 #include "kestrove/system.h"

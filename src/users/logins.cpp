@@ -1,3 +1,4 @@
+// Time of a user's last log-in.
 #include <sys/time.h>
 
 #include "kestrove/persistence.h"

@@ -1,3 +1,4 @@
+// Hash and complexity of a password.
 #include <string.h>
 
 #include <string_view>

@@ -1,3 +1,4 @@
+// The IPv4 address of an interface, by ioctl.
 #include <arpa/inet.h>
 #include <netinet/if_ether.h>
 #include <string.h>

@@ -1,3 +1,4 @@
+// Entries of the kernel's ARP table.
 #include <net/if_arp.h>
 #include <netinet/ether.h>
 #include <netinet/in.h>

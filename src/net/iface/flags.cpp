@@ -1,3 +1,4 @@
+// Interfaces up and down.
 #include "kestrove/iface.h"
 #include "store/fail.h"
 #include "sys/interface_request.h"

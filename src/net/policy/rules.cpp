@@ -1,3 +1,4 @@
+// The exported operations on the rule table.
 #include "kestrove/rules.h"
 #include "kestrove/codes.h"
 

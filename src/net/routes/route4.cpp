@@ -1,3 +1,4 @@
+// IPv4 routes: the family for the template, the kernel request, the exported operations.
 #include "kestrove/codes.h"
 #include "kestrove/routes.h"
 #include "kestrove/text.h"

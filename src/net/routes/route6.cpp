@@ -1,3 +1,4 @@
+// IPv6 routes: the family for the template, the kernel request, the exported operations.
 #include <endian.h>
 #include <string.h>
 

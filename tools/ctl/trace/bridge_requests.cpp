@@ -1,3 +1,4 @@
+// Words for the requests of the bridge.
 #include <net/if.h>
 #include <netinet/in.h>
 

@@ -1,3 +1,4 @@
+// Words for the requests of routes.
 #include <net/route.h>
 #include <netinet/in.h>
 
