@@ -27,7 +27,7 @@ bool all(std::string_view text, Test test) {
 
 bool plainVlan(std::string_view name) {
   size_t dot = name.rfind('.');
-  if (dot == name.npos || dot > kLongestBase) return false;
+  if (dot > kLongestBase) return false;  // as it is where there is none
   std::string_view id = name;
   id.remove_prefix(dot + 1);
   if (id.starts_with('-')) id.remove_prefix(1);  // an id is printed as a signed number

@@ -1,7 +1,6 @@
 #include "net/opmode/actions.h"
 #include "kestrove/codes.h"
 
-#include <stdio.h>
 #include <string.h>
 #include <syslog.h>
 
@@ -18,18 +17,11 @@ namespace {
 
 constexpr int kLockHeld = 0;
 
-void nameVlan(char (&name)[Vlans::kNameSize], const char* base, uint32_t id) {
-  snprintf(name, sizeof name, "%s.%d", base, static_cast<int32_t>(id));
-}
+using Base = const char (&)[16];
 
-Vlans vlansOn(const char* base, uint32_t lanId, uint32_t wanId) {
-  Vlans vlans = {lanId, wanId, "", ""};
-  nameVlan(vlans.lan, base, lanId);
-  nameVlan(vlans.wan, base, wanId);
-  return vlans;
-}
+Vlans vlansOn(Base base, uint32_t lanId, uint32_t wanId) { return {lanId, wanId, {base, lanId}, {base, wanId}}; }
 
-Vlans vlansBefore(int event, const char* base, const OpModeContext& context) {
+Vlans vlansBefore(int event, Base base, const OpModeContext& context) {
   if (event != SHM_MODE_EVENT_VLAN_CHANGE) return vlansOn(base, context.lanVlanId, context.wanVlanId);
   if (context.lanVlanIdCopy == 0 && context.wanVlanIdCopy == 0) {
     return vlansOn(base, shm->config.lanVlanId, shm->config.wanVlanId);
@@ -76,28 +68,28 @@ void clearPhysical(const Ports& ports) {
 }
 
 void clearVlansAroundPort(const Ports& ports) {
-  clearAddress(ports, ports.after.lan);
+  clearAddress(ports, ports.after.lan.text);
   clearAddress(ports, ports.lan);
-  clearAddress(ports, ports.after.wan);
+  clearAddress(ports, ports.after.wan.text);
 }
 
 void clearVlansThenPort(const Ports& ports) {
-  clearAddress(ports, ports.after.lan);
-  clearAddress(ports, ports.after.wan);
+  clearAddress(ports, ports.after.lan.text);
+  clearAddress(ports, ports.after.wan.text);
   clearAddress(ports, ports.lan);
 }
 
 void addVlans(const Ports& ports) { shm_vconfig_add2(ports.base, ports.after.lanId, ports.after.wanId); }
 
 void takeDownVlansAroundPort(const Ports& ports) {
-  takeDown(ports.before.lan);
+  takeDown(ports.before.lan.text);
   takeDown(ports.lan);
-  takeDown(ports.before.wan);
+  takeDown(ports.before.wan.text);
 }
 
 void takeDownVlansThenPort(const Ports& ports) {
-  takeDown(ports.before.lan);
-  takeDown(ports.before.wan);
+  takeDown(ports.before.lan.text);
+  takeDown(ports.before.wan.text);
   takeDown(ports.lan);
 }
 
@@ -109,12 +101,12 @@ void bridgeBaseOfBridgingProduct(const Ports& ports) {
   if (shm->config.productId != SHM_PRODUCT_UNBRIDGED) bridgeBase(ports);
 }
 
-void bridgeVlan(const Ports& ports) { turnOnBridge(ports.after.lan, ports.lan); }
+void bridgeVlan(const Ports& ports) { turnOnBridge(ports.after.lan.text, ports.lan); }
 
 // Policy routing is entered with the base interface named here, although the VLAN is in the bridge: kept on purpose.
 void unbridgeBase(const Ports& ports) { turnOffBridge(ports.base, ports.lan); }
 
-void unbridgeVlan(const Ports& ports) { turnOffBridge(ports.before.lan, ports.lan); }
+void unbridgeVlan(const Ports& ports) { turnOffBridge(ports.before.lan.text, ports.lan); }
 
 void logPolicyRoutingOn(const Ports& ports) {
   syslog(LOG_DEBUG, "EVENT_PBR_ON");
@@ -123,7 +115,7 @@ void logPolicyRoutingOn(const Ports& ports) {
 
 void giveLanAddress(const Ports& ports) {
   const ConfigRecord& config = shm->config;
-  giveAddress(ports, ports.after.lan, config.lanIpAddress, config.lanIpAddressMask, config.lanBroadcastAddress);
+  giveAddress(ports, ports.after.lan.text, config.lanIpAddress, config.lanIpAddressMask, config.lanBroadcastAddress);
 }
 
 void giveWanAddress(const Ports& ports) {
@@ -132,12 +124,12 @@ void giveWanAddress(const Ports& ports) {
 }
 
 void forward(const Ports& ports) {
-  turnOnIpfoward(ports.after.lan);
+  turnOnIpfoward(ports.after.lan.text);
   turnOnIpfoward(ports.lan);
 }
 
 void stopForwarding(const Ports& ports) {
-  turnOffIpfoward(ports.before.lan);
+  turnOffIpfoward(ports.before.lan.text);
   turnOffIpfoward(ports.lan);
 }
 
@@ -160,7 +152,7 @@ void usePhysicalNames(const Ports& ports) {
 }
 
 void useVlanNames(const Ports& ports) {
-  storeName(shm->config.wanInterfaceName, ports.after.wan);
+  storeName(shm->config.wanInterfaceName, ports.after.wan.text);
   setField(shm->config.lanInterfaceName, ports.lan);
 }
 

@@ -1,21 +1,18 @@
 // What a transition does, one action each. All under the store lock; no action takes it.
 #pragma once
 
-#include <stddef.h>
-
 #include "kestrove/opmode.h"
+#include "net/vlan_name.h"
 #include "sys/interface_address.h"
 
 namespace kestrove::opmode {
 
-// The two VLAN interfaces on the base interface, by their whole names: cut to what the kernel takes they might be those
-// of other interfaces.
+// The two VLAN interfaces on the base interface.
 struct Vlans {
-  static constexpr size_t kNameSize = 16 + sizeof "-2147483648";
   uint32_t lanId;
   uint32_t wanId;
-  char lan[kNameSize];
-  char wan[kNameSize];
+  VlanName lan;
+  VlanName wan;
 };
 
 // The interfaces of one transition. Only a change of VLAN ids leaves other VLANs than it finds.

@@ -1,8 +1,8 @@
 // Policy routing: tables 100 to 103 and the rules that choose them.
-#include <stdio.h>
 
 #include "kestrove/kernelrules.h"
 #include "kestrove/text.h"
+#include "net/vlan_name.h"
 #include "store/lock.h"
 #include "store/segment.h"
 #include "store/text.h"
@@ -29,13 +29,6 @@ constexpr int kLongestSubnet = 19;
 using sys::Word;
 
 Word nowhere() { return Word::fixed("/dev/null"); }
-
-struct VlanName {
-  VlanName(const char (&base)[16], uint32_t vlan) {
-    snprintf(text, sizeof text, "%.*s.%d", static_cast<int>(sizeof base), base, static_cast<int>(vlan));
-  }
-  char text[16 + sizeof ".-2147483648"];
-};
 
 void addRule(const char* format, const char* device, const char* table) {
   sys::runLine(format, {Word::interface(device), Word::fixed(table), nowhere()});
