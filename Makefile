@@ -1,6 +1,6 @@
 # The one entry. Every target sets up what it needs, except install, which only says what is missing.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-sanitized test-all test-install explore bench fuzz shell format format-check lint setup install
+.PHONY: help demo test test-sanitized test-all test-install explore bench fuzz shell format format-check lint clang setup install
 
 SECONDS ?= 60
 PREFIX ?= /usr/local
@@ -52,11 +52,15 @@ format-check: ## fails when a source is not formatted
 	@scripts/setup format
 	@$(SOURCES) | xargs -0 clang-format --dry-run -Werror
 
-lint: ## runs clang-tidy over the library and the programs
+lint: ## runs clang-tidy over the library and the programs; its messages are errors
 	@scripts/setup build tools lint
 	@cmake --preset dev >/dev/null
-	@find src tools -name '*.cpp' | \
-	  xargs -P "$$(nproc)" -n 4 clang-tidy --quiet -p build/dev 2>/dev/null
+	@find src tools -name '*.cpp' -print0 | xargs -0 -P "$$(nproc)" -n 4 scripts/tidy build/dev
+
+clang: ## builds the library and the programs with clang, in both widths where the packages are there
+	@scripts/setup build tools clang
+	@scripts/build clang
+	@if scripts/setup --check m32 2>/dev/null; then scripts/build m32-clang; fi
 
 setup: ## installs the Debian packages that a build needs
 	@scripts/setup build tools
