@@ -51,7 +51,7 @@ static int show() {
 int main(int count, char** words) {
   const std::string verb = count > 1 ? words[1] : "", word = count > 2 ? words[2] : "";
   if (verb == "show") return show();
-  if (verb == "rate") return set(SHM_ITEM_WAN_LINK_RATE, uint32_t(std::atol(word.c_str())));
+  if (verb == "rate") return set(SHM_ITEM_WAN_LINK_RATE, uint32_t(std::strtoul(word.c_str(), nullptr, 10)));
   if (verb != "compression") return 2;
   // Another word is a value that the library refuses, as is a rate without digits.
   return set(SHM_ITEM_COMPRESSION, word == "on" ? SHM_ON : word == "off" ? SHM_OFF : 0);

@@ -82,7 +82,15 @@ def every_link_leads_somewhere():
           if not (document.parent / link).exists()])
 
 
+def chart_belongs_to_the_table():
+    now = subprocess.run([SOURCE / "scripts/benchmarks.py", "--chart", SOURCE / "doc/benchmarks.md"], check=True,
+                         stdout=subprocess.PIPE, encoding="utf-8").stdout
+    assert now.count("<circle") > 50, "the chart shows next to nothing"
+    other = {*now.splitlines()} ^ {*text_of("doc/benchmarks.svg").splitlines()}
+    none([f"not both in the table and in doc/benchmarks.svg: {line}" for line in other])
+
+
 CASES = {"".join(word.capitalize() for word in case.__name__.split("_")): case
          for case in (picture_of_the_floors_is_its_source, every_room_is_in_the_picture, every_step_is_in_its_file,
-                      every_path_is_there, every_link_leads_somewhere)}
+                      every_path_is_there, every_link_leads_somewhere, chart_belongs_to_the_table)}
 CASES[sys.argv[2]]()
