@@ -65,6 +65,31 @@ def every_step_is_in_its_file():
           if not (SOURCE / file).is_file() or not re.search(rf"\b{name}\b", text_of(file))])
 
 
+def exporting_files():
+    """Room and file of every exported function's definition."""
+    names = re.findall(r"^ +(\w+);", text_of("cmake/kestrove.map"), re.MULTILINE)
+    assert len(names) > 250, names
+    definition = re.compile(rf"^(?:[\w:<>]+[ *&]+)+(?:{'|'.join(names)})(?:\(.*(?:\{{|,|\}})$|\[| =|;)", re.MULTILINE)
+    return {(source.parent.relative_to(SOURCE / "src").as_posix(), source.stem)
+            for source in (SOURCE / "src").rglob("*.cpp") if definition.search(source.read_text(encoding="utf-8"))}
+
+
+def files_of_the_readme():
+    """Room and file: `src/room/` ... **file** ..."""
+    room = None
+    for path, file in re.findall(r"`src/([\w/]+)/`|\*\*(\w+)\*\*", text_of("README.md").split("## Where what is")[1]):
+        room = path or room
+        if file and file != "file":
+            yield room, file
+
+
+def readme_names_every_file_that_exports():
+    named, exporting = set(files_of_the_readme()), exporting_files()
+    assert len(exporting) > 50, exporting
+    none([f"README.md does not say what is in src/{room}/{file}.cpp" for room, file in sorted(exporting - named)])
+    none([f"README.md names src/{room}/{file}.cpp, which exports nothing" for room, file in sorted(named - exporting)])
+
+
 def every_path_is_there():
     path_below = r"`((?:src|tools|include|tests|scripts|examples)/[^`*<>{} ]*)`"
     named = [(document, path) for document in DOCUMENTS
@@ -92,5 +117,6 @@ def chart_belongs_to_the_table():
 
 CASES = {"".join(word.capitalize() for word in case.__name__.split("_")): case
          for case in (picture_of_the_floors_is_its_source, every_room_is_in_the_picture, every_step_is_in_its_file,
-                      every_path_is_there, every_link_leads_somewhere, chart_belongs_to_the_table)}
+                      every_path_is_there, every_link_leads_somewhere, chart_belongs_to_the_table,
+                      readme_names_every_file_that_exports)}
 CASES[sys.argv[2]]()
