@@ -2,7 +2,7 @@
 #include <stdio.h>
 #include <sys/shm.h>
 
-#include "dump/dump_sections.h"
+#include "dump/sections.h"
 #include "kestrove/dump.h"
 #include "kestrove/segment.h"
 #include "store/codes.h"

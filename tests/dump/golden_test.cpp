@@ -1,5 +1,5 @@
 // The whole dump of a store that is filled by hand, as one text.
-#include "tests/dump/dump_text.h"
+#include "tests/dump/text.h"
 
 namespace kestrove::testing {
 namespace {

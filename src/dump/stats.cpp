@@ -1,9 +1,9 @@
 // Counters and tasks.
 #include <stddef.h>
 
-#include "dump/dump_fields.h"
-#include "dump/dump_print.h"
-#include "dump/dump_sections.h"
+#include "dump/fields.h"
+#include "dump/print.h"
+#include "dump/sections.h"
 #include "store/codes.h"
 
 namespace kestrove {

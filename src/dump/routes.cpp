@@ -1,6 +1,6 @@
 // The route tables, quickly: a full dump writes thousands of rows.
-#include "dump/dump_print.h"
-#include "dump/dump_sections.h"
+#include "dump/print.h"
+#include "dump/sections.h"
 #include "store/codes.h"
 #include "store/slots.h"
 

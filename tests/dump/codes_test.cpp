@@ -1,5 +1,5 @@
 // Codes as words: every row of every table and its default.
-#include "tests/dump/dump_text.h"
+#include "tests/dump/text.h"
 
 namespace kestrove::testing {
 namespace {

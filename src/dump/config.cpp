@@ -1,9 +1,9 @@
 // State, files, users and configuration.
 #include <stddef.h>
 
-#include "dump/dump_fields.h"
-#include "dump/dump_print.h"
-#include "dump/dump_sections.h"
+#include "dump/fields.h"
+#include "dump/print.h"
+#include "dump/sections.h"
 #include "kestrove/codes.h"
 #include "kestrove/unit.h"
 #include "store/codes.h"

@@ -1,7 +1,7 @@
 // The policy rules, two lines of columns each, put together by hand: a full dump has eight thousand of them. IPv6
 // addresses, too long for a column, follow on lines of their own.
-#include "dump/dump_print.h"
-#include "dump/dump_sections.h"
+#include "dump/print.h"
+#include "dump/sections.h"
 #include "kestrove/codes.h"
 #include "store/bounds.h"
 #include "store/codes.h"

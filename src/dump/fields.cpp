@@ -1,9 +1,9 @@
-#include "dump/dump_fields.h"
+#include "dump/fields.h"
 
 #include <stdarg.h>
 #include <stdio.h>
 
-#include "dump/dump_print.h"
+#include "dump/print.h"
 #include "store/codes.h"
 
 namespace kestrove {
