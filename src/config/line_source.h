@@ -20,13 +20,13 @@ class LineSource {
 
   // Null at the end of the file and after a read error. Good until the next call.
   char* next();
-  bool failed() const { return failed_; }
+  [[nodiscard]] bool failed() const { return failed_; }
 
  private:
   static constexpr size_t kCapacity = 64 * 1024;
 
   size_t makeRoom();
-  bool refill();
+  [[nodiscard]] bool refill();
   char* take(size_t length, size_t consumed);
 
   int fd_;

@@ -35,7 +35,7 @@ class LoadingMode {
 };
 
 // The file that was there stands when this fails. The code tells of it, also where the result does not.
-int reportLostSave(const char* path, int result) {
+[[nodiscard]] int reportLostSave(const char* path, int result) {
   int error = errno;
   syslog(LOG_ERR, "Error writing %s: %m", path);
   errno = error;
@@ -45,7 +45,7 @@ int reportLostSave(const char* path, int result) {
 
 // From reading the store to the rename nobody else saves, also where the file lock could not be had or a caller's own
 // nesting has dropped it: whoever saves last has written the newest store.
-int replaceConfigFile() {
+[[nodiscard]] int replaceConfigFile() {
   char path[sizeof shm->config.configFileName + 1];
   copyField(path, sizeof path, shm->config.configFileName);
   sys::FolderLock ordered(path);

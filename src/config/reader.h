@@ -8,6 +8,6 @@ namespace kestrove {
 void parseConfigLine(char* line, const char* path, int number);
 
 // Every line of an open file. False when it could not be read to its end.
-bool readConfigFile(const char* path, int fd);
+[[nodiscard]] bool readConfigFile(const char* path, int fd);
 
 }  // namespace kestrove

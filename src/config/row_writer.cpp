@@ -45,14 +45,14 @@ void writeRow(LineWriter line, const Entry& entry) {
 }
 
 template <class Row, class Entry>
-bool writeRows(std::string_view keyword, const Entry* entries, int count, sys::TextWriter& out) {
+[[nodiscard]] bool writeRows(std::string_view keyword, const Entry* entries, int count, sys::TextWriter& out) {
   LineHead head(keyword);
   for (int i = 0; i < count; ++i) writeRow<Row>({out, head}, entries[i]);
   return true;
 }
 
 template <class Row, class Slot, size_t N>
-bool writeList(std::string_view keyword, const Slot (&slots)[N], uint32_t first, sys::TextWriter& out) {
+[[nodiscard]] bool writeList(std::string_view keyword, const Slot (&slots)[N], uint32_t first, sys::TextWriter& out) {
   LineHead head(keyword);
   return eachInOrder(slots, first, [&](const Slot& slot) {
     writeRow<Row>({out, head}, slot);

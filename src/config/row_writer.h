@@ -6,13 +6,13 @@
 
 namespace kestrove {
 
-bool writeUserRows(std::string_view keyword, sys::TextWriter& out);
-bool writeIp6AddressRows(std::string_view keyword, sys::TextWriter& out);
-bool writeManagementRows(std::string_view keyword, sys::TextWriter& out);
-bool writeRouteRows(std::string_view keyword, sys::TextWriter& out);
-bool writeRoute6Rows(std::string_view keyword, sys::TextWriter& out);
+[[nodiscard]] bool writeUserRows(std::string_view keyword, sys::TextWriter& out);
+[[nodiscard]] bool writeIp6AddressRows(std::string_view keyword, sys::TextWriter& out);
+[[nodiscard]] bool writeManagementRows(std::string_view keyword, sys::TextWriter& out);
+[[nodiscard]] bool writeRouteRows(std::string_view keyword, sys::TextWriter& out);
+[[nodiscard]] bool writeRoute6Rows(std::string_view keyword, sys::TextWriter& out);
 // All rules but the last, the default rule. Ends at the first that cannot be written; writes none and gives true when
 // nothing could be written before them.
-bool writeRuleRows(std::string_view keyword, sys::TextWriter& out);
+[[nodiscard]] bool writeRuleRows(std::string_view keyword, sys::TextWriter& out);
 
 }  // namespace kestrove

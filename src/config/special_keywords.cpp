@@ -51,15 +51,16 @@ uint32_t ddupMode(char* value) {
 }
 
 // Fills one half of the management entry that the two bridge keywords share. Once both halves are there every further
-// line of either adds the entry again, and the table refuses what it has.
+// line of either adds the entry again, and the table refuses what it has. A value that is no address, and what the
+// table refuses, is no reason to stop: both only leave their code.
 void readBridgeHalf(char* value, uint32_t* half, uint32_t* field) {
-  readAddress(value, half);
+  static_cast<void>(readAddress(value, half));  // the half that was there stays
   if (manAddrEnt.address != 0 && manAddrEnt.mask != 0) {
     manAddrEnt.ipVersion = SHM_FAMILY_IPV4;
     manAddrEnt.interfaceKind = SHM_IF_BRIDGE;
     addManagementAddr(&manAddrEnt);
   }
-  readAddress(value, field);
+  static_cast<void>(readAddress(value, field));  // and so does the field
 }
 
 }  // namespace
@@ -90,6 +91,7 @@ void applyWebCache() {
   applyResolver();
 }
 
+// A resolver file that cannot be changed ends no reading: it leaves its code.
 void applyResolver() {
   if (shm->config.webCacheOperState == SHM_ON) {
     changeDnsServerIp(shm->config.dnsAddress);

@@ -15,7 +15,7 @@ bool digit(char c) { return c >= '0' && c <= '9'; }
 bool blank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // One to three digits up to 255, as an ordinary file has them.
-const char* readOctet(const char* at, uint8_t* octet) {
+[[nodiscard]] const char* readOctet(const char* at, uint8_t* octet) {
   unsigned value = 0;
   const char* start = at;
   while (digit(*at) && at - start < 3) value = value * 10 + static_cast<unsigned>(*at++ - '0');
@@ -24,7 +24,7 @@ const char* readOctet(const char* at, uint8_t* octet) {
 }
 
 // Where the quad ends; null for what is written in any other way, which is left to the strict parser.
-const char* readQuad(const char* text, uint32_t* address) {
+[[nodiscard]] const char* readQuad(const char* text, uint32_t* address) {
   uint8_t octet[kOctets];
   for (int i = 0; i < kOctets; ++i) {
     if (i > 0 && *text++ != '.') return nullptr;
@@ -36,7 +36,7 @@ const char* readQuad(const char* text, uint32_t* address) {
 }
 
 // The quick ways for the thousands of words of a file.
-bool readOrdinaryAddress(const char* text, uint32_t* address) {
+[[nodiscard]] bool readOrdinaryAddress(const char* text, uint32_t* address) {
   uint32_t quad;
   const char* end = readQuad(text, &quad);
   if (!end || *end != '\0') return false;
@@ -47,7 +47,7 @@ bool readOrdinaryAddress(const char* text, uint32_t* address) {
 bool endsWord(char c) { return c == '\0' || separates(c); }
 
 // Nine digits fit whatever they are.
-const char* readOrdinaryNumber(const char* text, int32_t* number) {
+[[nodiscard]] const char* readOrdinaryNumber(const char* text, int32_t* number) {
   constexpr int kSureDigits = 9;
   int32_t value = 0;
   const char* start = text;
@@ -116,13 +116,13 @@ uint32_t Columns::address() {
     return address;
   }
   address = 0;
-  readAddress(word(), &address);
+  static_cast<void>(readAddress(word(), &address));  // what is none stays 0
   return address;
 }
 
 void Columns::address6(uint8_t* address) {
   const char* text = word();
-  if (text) parseIpv6Address(text, address);
+  if (text) parseIpv6Address(text, address);  // what is none leaves the bytes as they are
 }
 
 }  // namespace kestrove

@@ -20,7 +20,7 @@ constexpr uint8_t storedSwitch(int32_t value) { return value == 1 ? SHM_ON : val
 constexpr int32_t fileSwitch(int32_t stored) { return stored == SHM_ON ? 1 : stored == SHM_OFF ? 0 : 2; }
 
 // A dotted quad; the text may be rewritten. False, with the code set and the address left alone, when it is none.
-bool readAddress(char* text, uint32_t* address);
+[[nodiscard]] bool readAddress(char* text, uint32_t* address);
 
 // The columns of a row, split in place at tab, blank and newline. When the row has ended the getters give nothing and
 // complete() is false.
@@ -28,14 +28,14 @@ class Columns {
  public:
   explicit Columns(char* value) : at_(value) {}
 
-  bool complete() const { return complete_; }
+  [[nodiscard]] bool complete() const { return complete_; }
   char* word();  // null when the row has ended
   int32_t number();
   uint32_t address();               // 0 when it is none
   void address6(uint8_t* address);  // left alone when it is none
 
  private:
-  bool begin();  // of the next word; false when the row has ended
+  [[nodiscard]] bool begin();  // of the next word; false when the row has ended
   void end(const char* end);
 
   char* at_;

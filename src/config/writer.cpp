@@ -44,7 +44,7 @@ void writeByKind(const Keyword& keyword, sys::TextWriter& out) {
   }
 }
 
-bool writeKeyword(const Keyword& keyword, sys::TextWriter& out) {
+[[nodiscard]] bool writeKeyword(const Keyword& keyword, sys::TextWriter& out) {
   if (keyword.write) return keyword.write(keyword.name, out);
   writeByKind(keyword, out);
   return true;

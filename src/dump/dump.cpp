@@ -32,14 +32,15 @@ constexpr Section kSections[] = {
     {"-->   Event log ------\n", nullptr},  // printEventLog writes it
 };
 
-// Runs the sections on a stream; those of the whole dump have their headings.
+// Runs the sections on a stream; those of the whole dump have their headings. The result is about the store alone: a
+// stream that takes no more tells its owner by ferror().
 template <class Dump>
-int dumpTo(FILE* stream, Dump dump) {
+[[nodiscard]] int dumpTo(FILE* stream, Dump dump) {
   if (!attachStore()) return -1;
   sys::StreamTarget target{stream ? stream : stdout};
   sys::TextWriter out(target);
   dump(out);
-  out.flush();
+  static_cast<void>(out.flush());
   return 0;
 }
 
@@ -57,7 +58,7 @@ using namespace kestrove;
 
 int dumpSharedMemory(FILE* stream) {
   if (dumpTo(stream, dumpSections) != 0) return -1;
-  printEventLog(stream);
+  printEventLog(stream);  // cannot fail: the store is attached by now
   fputc('\n', stream ? stream : stdout);
   return 0;
 }

@@ -51,7 +51,7 @@ char* putColumn(char* at, std::string_view text, const Column& column) {
   return at + blanks;
 }
 
-char* putRecord(char* at, const EventRecord& record, const Shape& shape) {
+[[nodiscard]] char* putRecord(char* at, const EventRecord& record, const Shape& shape) {
   at = sys::putDate(at, record.timestamp, shape.dateStyle, shape.timeSeparator);
   if (!at) return nullptr;
   const EventKind& kind = eventKind(record.eventId);

@@ -24,7 +24,7 @@ auto uninterrupted(Call call) {
   return result;
 }
 
-bool writeAll(int fd, const char* data, size_t size) {
+[[nodiscard]] bool writeAll(int fd, const char* data, size_t size) {
   while (size > 0) {
     ssize_t written = uninterrupted([&] { return write(fd, data, size); });
     if (written <= 0) return false;
@@ -34,7 +34,7 @@ bool writeAll(int fd, const char* data, size_t size) {
   return true;
 }
 
-bool readAll(int fd, char* data, size_t size) {
+[[nodiscard]] bool readAll(int fd, char* data, size_t size) {
   while (size > 0) {
     ssize_t taken = uninterrupted([&] { return read(fd, data, size); });
     if (taken <= 0) return false;
@@ -46,7 +46,7 @@ bool readAll(int fd, char* data, size_t size) {
 
 // Only after the whole image is in place: the file is never shorter than it. Its end is asked for first, which is
 // cheaper than everything about it.
-bool cutToSize(int fd) {
+[[nodiscard]] bool cutToSize(int fd) {
   if (lseek(fd, 0, SEEK_END) <= static_cast<off_t>(kImageSize)) return true;
   struct stat file;
   if (fstat(fd, &file) != 0) return false;

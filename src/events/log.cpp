@@ -30,9 +30,9 @@ void tellSyslog(uint32_t id, uint32_t source) {
   syslog(LOG_INFO, "Event logged: %s, %s, %s", kind.type, eventSourceText(source), kind.description);
 }
 
-int saveEvents() { return write_event_log(kEventLogFile, &shm->eventLog); }
+[[nodiscard]] int saveEvents() { return write_event_log(kEventLogFile, &shm->eventLog); }
 
-int copyForNewSystem() {
+[[nodiscard]] int copyForNewSystem() {
   char program[] = "cp", keepAll[] = "-a", to[] = "/old_dir/var/log/kestrove/";
   char from[sizeof kEventLogFile];
   memcpy(from, kEventLogFile, sizeof from);

@@ -23,20 +23,20 @@ constexpr char kArchive[] = STATE_DOCUMENTS "config-%s.zip";
 constexpr char kZip[] = "zip -j %s " STATE_STAGING "* > /dev/null 2>&1";
 
 // Whether a copy is there afterwards counts, not what the command says.
-int copyOut(const char* path, const char* copy) {
-  sys::runLine(kCopy, {Word::path(path), Word::path(copy)});
+[[nodiscard]] int copyOut(const char* path, const char* copy) {
+  static_cast<void>(sys::runLine(kCopy, {Word::path(path), Word::path(copy)}));
   if (exists(copy)) return 0;
   syslog(LOG_DEBUG, "copying %s failed", path);
   return -1;
 }
 
-int copyAgentFile(const StateFile& file) {
+[[nodiscard]] int copyAgentFile(const StateFile& file) {
   if (!missing(file.path)) return copyOut(file.path, file.copy);
   syslog(LOG_DEBUG, "%s missing", file.path);
   return 0;
 }
 
-int gatherFiles() {
+[[nodiscard]] int gatherFiles() {
   if (copyOut(ConfigurationPath().text(), kConfigurationCopy) != 0) return -1;
   for (const StateFile& file : kAgentFiles) {
     if (copyAgentFile(file) != 0) return -1;
@@ -46,13 +46,15 @@ int gatherFiles() {
 
 }  // namespace
 
+// Once its files are together an archive counts as made: emptying the folder, packing and the event are tried, and what
+// they come to changes no result.
 int makeArchive(const char* timestamp, uint32_t source, const char* user) {
   char archive[PATH_MAX];
   if (snprintf(archive, sizeof archive, kArchive, timestamp) >= PATH_MAX) return -1;
   if (!makeStaging()) return -1;
   callSystem(kEmptyStaging);
   if (gatherFiles() != 0) return -1;
-  sys::runLine(kZip, {Word::path(archive)});
+  static_cast<void>(sys::runLine(kZip, {Word::path(archive)}));
   callSystem(kEmptyStaging);
   logEvent(SHM_EVENT_STATE_SAVED, source, user);
   return 0;

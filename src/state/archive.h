@@ -6,6 +6,6 @@
 namespace kestrove {
 
 // Gathers the files, packs them and logs the event. 0 or -1. The caller holds the lock.
-int makeArchive(const char* timestamp, uint32_t source, const char* user);
+[[nodiscard]] int makeArchive(const char* timestamp, uint32_t source, const char* user);
 
 }  // namespace kestrove

@@ -19,31 +19,31 @@ using sys::Word;
 constexpr char kUnpack[] = "/usr/bin/unzip -o -qq " STATE_DOCUMENTS "config*.zip -d " STATE_STAGING;
 constexpr size_t kLongestLine = 512;
 
-int failed(const char* line) {
+[[nodiscard]] int failed(const char* line) {
   syslog(LOG_ERR, "Failed: %s", line);
   return -1;
 }
 
-int unpack() {
+[[nodiscard]] int unpack() {
   if (callSystem(kUnpack) != 0) return failed(kUnpack);
   syslog(LOG_DEBUG, "%s", kUnpack);
   return 0;
 }
 
-int copyBack(const char* copy, const char* path) {
+[[nodiscard]] int copyBack(const char* copy, const char* path) {
   if (sys::runLine(kCopy, {Word::path(copy), Word::path(path)}) == 0) return 0;
   char line[kLongestLine];
   snprintf(line, sizeof line, kCopy, copy, path);
   return failed(line);
 }
 
-int copyAgentFileBack(const StateFile& file) {
+[[nodiscard]] int copyAgentFileBack(const StateFile& file) {
   if (!missing(file.copy)) return copyBack(file.copy, file.path);
   syslog(LOG_DEBUG, "%s missing", file.path);
   return 0;
 }
 
-int putFilesBack() {
+[[nodiscard]] int putFilesBack() {
   if (!exists(kConfigurationCopy)) return -1;
   if (copyBack(kConfigurationCopy, ConfigurationPath().text()) != 0) return -1;
   for (const StateFile& file : kAgentFiles) {
@@ -52,8 +52,9 @@ int putFilesBack() {
   return exists(kPasswordFile.copy) ? copyBack(kPasswordFile.copy, kPasswordFile.path) : -1;
 }
 
+// The state is back already: a folder that keeps its copies is told of in the log, no more.
 void emptyStaging() {
-  if (callSystem(kEmptyStaging) != 0) failed(kEmptyStaging);
+  if (callSystem(kEmptyStaging) != 0) static_cast<void>(failed(kEmptyStaging));
   syslog(LOG_DEBUG, "%s", kEmptyStaging);
 }
 
@@ -67,6 +68,6 @@ int loadSystemState(uint32_t source, const char* user) {
   if (!makeStaging() || !dropOldCopies()) return -1;
   if (unpack() != 0 || !copiesAreRegular() || putFilesBack() != 0) return -1;
   emptyStaging();
-  logEvent(SHM_EVENT_STATE_RESTORED, source, user);
+  logEvent(SHM_EVENT_STATE_RESTORED, source, user);  // restored all the same when it cannot be logged
   return 0;
 }

@@ -17,7 +17,7 @@ constexpr char kRemoveScripts[] = "rm -f " STATE_DOCUMENTS "state*.txt > /dev/nu
 constexpr char kTimestampFormat[] = "%Y%m%d-%H%M%S";
 constexpr size_t kTimestampSize = 256;
 
-int reported(int result, const char* half) {
+[[nodiscard]] int reported(int result, const char* half) {
   if (result != 0) syslog(LOG_DEBUG, "%s failed", half);
   return result;
 }
@@ -28,7 +28,7 @@ int reported(int result, const char* half) {
 using namespace kestrove;
 
 // The lock is not given up in between: both halves are of one state. One half failing does not keep the other from
-// being saved.
+// being saved, and old files that cannot be removed keep none from it.
 int saveSystemState(uint32_t source, const char* user) {
   StoreLock lock;
   if (!lock) return -1;

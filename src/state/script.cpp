@@ -21,14 +21,14 @@ constexpr uint32_t kPlatformWithManagementPort = 14;
 
 // What the writer puts out goes to the stream, and on to its file.
 template <typename Write>
-int writeTo(FILE* stream, Write write) {
+[[nodiscard]] int writeTo(FILE* stream, Write write) {
   sys::StreamTarget target{stream};
   TextWriter out(target);
   write(out);
   return out.flush() && fflush(stream) == 0 ? 0 : -1;
 }
 
-int writeSection(FILE* stream, void (*write)(TextWriter&)) {
+[[nodiscard]] int writeSection(FILE* stream, void (*write)(TextWriter&)) {
   if (!stream) return fail(SHM_EINVAL);
   StoreLock lock;
   return lock ? writeTo(stream, write) : -1;
@@ -43,9 +43,9 @@ void writeScript(TextWriter& out) {
   writePolicyRouting(out);
   writeServices(out);
   writeAccelerationMode(out, product);
-  writeLink(out, 0);
-  writeLink(out, 1);
-  if (managementPort) writeLink(out, 3);
+  static_cast<void>(writeLink(out, 0));  // the numbers of all three are known
+  static_cast<void>(writeLink(out, 1));
+  if (managementPort) static_cast<void>(writeLink(out, 3));
   writeRoutes(out);
   writeRoutes6(out);
   writeRules(out);

@@ -13,7 +13,7 @@ void writePolicyRouting(sys::TextWriter& out);
 void writeServices(sys::TextWriter& out);
 void writeAccelerationMode(sys::TextWriter& out, uint32_t product);
 // False when there is no interface of that number with a link setting.
-bool writeLink(sys::TextWriter& out, int which);
+[[nodiscard]] bool writeLink(sys::TextWriter& out, int which);
 void writeRoute(sys::TextWriter& out, const RouteEntry& route);
 void writeRoute6(sys::TextWriter& out, const Route6Entry& route);
 void writeRoutes(sys::TextWriter& out);
@@ -21,6 +21,6 @@ void writeRoutes6(sys::TextWriter& out);
 void writeRules(sys::TextWriter& out);
 
 // The script whole, in its file. 0 or -1.
-int writeScriptFile(const char* timestamp);
+[[nodiscard]] int writeScriptFile(const char* timestamp);
 
 }  // namespace kestrove

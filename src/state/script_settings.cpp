@@ -110,7 +110,7 @@ const char* interfaceFlag(int32_t kind) {
   }
 }
 
-bool writeAddress(TextWriter& out, const ManagementAddress& entry) {
+[[nodiscard]] bool writeAddress(TextWriter& out, const ManagementAddress& entry) {
   if (entry.ipVersion != 4 && entry.ipVersion != 6) return false;
   out.text("ip add ");
   if (entry.ipVersion == 6) {

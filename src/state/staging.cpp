@@ -19,14 +19,14 @@ constexpr mode_t kPrivate = 0700;
 constexpr const char* kCopies[] = {kConfigurationCopy, kAgentFiles[0].copy, kAgentFiles[1].copy, kPasswordFile.copy};
 
 // One that is not there yet, as with its parent missing, is left to the command.
-bool privateFolder() {
+[[nodiscard]] bool privateFolder() {
   mkdir(kFolder, kPrivate);
   sys::Descriptor folder(open(kFolder, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!folder) return errno == ENOENT;
   return fchmod(folder.get(), kPrivate) == 0;
 }
 
-bool regularOrMissing(const char* path) {
+[[nodiscard]] bool regularOrMissing(const char* path) {
   struct stat status;
   return lstat(path, &status) == 0 ? S_ISREG(status.st_mode) : errno == ENOENT;
 }
@@ -38,7 +38,7 @@ bool makeStaging() {
     syslog(LOG_ERR, "%s cannot be used: %m", kFolder);
     return false;
   }
-  callSystem(kMakeStaging);
+  callSystem(kMakeStaging);  // fails whenever the folder is there; without one every copy fails and says so
   return true;
 }
 

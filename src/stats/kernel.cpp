@@ -20,20 +20,20 @@ constexpr double kTooMuch = 18446744073709551616.0;  // what 64 bits cannot hold
 // Columns of a line of the kernel's list behind the name.
 enum Column { kBytesIn = 0, kPacketsIn = 1, kDropsIn = 3, kBytesOut = 8, kPacketsOut = 9, kDropsOut = 11, kColumns };
 
-bool readSeconds(double& seconds) {
+[[nodiscard]] bool readSeconds(double& seconds) {
   Stream file(fopen(kUptimeFile, "re"));
   return file && fscanf(file.get(), "%lf", &seconds) == 1;
 }
 
 // The counters of a line when it is the named interface's: the text behind the colon. The heading lines have no colon.
-const char* countersOf(const char* line, const char* name) {
+[[nodiscard]] const char* countersOf(const char* line, const char* name) {
   line += strspn(line, " ");
   const char* colon = strchr(line, ':');
   size_t length = colon ? static_cast<size_t>(colon - line) : 0;
   return colon && strlen(name) == length && memcmp(line, name, length) == 0 ? colon + 1 : nullptr;
 }
 
-bool parseCounters(const char* text, unsigned long long (&counter)[kColumns]) {
+[[nodiscard]] bool parseCounters(const char* text, unsigned long long (&counter)[kColumns]) {
   for (unsigned long long& value : counter) {
     int used = 0;
     if (sscanf(text, "%llu%n", &value, &used) != 1) return false;

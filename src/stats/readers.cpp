@@ -18,7 +18,7 @@ static_assert(sizeof(QosRow) * SHM_QOS_ROWS == 440 && sizeof(InterfaceCounters) 
 
 // What to copy is found under the lock only: before it the store need not be attached.
 template <class Find>
-int copyLocked(void* out, size_t size, Find find) {
+[[nodiscard]] int copyLocked(void* out, size_t size, Find find) {
   if (!out) return fail(SHM_EINVAL);
   StoreLock lock;
   if (!lock) return -1;

@@ -1,4 +1,4 @@
-// Every reset changes the store first and logs its events last.
+// Every reset changes the store first and logs its events last; what becomes of an event changes no result.
 #include <stddef.h>
 #include <string.h>
 
@@ -40,7 +40,7 @@ void zeroFilter(StatisticsBlock& block) {
 // The engine's last record, the filter's totals and its last value outlive this reset.
 void zeroCounters(StatisticsBlock& block) {
   uint32_t uptime = 0;
-  getSystemUptime(&uptime);
+  getSystemUptime(&uptime);  // 0 when it cannot be read
   block.accumulatedIntervals = 0;
   block.counterLastResetTime = uptime;
   zero(block, kFirstPeak, kPeaksEnd);
@@ -54,10 +54,11 @@ void zeroQueue(QosRow& row) {
   row.priority = priority;
 }
 
-// With a de-duplication method set, the cache keeps its log.
+// With a de-duplication method set, the cache keeps its log. Where there is no cache the command fails, and nothing is
+// lost by that.
 void clearCacheLog() {
   if (shm->config.ddupOperState != 0) return;
-  sys::runShell(shm->config.webCacheOperState == SHM_ON ? kRotateCacheLog : kEmptyCacheLog);
+  static_cast<void>(sys::runShell(shm->config.webCacheOperState == SHM_ON ? kRotateCacheLog : kEmptyCacheLog));
 }
 
 }  // namespace

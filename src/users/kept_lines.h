@@ -19,14 +19,14 @@ class KeptLines {
 
   // Gathers every line whose name, the text before the first colon, is another one; lines without a colon too. A last
   // line without a newline is lost. False when the file cannot be read or the lines take more than the limit.
-  bool gather(FILE* file, std::string_view name);
+  [[nodiscard]] bool gather(FILE* file, std::string_view name);
 
   const char* data() const { return data_; }
   size_t size() const { return size_; }
 
  private:
-  bool keep(std::string_view line);
-  bool grow(size_t size);
+  [[nodiscard]] bool keep(std::string_view line);
+  [[nodiscard]] bool grow(size_t size);
 
   char* data_ = nullptr;
   size_t size_ = 0;

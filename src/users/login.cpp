@@ -26,7 +26,7 @@ bool anyAccountBeginsWith(const char* name) {
   return false;
 }
 
-bool rightPassword(const char* password, const char* stored) {
+[[nodiscard]] bool rightPassword(const char* password, const char* stored) {
   PasswordHash hash(password);
   if (hash && strcmp(hash.text(), stored) == 0) return true;
   syslog(LOG_DEBUG, "authenticateUser: wrong password: %s %s %s", password, hash.text(), stored);

@@ -18,7 +18,7 @@ constexpr size_t kShortestName = 5;
 
 bool letterOrDigit(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); }
 
-int checkName(std::string_view name) {
+[[nodiscard]] int checkName(std::string_view name) {
   for (char c : name) {
     if (!letterOrDigit(c)) return fail(SHM_EINVAL);
   }
@@ -65,7 +65,7 @@ int addUser(const UserAccount* given, const char* password) {
   if (validatePasswordComplexity(password, nullptr) == 0 && addPassword(name.text, password) == 0) return 0;
   uint32_t code = shm_errno;
   int error = errno;
-  if (takeBackAccount(name.text)) save_shared_memory();
+  if (takeBackAccount(name.text)) save_shared_memory();  // the first failure is the one to tell
   errno = error;
   return fail(static_cast<int>(code));
 }

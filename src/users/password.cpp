@@ -46,7 +46,7 @@ bool farEnough(std::string_view password, std::string_view old) {
   return shorter >= kFreeShortening || difference(password, old) >= kFreeShortening - shorter;
 }
 
-int checkPassword(std::string_view password, const char* old) {
+[[nodiscard]] int checkPassword(std::string_view password, const char* old) {
   if (password.size() < kShortestPassword || password.size() > kLongestPassword) return fail(SHM_ERANGE);
   for (const char* set : kRequiredSets) {
     if (password.find_first_of(set) == password.npos) return fail(SHM_EINVAL);

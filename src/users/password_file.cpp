@@ -25,7 +25,7 @@ uid_t freeUserNumber() {
 }
 
 // An unfinished last line would swallow the new one.
-bool finishLastLine(FILE* file, off_t size) {
+[[nodiscard]] bool finishLastLine(FILE* file, off_t size) {
   if (size == 0) return true;
   if (fseeko(file, -1, SEEK_END) != 0) return false;
   int last = fgetc(file);
@@ -33,7 +33,7 @@ bool finishLastLine(FILE* file, off_t size) {
   return last == '\n' || fputc('\n', file) != EOF;
 }
 
-bool append(FILE* file, const struct passwd& entry) {
+[[nodiscard]] bool append(FILE* file, const struct passwd& entry) {
   if (fseeko(file, 0, SEEK_END) != 0) return false;
   off_t size = ftello(file);
   if (finishLastLine(file, size) && putpwent(&entry, file) == 0 && fflush(file) == 0) return true;

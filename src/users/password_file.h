@@ -7,9 +7,9 @@
 namespace kestrove {
 
 // Appends a line for the user, with a user number that is free. 0, or -1 with SHM_EOPEN and the file as it was.
-int appendPasswordLine(const char* name, const char* hash);
+[[nodiscard]] int appendPasswordLine(const char* name, const char* hash);
 
 // Rewrites the file without the lines of that name. 0, or -1 with SHM_EOPEN and the file as it was.
-int removePasswordLines(std::string_view name);
+[[nodiscard]] int removePasswordLines(std::string_view name);
 
 }  // namespace kestrove

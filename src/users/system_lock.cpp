@@ -13,7 +13,7 @@ constexpr mode_t kLockFileMode = 0600;
 constexpr int kTries = 5;
 constexpr timespec kBetweenTries = {0, 200 * 1000 * 1000};
 
-bool ask(int file) {
+[[nodiscard]] bool ask(int file) {
   struct flock request = {};
   request.l_type = F_WRLCK;
   request.l_whence = SEEK_SET;
@@ -22,7 +22,7 @@ bool ask(int file) {
 
 bool taken() { return errno == EAGAIN || errno == EACCES; }
 
-bool acquire(int file) {
+[[nodiscard]] bool acquire(int file) {
   for (int tries = 1; !ask(file); ++tries) {
     if (!taken() || tries == kTries) return false;
     nanosleep(&kBetweenTries, nullptr);  // a signal only makes the next try come earlier
