@@ -18,9 +18,6 @@ namespace {
 
 constexpr int kHighestId = SHM_ITEM_FLAG_58;
 constexpr uint32_t kWanOptPlatform = 14;
-constexpr int kHighestMtu = 1500;
-constexpr uint32_t kLinkSettings[] = {SHM_LINK_AUTO,     SHM_LINK_10_HALF, SHM_LINK_10_FULL,  SHM_LINK_100_HALF,
-                                      SHM_LINK_100_FULL, SHM_LINK_120,     SHM_LINK_1000_FULL};
 constexpr char kRelayBypass[] = "/sbin/FtwWdgCtl ftw_pwr_bypass";
 constexpr char kRelayNormal[] = "/sbin/FtwWdgCtl ftw_pwr_normal";
 constexpr char kRelayDynamic[] = "/sbin/FtwWdgCtl ftw_dynamic_normal";
@@ -35,16 +32,26 @@ bool within(uint32_t value) {
   return refuseUnless(value >= Min && value <= Max);
 }
 
+template <uint32_t... Values>
+bool oneOf(uint32_t value) {
+  return refuseUnless(((value == Values) || ...));
+}
+
 bool bounded(uint32_t value, uint32_t min, int max) {
   return validateIntInBounds(static_cast<int>(value), static_cast<int>(min), max) == 0;
 }
 
+template <uint32_t Min, int Max>
+bool inBounds(uint32_t value) {
+  return bounded(value, Min, Max);
+}
+
+template <uint32_t ConfigRecord::*Min, int Max>
+bool inBoundsFrom(uint32_t value) {
+  return bounded(value, shm->config.*Min, Max);
+}
+
 bool any(uint32_t) { return true; }
-bool lanRate(uint32_t value) { return bounded(value, 10000, 100000000); }
-bool wanRate(uint32_t value) { return bounded(value, shm->config.minRate, INT32_MAX); }
-bool mtu(uint32_t value) { return bounded(value, shm->config.minMtu, kHighestMtu); }
-bool linkSetting(uint32_t value) { return refuseUnless(std::ranges::count(kLinkSettings, value) != 0); }
-constexpr auto onOff = within<SHM_ON, SHM_OFF>;
 
 bool onWanOptPlatform() { return shm->config.hardwarePlatform == kWanOptPlatform; }
 
@@ -67,104 +74,23 @@ int switchRelay(uint32_t value) {
   return 0;
 }
 
-#define FIELD(name) .width = sizeof(ConfigRecord::name), .place = offsetof(ConfigRecord, name)
+#define ITEM(number, member, ...) \
+  {.id = number, .width = sizeof(ConfigRecord::member), .place = offsetof(ConfigRecord, member), __VA_ARGS__},
+#define SWITCH .accepts = within<SHM_ON, SHM_OFF>,
+#define ANY .accepts = any,
+#define WITHIN(low, high) .accepts = within<low, high>,
+#define BOUNDS(low, high) .accepts = inBounds<low, high>,
+#define BOUNDS_FROM(field, high) .accepts = inBoundsFrom<&ConfigRecord::field, high>,
+#define ONE_OF(...) .accepts = oneOf<__VA_ARGS__>,
+#define PRESENT(function, text) .present = function,
+#define EVENTS(on, off) .onEvent = on, .offEvent = off,
+#define SAVE .save = true,
+#define BIT(bit) .pending = bit,
+#define ACTION(function, text) .action = function,
 
 constexpr Item kItems[] = {
-    {.id = SHM_ITEM_LAN_LINK_RATE,
-     FIELD(lanLinkRate),
-     .accepts = lanRate,
-     .save = true,
-     .pending = SHM_CHANGE_LAN_RATE},
-    {.id = SHM_ITEM_WAN_LINK_RATE,
-     FIELD(wanLinkRate),
-     .accepts = wanRate,
-     .save = true,
-     .pending = SHM_CHANGE_WAN_RATE},
-    {.id = SHM_ITEM_WAN_DEFAULT_RTT, FIELD(wanIpDefaultRtt)},
-    {.id = SHM_ITEM_WAN_MTU,
-     FIELD(wanMaximumTransferUnit),
-     .accepts = mtu,
-     .save = true,
-     .pending = SHM_CHANGE_WAN_MTU},
-    {.id = SHM_ITEM_LAN_MTU,
-     FIELD(lanMaximumTransferUnit),
-     .accepts = mtu,
-     .save = true,
-     .pending = SHM_CHANGE_LAN_MTU},
-    {.id = SHM_ITEM_LAN_LINK_SETTING,
-     FIELD(lanLinkSetting),
-     .accepts = linkSetting,
-     .save = true,
-     .action = applyLink<SHM_IF_LAN>},
-    {.id = SHM_ITEM_WAN_LINK_SETTING,
-     FIELD(wanLinkSetting),
-     .accepts = linkSetting,
-     .save = true,
-     .action = applyLink<SHM_IF_WAN>},
-    {.id = SHM_ITEM_MANAGEMENT_LINK_SETTING,
-     FIELD(managementLinkSetting),
-     .accepts = linkSetting,
-     .save = true,
-     .action = applyLink<SHM_IF_MANAGEMENT>},
-    {.id = SHM_ITEM_COMPRESSION,
-     FIELD(compression),
-     .accepts = onOff,
-     .onEvent = SHM_EVENT_COMPRESSION_ON,
-     .offEvent = SHM_EVENT_COMPRESSION_OFF,
-     .save = true,
-     .pending = SHM_CHANGE_COMPRESSION},
-    {.id = SHM_ITEM_BRIDGING, FIELD(transparentBridgeOperState)},
-    {.id = SHM_ITEM_SNMP,
-     FIELD(snmpOperState),
-     .accepts = onOff,
-     .onEvent = SHM_EVENT_SNMP_ENABLED,
-     .offEvent = SHM_EVENT_SNMP_DISABLED,
-     .save = true},
-    {.id = SHM_ITEM_SNMP_VERSION, FIELD(snmpVersion), .accepts = within<1, 3>},
-    {.id = SHM_ITEM_WEB,
-     FIELD(httpOperState),
-     .accepts = onOff,
-     .onEvent = SHM_EVENT_WEB_ENABLED,
-     .offEvent = SHM_EVENT_WEB_DISABLED,
-     .save = true},
-    {.id = SHM_ITEM_CLI, FIELD(cliOperState), .accepts = onOff, .save = true},
-    {.id = SHM_ITEM_ENGINE, FIELD(kestroveOperState), .accepts = onOff},
-    {.id = SHM_ITEM_SPARE_FLAG, FIELD(spareFlag), .accepts = any},
-    {.id = SHM_ITEM_SSH,
-     FIELD(sshdOperState),
-     .accepts = onOff,
-     .onEvent = SHM_EVENT_SSH_DAEMON_ENABLED,
-     .offEvent = SHM_EVENT_SSH_DAEMON_DISABLED,
-     .save = true},
-    {.id = SHM_ITEM_BANNER, FIELD(bannerOperState), .accepts = onOff, .save = true},
-    {.id = SHM_ITEM_SINGLE_INTERFACE, FIELD(singleInterfaceMode)},
-    {.id = SHM_ITEM_POLICY_ROUTING, FIELD(pbrOperState), .accepts = onOff, .action = switchPolicyRouting},
-    {.id = SHM_ITEM_LAN_PBR_ROUTE_SET, FIELD(lanPbrRouteSet), .accepts = any},
-    {.id = SHM_ITEM_WAN_PBR_ROUTE_SET, FIELD(wanPbrRouteSet), .accepts = any},
-    {.id = SHM_ITEM_WAN_CONGESTION,
-     FIELD(wanCongestionControl),
-     .accepts = within<SHM_CONGESTION_PER_CONNECTION, SHM_CONGESTION_NONE>,
-     .save = true,
-     .pending = SHM_CHANGE_CONGESTION},
-    {.id = SHM_ITEM_LOGGING, FIELD(loggingOperState), .accepts = onOff, .save = true},
-    {.id = SHM_ITEM_FILE_BUFFERING, FIELD(fileBuffering), .accepts = onOff, .save = true},
-    {.id = SHM_ITEM_VALUE_38, FIELD(item38Value), .accepts = any, .save = true, .pending = SHM_CHANGE_ITEM_38},
-    {.id = SHM_ITEM_RELAY_AVAILABLE, FIELD(failToWireAvailable), .accepts = onOff},
-    {.id = SHM_ITEM_RELAY_STATUS, FIELD(failToWireStatus), .accepts = any},
-    {.id = SHM_ITEM_RELAY_SETTING, FIELD(failToWireConfig), .accepts = within<1, 2>, .action = switchRelay},
-    {.id = SHM_ITEM_OPERATING_MODE, FIELD(opModeState)},
-    {.id = SHM_ITEM_PLATFORM, FIELD(hardwarePlatform), .accepts = within<0, 15>},
-    {.id = SHM_ITEM_IPV6_SUPPORT, FIELD(ipv6Support)},
-    {.id = SHM_ITEM_WAN_OPT_SUPPORT, FIELD(wanOptSupport), .present = onWanOptPlatform},
-    {.id = SHM_ITEM_MIN_RATE, FIELD(minRate)},
-    {.id = SHM_ITEM_MIN_MTU, FIELD(minMtu)},
-    {.id = SHM_ITEM_SESSION_TIMEOUT, FIELD(httpSessionTimeout), .accepts = any},
-    {.id = SHM_ITEM_FLAG_55, FIELD(flags[0]), .accepts = within<0, 1>, .save = true},
-    {.id = SHM_ITEM_FLAG_56, FIELD(flags[1]), .accepts = within<0, 1>, .save = true},
-    {.id = SHM_ITEM_FLAG_57, FIELD(flags[2]), .accepts = within<0, 1>, .save = true},
-    {.id = SHM_ITEM_FLAG_58, FIELD(flags[3]), .accepts = within<0, 1>, .save = true},
+#include "items/items.def"
 };
-#undef FIELD
 
 constexpr auto kItemOfId = [] {
   std::array<const Item*, kHighestId + 1> items = {};

@@ -18,6 +18,7 @@ namespace {
 struct NetworkItem {
   uint8_t id = 0;
   uint16_t place = 0;
+  uint8_t synonym = 0;          // a second id, or 0
   bool netmask = false;         // refuses 0 and masks with holes
   bool dropsWanArp = false;     // the WAN gateway's ARP entry goes before the change
   uint32_t pendingWithPbr = 0;  // change bit, with a signal, while policy routing is on
@@ -34,43 +35,22 @@ void readdressWanPort() {
   shm_ifconfig(name.text, config.wanIpAddress, config.wanIpAddressMask, config.wanBroadcastAddress);
 }
 
-#define FIELD(name) .place = offsetof(ConfigRecord, name)
+#define NETWORK_ITEM(number, member, ...) {.id = number, .place = offsetof(ConfigRecord, member), __VA_ARGS__},
+#define ALSO(number) .synonym = number,
+#define NO_HOLES .netmask = true,
+#define DROPS_WAN_ARP .dropsWanArp = true,
+#define PBR_BIT(bit) .pendingWithPbr = bit,
+#define MODE_EVENT(event) .modeEvent = event,
+#define ACTION(function, text) .action = function,
 
 constexpr NetworkItem kNetworkItems[] = {
-    {.id = SHM_NET_MANAGEMENT_ADDRESS,
-     FIELD(managementAddress),
-     .pendingWithPbr = SHM_CHANGE_MANAGEMENT,
-     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT,
-     .action = refreshServers},
-    {.id = SHM_NET_MANAGEMENT_MASK,
-     FIELD(managementAddressMask),
-     .netmask = true,
-     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT},
-    {.id = SHM_NET_MANAGEMENT_BROADCAST,
-     FIELD(managementBroadcastAddress),
-     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT},
-    {.id = SHM_NET_LAN_ADDRESS, FIELD(lanIpAddress), .modeEvent = SHM_MODE_EVENT_LAN_ADDRESS},
-    {.id = SHM_NET_LAN_MASK, FIELD(lanIpAddressMask), .modeEvent = SHM_MODE_EVENT_LAN_MASK},
-    {.id = SHM_NET_LAN_BROADCAST, FIELD(lanBroadcastAddress), .modeEvent = SHM_MODE_EVENT_LAN_ADDRESS},
-    {.id = SHM_NET_WAN_ADDRESS, FIELD(wanIpAddress), .modeEvent = SHM_MODE_EVENT_WAN_ADDRESS},
-    {.id = SHM_NET_WAN_MASK, FIELD(wanIpAddressMask), .modeEvent = SHM_MODE_EVENT_WAN_MASK},
-    {.id = SHM_NET_WAN_BROADCAST, FIELD(wanBroadcastAddress), .modeEvent = SHM_MODE_EVENT_WAN_ADDRESS},
-    {.id = SHM_NET_MANAGEMENT_MASK_2,
-     FIELD(managementAddressMask),
-     .netmask = true,
-     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT},
-    {.id = SHM_NET_MANAGEMENT_BROADCAST_2,
-     FIELD(managementBroadcastAddress),
-     .modeEvent = SHM_MODE_EVENT_INBAND_MANAGEMENT},
-    // It is the WAN gateway's ARP entry that goes with a new LAN gateway: kept on purpose.
-    {.id = SHM_NET_LAN_GATEWAY, FIELD(lanGateway), .dropsWanArp = true, .modeEvent = SHM_MODE_EVENT_LAN_GATEWAY},
-    {.id = SHM_NET_WAN_GATEWAY, FIELD(wanGateway), .dropsWanArp = true, .action = readdressWanPort},
+#include "items/items.def"
 };
-#undef FIELD
 
 const NetworkItem* findItem(int id) {
+  if (id == 0) return nullptr;  // the synonym of a row that has none
   for (const NetworkItem& item : kNetworkItems) {
-    if (item.id == id) return &item;
+    if (item.id == id || item.synonym == id) return &item;
   }
   return nullptr;
 }

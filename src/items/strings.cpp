@@ -1,6 +1,7 @@
 // The numbered texts: a table, and its exported accessors.
 #include <string.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/items.h"
 #include "kestrove/persistence.h"
 #include "store/fail.h"
@@ -16,13 +17,14 @@ using TextField = char (ConfigRecord::*)[kTextSize];
 struct TextItem {
   int id;
   TextField field;
-  bool settable;
+  bool settable = false;
 };
 
+#define TEXT(number, member, ...) {.id = number, .field = &ConfigRecord::member, __VA_ARGS__},
+#define SETTABLE .settable = true,
+
 constexpr TextItem kTexts[] = {
-    {1, &ConfigRecord::sysName, true},         {2, &ConfigRecord::sysLocation, true},
-    {3, &ConfigRecord::sysContact, true},      {4, &ConfigRecord::sysDescription, false},
-    {8, &ConfigRecord::httpEncryptedId, true},
+#include "items/items.def"
 };
 
 const TextItem* findText(int id) {
