@@ -1,81 +1,60 @@
 #include "tools/ctl/item_names.h"
 
+#include "kestrove/codes.h"
 #include "kestrove/segment.h"
 
 namespace ctl {
 namespace {
 
-constexpr char kOnOff[] = "on, off";
-constexpr char kLink[] = "1 (auto), 20, 40, 80, 100, 120, 140";
-constexpr char kAddress[] = "an IPv4 address";
-constexpr char kMask[] = "a netmask or prefix length";
-constexpr char kAny[] = "0..4294967295";
-constexpr char kText256[] = "up to 256 characters";
+// Network items and texts save whatever changes.
+constexpr Keeping keepingOf(const ItemRow& row) {
+  if (!*row.keyword) return Keeping::kUntilRebuilt;
+  return row.saves || row.actionSaves || row.family != ItemFamily::kConfig ? Keeping::kSaved : Keeping::kSavedLater;
+}
 
-constexpr auto kSaved = Keeping::kSaved;
-constexpr auto kSavedLater = Keeping::kSavedLater;
-constexpr auto kConfig = ItemFamily::kConfig;
-constexpr auto kNetwork = ItemFamily::kNetwork;
-constexpr auto kString = ItemFamily::kText;
+constexpr ItemRow completed(ItemRow row) {
+  if (!row.name) row.name = row.field;
+  row.keeping = keepingOf(row);
+  return row;
+}
+
+#define ROW(kind, number, member) .code = #number, .field = #member, .family = ItemFamily::kind, .id = number
+#define ITEM(number, member, ...) completed({ROW(kConfig, number, member), __VA_ARGS__}),
+#define NETWORK_ITEM(number, member, ...) completed({ROW(kNetwork, number, member), __VA_ARGS__}),
+#define TEXT(number, member, ...) completed({ROW(kText, number, member), .form = ItemForm::kText, __VA_ARGS__}),
+#define NAME(word) .name = word,
+#define ALSO(number) .synonym = number,
+#define READ_ONLY_SWITCH .form = ItemForm::kSwitch,
+#define SWITCH .form = ItemForm::kSwitch, .range = "on, off",
+#define ANY .range = within(0, UINT32_MAX),
+#define ANY_BYTE .range = within(0, UINT8_MAX),
+#define WITHIN(low, high) .range = within(low, high),
+#define BOUNDS(low, high) .range = within(low, high),
+#define BOUNDS_FROM(lowest, high) .range = upTo(high, #lowest),
+#define ONE_OF(...) .range = oneOf({__VA_ARGS__}),
+#define NAMED(value, word) \
+  { value, word }
+#define ADDRESS .form = ItemForm::kAddress, .range = "an IPv4 address",
+#define MASK .form = ItemForm::kAddress, .range = "a netmask or prefix length",
+#define SETTABLE .range = "up to 256 characters",
+#define UNIT(text) .unit = text,
+#define NO_HOLES .noHoles = true,
+#define PRESENT(function, text) .present = text,
+#define EVENTS(on, off) .onEvent = on, .offEvent = off,
+#define SAVE .saves = true,
+#define BIT(mark) .bit = mark,
+#define DROPS_WAN_ARP .dropsWanArp = true,
+#define PBR_BIT(mark) .pbrBit = mark,
+#define MODE_EVENT(event) .modeEvent = event,
+#define ACTION(function, text) .action = text,
+#define SAVING_ACTION(function, text) .action = text, .actionSaves = true,
+#define KEYWORD(word) .keyword = word,
+#define REMARK(text) .remark = text,
 
 constexpr ItemRow kRows[] = {
-    {"lanLinkRate", kConfig, 1, ItemForm::kNumber, "bit/s", "10000..100000000", kSaved},
-    {"wanLinkRate", kConfig, 2, ItemForm::kNumber, "bit/s", "minRate..2147483647", kSaved},
-    {"wanIpDefaultRtt", kConfig, 3, ItemForm::kNumber, "", ""},
-    {"wanMaximumTransferUnit", kConfig, 4, ItemForm::kNumber, "bytes", "minMtu..1500", kSaved},
-    {"lanMaximumTransferUnit", kConfig, 5, ItemForm::kNumber, "bytes", "minMtu..1500", kSaved},
-    {"lanLinkSetting", kConfig, 6, ItemForm::kNumber, "", kLink, kSaved},
-    {"wanLinkSetting", kConfig, 7, ItemForm::kNumber, "", kLink, kSaved},
-    {"managementLinkSetting", kConfig, 8, ItemForm::kNumber, "", kLink, kSaved},
-    {"compression", kConfig, 9, ItemForm::kSwitch, "", kOnOff, kSaved},
-    {"transparentBridgeOperState", kConfig, 10, ItemForm::kSwitch, "", ""},
-    {"snmpOperState", kConfig, 11, ItemForm::kSwitch, "", kOnOff, kSaved},
-    {"snmpVersion", kConfig, 12, ItemForm::kNumber, "", "1..3", kSavedLater},
-    {"httpOperState", kConfig, 13, ItemForm::kSwitch, "", kOnOff, kSaved},
-    {"cliOperState", kConfig, 14, ItemForm::kSwitch, "", kOnOff, kSaved},
-    {"kestroveOperState", kConfig, 15, ItemForm::kSwitch, "", kOnOff, kSavedLater},
-    {"spareFlag", kConfig, 16, ItemForm::kNumber, "", "0..255"},
-    {"sshdOperState", kConfig, 17, ItemForm::kSwitch, "", kOnOff, kSaved},
-    {"bannerOperState", kConfig, 18, ItemForm::kSwitch, "", kOnOff, kSaved},
-    {"singleInterfaceMode", kConfig, 19, ItemForm::kSwitch, "", ""},
-    {"pbrOperState", kConfig, 20, ItemForm::kSwitch, "", kOnOff, kSaved},
-    {"lanPbrRouteSet", kConfig, 25, ItemForm::kNumber, "", kAny},
-    {"wanPbrRouteSet", kConfig, 26, ItemForm::kNumber, "", kAny},
-    {"wanCongestionControl", kConfig, 35, ItemForm::kNumber, "", "2..5", kSaved},
-    {"loggingOperState", kConfig, 36, ItemForm::kSwitch, "", kOnOff, kSaved},
-    {"fileBuffering", kConfig, 37, ItemForm::kSwitch, "", kOnOff},
-    {"item38Value", kConfig, 38, ItemForm::kNumber, "", kAny},
-    {"failToWireAvailable", kConfig, 39, ItemForm::kSwitch, "", kOnOff},
-    {"failToWireStatus", kConfig, 40, ItemForm::kNumber, "", kAny},
-    {"failToWireConfig", kConfig, 41, ItemForm::kNumber, "", "1 (bypass), 2 (normal)", kSavedLater},
-    {"opModeState", kConfig, 43, ItemForm::kNumber, "", ""},
-    {"hardwarePlatform", kConfig, 44, ItemForm::kNumber, "", "0..15"},
-    {"ipv6Support", kConfig, 47, ItemForm::kSwitch, "", ""},
-    {"wanOptSupport", kConfig, 48, ItemForm::kSwitch, "", ""},
-    {"minRate", kConfig, 52, ItemForm::kNumber, "bit/s", ""},
-    {"minMtu", kConfig, 53, ItemForm::kNumber, "bytes", ""},
-    {"httpSessionTimeout", kConfig, 54, ItemForm::kNumber, "", kAny},
-    {"flag55", kConfig, 55, ItemForm::kNumber, "", "0, 1"},
-    {"flag56", kConfig, 56, ItemForm::kNumber, "", "0, 1"},
-    {"flag57", kConfig, 57, ItemForm::kNumber, "", "0, 1"},
-    {"flag58", kConfig, 58, ItemForm::kNumber, "", "0, 1"},
-    {"managementAddress", kNetwork, 1, ItemForm::kAddress, "", kAddress},
-    {"managementAddressMask", kNetwork, 2, ItemForm::kAddress, "", kMask, kSaved},
-    {"managementBroadcastAddress", kNetwork, 3, ItemForm::kAddress, "", kAddress},
-    {"lanIpAddress", kNetwork, 4, ItemForm::kAddress, "", kAddress, kSaved},
-    {"lanIpAddressMask", kNetwork, 5, ItemForm::kAddress, "", kMask, kSaved},
-    {"lanBroadcastAddress", kNetwork, 6, ItemForm::kAddress, "", kAddress},
-    {"wanIpAddress", kNetwork, 7, ItemForm::kAddress, "", kAddress, kSaved},
-    {"wanIpAddressMask", kNetwork, 8, ItemForm::kAddress, "", kMask, kSaved},
-    {"wanBroadcastAddress", kNetwork, 9, ItemForm::kAddress, "", kAddress},
-    {"lanGateway", kNetwork, 14, ItemForm::kAddress, "", kAddress, kSaved},
-    {"wanGateway", kNetwork, 15, ItemForm::kAddress, "", kAddress, kSaved},
-    {"sysName", kString, 1, ItemForm::kText, "", kText256, kSaved},
-    {"sysLocation", kString, 2, ItemForm::kText, "", kText256, kSaved},
-    {"sysContact", kString, 3, ItemForm::kText, "", kText256, kSaved},
-    {"sysDescription", kString, 4, ItemForm::kText, "", ""},
-    {"httpEncryptedId", kString, 8, ItemForm::kText, "", kText256},
+#include "items/items.def"
 };
+#undef ROW
 
 void resolve(std::string& range, const std::string& name, uint32_t value) {
   const size_t at = range.find(name);
@@ -94,7 +73,7 @@ const ItemRow* findItem(const std::string& name) {
 }
 
 std::string rangeText(const ItemRow& row) {
-  std::string range = row.range;
+  std::string range(row.range);
   resolve(range, "minRate", shm->config.minRate);
   resolve(range, "minMtu", shm->config.minMtu);
   return range;

@@ -1,9 +1,11 @@
-// The items by name: one row each.
+// The items by name: one row each, from the table that the library's setters are made from.
 #pragma once
 
 #include <cstdint>
 #include <span>
 #include <string>
+
+#include "tools/ctl/item_range.h"
 
 namespace ctl {
 
@@ -18,13 +20,30 @@ enum class Keeping {
 };
 
 struct ItemRow {
-  const char* name;
+  const char* code;   // of codes.h
+  const char* field;  // of the configuration record
   ItemFamily family;
   int id;
-  ItemForm form;
-  const char* unit;   // empty where there is none
-  const char* range;  // empty where the item cannot be set; may name minRate and minMtu, which are the store's
-  Keeping keeping = Keeping::kUntilRebuilt;
+  const char* name = nullptr;  // the field's where the row gives no other
+  int synonym = 0;             // a second id of a network item
+  ItemForm form = ItemForm::kNumber;
+  ItemRange range = {};   // empty where the item cannot be set; may name minRate and minMtu, which are the store's
+  const char* unit = "";  // empty where there is none
+  bool noHoles = false;   // refuses the mask 0 and masks with holes
+  const char* present = "";
+  // What a change does; the texts are empty where there is nothing to say.
+  int onEvent = 0;
+  int offEvent = 0;
+  bool saves = false;
+  uint32_t bit = 0;
+  bool dropsWanArp = false;
+  uint32_t pbrBit = 0;
+  int modeEvent = 0;
+  const char* action = "";
+  bool actionSaves = false;
+  const char* keyword = "";  // of its line in a saved configuration file
+  const char* remark = "";
+  Keeping keeping = Keeping::kUntilRebuilt;  // follows from the rest
 };
 
 std::span<const ItemRow> itemRows();
