@@ -5,8 +5,8 @@
 #ifndef KESTROVE_CODES_H
 #define KESTROVE_CODES_H
 
-/* Items of getKestroveConfigItem and setKestroveConfigItem, by the field that each names. items.h tells what they
- * accept and do. */
+/* Items of getKestroveConfigItem and setKestroveConfigItem, by the field that each names. doc/items.md tells what
+ * they accept and do. */
 enum {
   SHM_ITEM_LAN_LINK_RATE = 1,           /* lanLinkRate, bit/s */
   SHM_ITEM_WAN_LINK_RATE = 2,           /* wanLinkRate, bit/s */

@@ -23,51 +23,14 @@
 extern "C" {
 #endif
 
-/* Ids, fields, what is accepted (a switch is 1 for on, 2 for off) and what a change does:
-    1 lanLinkRate             10000 to 100000000                   save, bit 0
-    2 wanLinkRate             minRate to 2147483647                save, bit 1
-    3 wanIpDefaultRtt         not settable
-    4 wanMaximumTransferUnit  minMtu to 1500                       save, bit 3
-    5 lanMaximumTransferUnit  minMtu to 1500                       save, bit 2
-    6 lanLinkSetting          1 20 40 80 100 120 140               save, setSystemLinkSetting(0)
-    7 wanLinkSetting          as 6                                 save, setSystemLinkSetting(1)
-    8 managementLinkSetting   as 6                                 save, setSystemLinkSetting(3)
-    9 compression             switch                               event 9 or 10, save, bit 5
-   10 transparentBridgeOperState  not settable
-   11 snmpOperState           switch                               event 11 or 12, save
-   12 snmpVersion             1 to 3
-   13 httpOperState           switch                               event 18 or 19, save
-   14 cliOperState            switch                               save
-   15 kestroveOperState       switch
-   16 spareFlag               any, the low byte is kept
-   17 sshdOperState           switch                               event 37 or 38, save
-   18 bannerOperState         switch                               save
-   19 singleInterfaceMode     not settable, see setSingleInterfaceMode
-   20 pbrOperState            switch                               OpModeState with event 4 (on) or 5 (off), whose
-                                                                   result is given; it saves and signals itself
-   25 lanPbrRouteSet          any
-   26 wanPbrRouteSet          any
-   35 wanCongestionControl    2 to 5                               save, bit 6
-   36 loggingOperState        switch                               save
-   37 fileBuffering           switch                               save
-   38 item38Value             any                                  save, bit 10
-   39 failToWireAvailable     switch
-   40 failToWireStatus        any
-   41 failToWireConfig        1 bypass, 2 normal                   the relay's two commands, a second apart
-   43 opModeState             not settable
-   44 hardwarePlatform        0 to 15
-   47 ipv6Support             not settable
-   48 wanOptSupport           not settable; reads 0 on any platform but 14
-   52 minRate                 not settable
-   53 minMtu                  not settable
-   54 httpSessionTimeout      any
-   55 to 58 flags             0 or 1                               save */
+/* Ids are SHM_ITEM_* of codes.h. doc/items.md lists for each of them the field, what is accepted (a switch is 1 for on,
+   2 for off) and what a change does. */
 
 /* SHM_EINVAL: no such id. */
 KESTROVE_API int getKestroveConfigItem(int id, uint32_t* out);
 
-/* SHM_ERANGE: a value of items 1, 2, 4 or 5 out of its bounds. SHM_EINVAL: any other value that is not accepted, an id
-   that is not listed or not settable. */
+/* SHM_ERANGE: a rate or an MTU out of its bounds. SHM_EINVAL: any other value that is not accepted, an id that is not
+   listed or not settable. */
 KESTROVE_API int setKestroveConfigItem(int id, uint32_t value, uint32_t source, const char* user);
 
 /* Called outside the lock with the two arguments as given. A null hook is skipped. */
@@ -81,30 +44,22 @@ KESTROVE_API int setKestroveConfigItemPreAct(int id, uint32_t value, uint32_t so
 KESTROVE_API int setKestroveConfigItemPostAct(int id, uint32_t value, uint32_t source, const char* user,
                                               ConfigHook hook, void* a, void* b);
 
-/* Addresses, all in network byte order, and the event that drives the operating modes on a change:
-    1 managementAddress           12; while policy routing is on also bit 13 with a signal to the engine, before the
-                                  event; after it refresh_userinterface_apps
-    2 12 managementAddressMask    12; 0 and masks with holes are refused, also when equal to the stored one
-    3 13 managementBroadcastAddress  12
-    4 lanIpAddress                14     7 wanIpAddress         13
-    5 lanIpAddressMask            18     8 wanIpAddressMask     17
-    6 lanBroadcastAddress         14     9 wanBroadcastAddress  13
-   14 lanGateway                  16; before the change the WAN gateway's ARP entry is deleted
-   15 wanGateway                  none; before the change its old ARP entry is deleted, after it the physical WAN port
-                                  gets its address again (shm_ifconfig) */
+/* Addresses, all in network byte order. Ids are SHM_NET_* of codes.h; doc/items.md lists for each of them the field,
+   the event that drives the operating modes on a change, and what else a change does. */
 
 /* SHM_EINVAL: no such id. */
 KESTROVE_API int getNetworkConfigItem(int id, uint32_t* out);
 
 /* After the event saves the store and refreshes the route table with the source and user. What the system refuses
-   (ARP entry, address, event) does not fail the set. SHM_EINVAL: no such id. SHM_EMASK: mask refused. */
+   (ARP entry, address, event) does not fail the set. SHM_EINVAL: no such id. SHM_EMASK: a management mask of 0 or
+   with holes, also when equal to the stored one. */
 KESTROVE_API int setNetworkConfigItem(int id, const uint32_t* value, uint32_t source, const char* user);
 
 /* As setKestroveConfigItemPostAct. */
 KESTROVE_API int setNetworkConfigItemPostAct(int id, const uint32_t* value, uint32_t source, const char* user,
                                              ConfigHook hook, void* a, void* b);
 
-/* Texts: 1 sysName, 2 sysLocation, 3 sysContact, 4 sysDescription (not settable), 8 httpEncryptedId. */
+/* Texts. Ids are SHM_TEXT_* of codes.h; doc/items.md lists their fields. */
 
 /* size: of the buffer, at least 256. A text of 256 characters fills a buffer of 256 without a terminator.
    SHM_EINVAL: no such id, a smaller size. */
