@@ -47,7 +47,7 @@ constexpr NetworkItem kNetworkItems[] = {
 #include "items/items.def"
 };
 
-const NetworkItem* findItem(int id) {
+const NetworkItem* findNetworkItem(int id) {
   if (id == 0) return nullptr;  // the synonym of a row that has none
   for (const NetworkItem& item : kNetworkItems) {
     if (item.id == id || item.synonym == id) return &item;
@@ -84,7 +84,7 @@ int getNetworkConfigItem(int id, uint32_t* out) {
   if (!out) return fail(SHM_EINVAL);
   StoreLock lock;
   if (!lock) return -1;
-  const NetworkItem* item = findItem(id);
+  const NetworkItem* item = findNetworkItem(id);
   if (!item) return fail(SHM_EINVAL);
   *out = fieldOf(*item);
   return 0;
@@ -94,7 +94,7 @@ int setNetworkConfigItem(int id, const uint32_t* value, uint32_t source, const c
   if (!value) return fail(SHM_EINVAL);
   StoreLock lock;
   if (!lock) return -1;
-  const NetworkItem* item = findItem(id);
+  const NetworkItem* item = findNetworkItem(id);
   if (!item) return fail(SHM_EINVAL);
   if (item->netmask && !usableMask(*value)) return fail(SHM_EMASK);
   if (fieldOf(*item) == *value) return 0;
