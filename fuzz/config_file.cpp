@@ -5,7 +5,7 @@
 
 #include "config/reader.h"
 #include "config/writer.h"
-#include "fuzz/fixture.h"
+#include "fuzz/fuzz_fixture.h"
 #include "sys/descriptor.h"
 
 using namespace kestrove;

@@ -3,7 +3,7 @@
 
 #include "config/line_source.h"
 #include "config/reader.h"
-#include "fuzz/fixture.h"
+#include "fuzz/fuzz_fixture.h"
 
 using namespace kestrove;
 

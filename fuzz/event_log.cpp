@@ -10,7 +10,7 @@
 
 #include <initializer_list>
 
-#include "fuzz/fixture.h"
+#include "fuzz/fuzz_fixture.h"
 #include "kestrove/kestrove.h"
 #include "sys/descriptor.h"
 

@@ -3,7 +3,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "fuzz/fixture.h"
+#include "fuzz/fuzz_fixture.h"
 #include "net/dhcp/lease.h"
 
 namespace {

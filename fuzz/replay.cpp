@@ -6,7 +6,7 @@
 #include <iterator>
 #include <string>
 
-#include "fuzz/fixture.h"
+#include "fuzz/fuzz_fixture.h"
 
 namespace {
 

@@ -3,6 +3,7 @@
 #include <stddef.h>
 #include <string.h>
 
+#include "tests/support/addresses.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
@@ -164,10 +165,10 @@ class AddressTest : public FieldTest {};
 INSTANTIATE_TEST_SUITE_P(Keywords, AddressTest, ValuesIn(kAddresses), nameOf);
 
 TEST_P(AddressTest, TakesADottedQuad) {
-  EXPECT_EQ(inet_addr("192.168.1.10"), numberOf(" 192.168.1.10"));
-  EXPECT_EQ(inet_addr("10.1.0.1"), numberOf(" 010.001.0000.1 "));
+  EXPECT_EQ(quad("192.168.1.10"), numberOf(" 192.168.1.10"));
+  EXPECT_EQ(quad("10.1.0.1"), numberOf(" 010.001.0000.1 "));
   EXPECT_EQ(0u, numberOf(" 0.0.0.0"));
-  EXPECT_EQ(inet_addr("1.2.3.4"), numberOf("\t1.2.3.00000000000004"));
+  EXPECT_EQ(quad("1.2.3.4"), numberOf("\t1.2.3.00000000000004"));
 }
 
 TEST_P(AddressTest, KeepsTheFieldWhenTheValueIsNone) {

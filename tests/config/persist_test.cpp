@@ -6,13 +6,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tests/support/files.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
 namespace kestrove::testing {
 namespace {
 
-constexpr char kFile[] = "/etc/config/kestrove.conf";
 constexpr char kInput[] = "/tmp/input.conf";
 
 class LoadTest : public StoreTest {
@@ -129,8 +129,8 @@ TEST_F(LoadTest, RowsAreOnlyStored) {
       "USER_ACCOUNT admin 1 0 0\nROUTE 10.1.0.0 255.255.0.0 192.168.1.1 3\nROUTE6 2001:db8:: 32 fd00::1 3\n"
       "SELEC_ACCEL_ANY 6 0 0 80 80 1 NONE 20000 1 3\nMANAGEMENT_ADDR 4 10.1.1.1 255.0.0.0 4\nMANAGEMENT_ADDR_6 fd00::2 "
       "64\n";
-  writeFile(kFile, text);
-  EXPECT_EQ(0, load_shared_memory(kFile));
+  writeFile(kConfigFile, text);
+  EXPECT_EQ(0, load_shared_memory(kConfigFile));
   EXPECT_EQ(1, shm->config.userCount);
   EXPECT_EQ(2, shm->filterTable.ruleCount);
   EXPECT_EQ(1, shm->managementAddressCount);
@@ -138,7 +138,7 @@ TEST_F(LoadTest, RowsAreOnlyStored) {
   EXPECT_EQ(3u, shm->routes.slot[0].status) << "no kernel was asked";
   EXPECT_EQ(0u, shm->pendingChanges);
   EXPECT_EQ(0u, shm->eventLog.writeIndex);
-  EXPECT_EQ(text, readFile(kFile));
+  EXPECT_EQ(text, readFile(kConfigFile));
 }
 
 class SaveTest : public StoreTest {
@@ -160,20 +160,20 @@ class SaveTest : public StoreTest {
 
 TEST_F(SaveTest, EveryStateButConfigurationModeSaves) {
   for (uint32_t state : {0u, 1u, 2u, 3u, 5u}) {
-    unlink(kFile);
+    unlink(kConfigFile);
     shm->operationalState = state;
     EXPECT_EQ(0, save_shared_memory());
-    EXPECT_TRUE(fileExists(kFile)) << state;
+    EXPECT_TRUE(fileExists(kConfigFile)) << state;
   }
 }
 
 TEST_F(SaveTest, ConfigurationModeWritesOnlyWhenToldTo) {
-  writeFile(kFile, "as it was\n");
+  writeFile(kConfigFile, "as it was\n");
   shm->operationalState = SHM_STATE_CONFIGURATION;
   EXPECT_EQ(0, save_shared_memory());
-  EXPECT_EQ("as it was\n", readFile(kFile));
+  EXPECT_EQ("as it was\n", readFile(kConfigFile));
   EXPECT_EQ(0, write_shared_memory());
-  EXPECT_NE("as it was\n", readFile(kFile));
+  EXPECT_NE("as it was\n", readFile(kConfigFile));
   EXPECT_EQ(0, shm_lock_count);
 }
 
@@ -196,11 +196,11 @@ TEST_F(SaveTest, ErrnoOfTheOpenIsLeftForTheCaller) {
 }
 
 TEST_F(SaveTest, ReadOnlyFileSystemIsASystemErrorAndKeepsTheFile) {
-  writeFile(kFile, "as it was\n");
+  writeFile(kConfigFile, "as it was\n");
   ASSERT_EQ(0, mount("/etc/config", "/etc/config", nullptr, MS_BIND, nullptr));
   ASSERT_EQ(0, mount(nullptr, "/etc/config", nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr));
   EXPECT_FAILS_WITH(SHM_ESYSTEM, save_shared_memory());
-  EXPECT_EQ("as it was\n", readFile(kFile));
+  EXPECT_EQ("as it was\n", readFile(kConfigFile));
   ASSERT_EQ(0, umount("/etc/config"));
 }
 
@@ -216,27 +216,27 @@ TEST_F(SaveTest, NameWithoutATerminatorIsBoundedByItsField) {
 TEST_F(SaveTest, FullDiskKeepsTheOldFileAndSaysSo) {
   ASSERT_EQ(0, mount("none", "/etc/config", "tmpfs", 0, "size=64k"));
   ASSERT_EQ(0, save_shared_memory());
-  std::string old = readFile(kFile);
+  std::string old = readFile(kConfigFile);
   writeFile("/etc/config/ballast", std::string(50 * 1024, 'x'));
   for (int i = 0; i < 100; ++i) shm->filterTable.rule[i].ipVersion = 4;
   shm->filterTable.ruleCount = 100;  // 16 KiB, all of it in the buffer until the end
   EXPECT_EQ(0, save_shared_memory());
-  EXPECT_EQ(old, readFile(kFile));
+  EXPECT_EQ(old, readFile(kConfigFile));
   EXPECT_EQ(std::vector<std::string>{"err: Error writing /etc/config/kestrove.conf: No space left on device"},
             syslogLines());
   unlink("/etc/config/ballast");
   EXPECT_EQ(0, save_shared_memory());
-  EXPECT_NE(old, readFile(kFile));
+  EXPECT_NE(old, readFile(kConfigFile));
 }
 
 TEST_F(SaveTest, DiskThatFillsUpAmongTheRulesIsAWriteError) {
   ASSERT_EQ(0, mount("none", "/etc/config", "tmpfs", 0, "size=256k"));
   ASSERT_EQ(0, save_shared_memory());
-  std::string old = readFile(kFile);
+  std::string old = readFile(kConfigFile);
   fillRules();
   EXPECT_FAILS_WITH(SHM_EIO, save_shared_memory());
   EXPECT_EQ(ENOSPC, errno);
-  EXPECT_EQ(old, readFile(kFile));
+  EXPECT_EQ(old, readFile(kConfigFile));
   EXPECT_EQ(std::vector<std::string>{"err: Error writing /etc/config/kestrove.conf: No space left on device"},
             syslogLines());
   EXPECT_EQ(0, shm_lock_count);
@@ -268,13 +268,13 @@ TEST_F(SaveTest, DeviceThatTakesNothing) {
 }
 
 TEST_F(SaveTest, FileIsReplacedUnderItsOwnerAndMode) {
-  writeFile(kFile, "as it was\n");
-  ASSERT_EQ(0, chown(kFile, 12, 34));
-  ASSERT_EQ(0, chmod(kFile, 0640));
+  writeFile(kConfigFile, "as it was\n");
+  ASSERT_EQ(0, chown(kConfigFile, 12, 34));
+  ASSERT_EQ(0, chmod(kConfigFile, 0640));
   struct stat before, after;
-  ASSERT_EQ(0, stat(kFile, &before));
+  ASSERT_EQ(0, stat(kConfigFile, &before));
   ASSERT_EQ(0, save_shared_memory());
-  ASSERT_EQ(0, stat(kFile, &after));
+  ASSERT_EQ(0, stat(kConfigFile, &after));
   EXPECT_NE(before.st_ino, after.st_ino);
   EXPECT_EQ(12u, after.st_uid);
   EXPECT_EQ(34u, after.st_gid);
@@ -285,11 +285,11 @@ TEST_F(SaveTest, SavedFileIsReadBackUnchanged) {
   writeFile(kInput, "LAN_MTU 1400\nSSHD 1\nBANNER 0\nPBR 9\nSYS_NAME a name\nSYS_DESCRIPTION not saved\n");
   ASSERT_EQ(0, load_shared_memory(kInput));
   ASSERT_EQ(0, save_shared_memory());
-  std::string saved = readFile(kFile);
+  std::string saved = readFile(kConfigFile);
   shm->config.lanMaximumTransferUnit = 0;
   shm->config.sshdOperState = shm->config.bannerOperState = shm->config.pbrOperState = 77;
   strcpy(shm->config.sysName, "another");
-  ASSERT_EQ(0, load_shared_memory(kFile));
+  ASSERT_EQ(0, load_shared_memory(kConfigFile));
   EXPECT_EQ(1400u, shm->config.lanMaximumTransferUnit);
   EXPECT_EQ(1, shm->config.sshdOperState);
   EXPECT_EQ(2, shm->config.bannerOperState);
@@ -297,7 +297,7 @@ TEST_F(SaveTest, SavedFileIsReadBackUnchanged) {
   EXPECT_STREQ("a name", shm->config.sysName);
   EXPECT_STREQ("not saved", shm->config.sysDescription);
   ASSERT_EQ(0, save_shared_memory());
-  EXPECT_EQ(saved, readFile(kFile));
+  EXPECT_EQ(saved, readFile(kConfigFile));
 }
 
 }  // namespace

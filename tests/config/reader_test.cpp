@@ -1,6 +1,7 @@
 // Lines of a configuration file, and keywords that do more than fill a field.
 #include <arpa/inet.h>
 
+#include "tests/support/addresses.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
@@ -46,7 +47,7 @@ constexpr char kResolver[] = "/etc/resolv.conf";
 
 TEST_F(ReaderTest, WebCacheThatIsOnWritesTheResolver) {
   writeFile(kResolver, "nameserver 1.1.1.1\n");
-  shm->config.dnsAddress = inet_addr("10.9.8.7");
+  shm->config.dnsAddress = quad("10.9.8.7");
   load("WEB_CACHE 1\n");
   EXPECT_EQ(SHM_ON, shm->config.webCacheOperState);
   EXPECT_EQ(1, shm->config.cifsConfigured);
@@ -65,16 +66,16 @@ TEST_F(ReaderTest, WebCacheThatIsNotOnRemovesTheResolver) {
 TEST_F(ReaderTest, DnsAddressFollowsTheWebCache) {
   shm->config.webCacheOperState = SHM_ON;
   load("DNS_ADDR 10.0.0.53\n");
-  EXPECT_EQ(inet_addr("10.0.0.53"), shm->config.dnsAddress);
+  EXPECT_EQ(quad("10.0.0.53"), shm->config.dnsAddress);
   EXPECT_EQ("nameserver 10.0.0.53", readFile(kResolver));
   shm->config.webCacheOperState = SHM_OFF;
   load("DNS_ADDR 10.0.0.54\n");
-  EXPECT_EQ(inet_addr("10.0.0.54"), shm->config.dnsAddress);
+  EXPECT_EQ(quad("10.0.0.54"), shm->config.dnsAddress);
   EXPECT_FALSE(fileExists(kResolver));
 }
 
 TEST_F(ReaderTest, DnsAddressThatIsNoneKeepsTheOldOneAndStillTouchesTheResolver) {
-  shm->config.dnsAddress = inet_addr("10.0.0.53");
+  shm->config.dnsAddress = quad("10.0.0.53");
   shm->config.webCacheOperState = SHM_ON;
   for (const char* line : {"DNS_ADDR\n", "DNS_ADDR 10.0.0\n"}) {
     writeFile(kResolver, "nameserver 1.1.1.1\n");
@@ -84,7 +85,7 @@ TEST_F(ReaderTest, DnsAddressThatIsNoneKeepsTheOldOneAndStillTouchesTheResolver)
   shm->config.webCacheOperState = SHM_OFF;
   load("DNS_ADDR bad\n");
   EXPECT_FALSE(fileExists(kResolver));
-  EXPECT_EQ(inet_addr("10.0.0.53"), shm->config.dnsAddress);
+  EXPECT_EQ(quad("10.0.0.53"), shm->config.dnsAddress);
 }
 
 TEST_F(ReaderTest, DdupWordsAddUp) {

@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/files.h"
 #include "tests/support/random_store.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
 namespace {
 
-constexpr char kFile[] = "/etc/config/kestrove.conf";
 constexpr unsigned kSeeds = 1000;
 
 TEST(RoundTripTest, RandomStoresComeBackInEveryFieldThatTheFileCarries) {
@@ -23,12 +23,12 @@ TEST(RoundTripTest, RandomStoresComeBackInEveryFieldThatTheFileCarries) {
     drawStore(seed);
     EXPECT_EQ(0, write_shared_memory());
     memcpy(saved.get(), shm, sizeof *shm);
-    std::string text = readFile(kFile);
+    std::string text = readFile(kConfigFile);
     makeFreshStore();
-    EXPECT_EQ(0, load_shared_memory(kFile));
+    EXPECT_EQ(0, load_shared_memory(kConfigFile));
     expectSameStore(*saved);
     EXPECT_EQ(0, write_shared_memory());
-    EXPECT_TRUE(text == readFile(kFile)) << "the second file differs";
+    EXPECT_TRUE(text == readFile(kConfigFile)) << "the second file differs";
   }
   dropStore();
   ::testing::internal::GetCapturedStdout();
@@ -66,7 +66,7 @@ std::string oddText(std::mt19937& random, size_t width) {
 std::unique_ptr<ShmData> readBack() {
   EXPECT_EQ(0, write_shared_memory());
   makeFreshStore();
-  EXPECT_EQ(0, load_shared_memory(kFile));
+  EXPECT_EQ(0, load_shared_memory(kConfigFile));
   auto store = std::make_unique<ShmData>();
   memcpy(store.get(), shm, sizeof *shm);
   return store;
@@ -172,7 +172,7 @@ TEST(RoundTripTest, StoresOfRandomBytesAreSavedAndLoadedWithoutHarm) {
     uint32_t words[sizeof(ShmData) / sizeof(uint32_t)];
     for (uint32_t& word : words) word = static_cast<uint32_t>(random());
     memcpy(static_cast<void*>(shm), words, sizeof *shm);
-    memcpy(shm->config.configFileName, kFile, sizeof kFile);
+    memcpy(shm->config.configFileName, kConfigFile, sizeof kConfigFile);
     if (seed % 2) shm->filterTable.ruleCount = static_cast<int32_t>(random() % 8192);
     shm->routes.head = shm->routes6.head6 = seed;
     for (RouteEntry& slot : shm->routes.slot) slot.inUse = 1, slot.next %= 1100;

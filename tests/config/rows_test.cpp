@@ -3,6 +3,7 @@
 #include <limits.h>
 #include <string.h>
 
+#include "tests/support/addresses.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
@@ -10,13 +11,6 @@ namespace kestrove::testing {
 namespace {
 
 constexpr char kInput[] = "/tmp/input.conf";
-
-uint32_t quad(const char* text) { return inet_addr(text); }
-
-std::string text6(const uint8_t* address) {
-  char text[INET6_ADDRSTRLEN];
-  return inet_ntop(AF_INET6, address, text, sizeof text);
-}
 
 class RowsTest : public StoreTest {
  protected:
@@ -81,9 +75,9 @@ TEST_F(RowsTest, RouteAddressesThatDoNotParseAreZero) {
 TEST_F(RowsTest, Route6OfEachStatusIsAdded) {
   for (uint32_t status : {1u, 2u, 3u}) {
     load("ROUTE6 2001:db8:" + std::to_string(status) + ":: 48 fd00::fe " + std::to_string(status) + " behind\n");
-    EXPECT_EQ("2001:db8:" + std::to_string(status) + "::", text6(firstRoute6().destination));
+    EXPECT_EQ("2001:db8:" + std::to_string(status) + "::", ip6Text(firstRoute6().destination));
     EXPECT_EQ(48u, firstRoute6().prefixLength);
-    EXPECT_EQ("fd00::fe", text6(firstRoute6().gateway));
+    EXPECT_EQ("fd00::fe", ip6Text(firstRoute6().gateway));
     EXPECT_EQ(status, firstRoute6().status);
   }
 }
@@ -99,8 +93,8 @@ TEST_F(RowsTest, Route6OfAnotherStatusOrTooShortIsDropped) {
 
 TEST_F(RowsTest, Route6AddressesThatDoNotParseAreZero) {
   load("ROUTE6 10.0.0.1 0 :g: 2\n");
-  EXPECT_EQ("::", text6(firstRoute6().destination));
-  EXPECT_EQ("::", text6(firstRoute6().gateway));
+  EXPECT_EQ("::", ip6Text(firstRoute6().destination));
+  EXPECT_EQ("::", ip6Text(firstRoute6().gateway));
   EXPECT_EQ(2u, firstRoute6().status);
 }
 
@@ -112,10 +106,10 @@ TEST_F(RowsTest, ManagementAddressesOfBothFamilies) {
   EXPECT_EQ(quad("10.1.1.1"), four.address);
   EXPECT_EQ(quad("255.255.255.0"), four.mask);
   EXPECT_EQ(4, four.interfaceKind);
-  EXPECT_EQ("::", text6(four.address6));
+  EXPECT_EQ("::", ip6Text(four.address6));
   const ManagementAddress& six = shm->managementAddress[1];
   EXPECT_EQ(6u, six.ipVersion);
-  EXPECT_EQ("fd00::1", text6(six.address6));
+  EXPECT_EQ("fd00::1", ip6Text(six.address6));
   EXPECT_EQ(64u, six.prefixLength6);
   EXPECT_EQ(1, six.interfaceKind);
   EXPECT_EQ(0u, six.address);
@@ -145,10 +139,10 @@ TEST_F(RowsTest, ManagementAddressRowThatIsShortIsDropped) {
 TEST_F(RowsTest, Ip6AddressesAreAdded) {
   load("MANAGEMENT_ADDR_6 fd00::1 64\nMANAGEMENT_ADDR_6 fd00::2 128 behind\nMANAGEMENT_ADDR_6 nonsense 1\n");
   ASSERT_EQ(3, shm->ip6Count);
-  EXPECT_EQ("fd00::1", text6(shm->ip6Address[0].address));
+  EXPECT_EQ("fd00::1", ip6Text(shm->ip6Address[0].address));
   EXPECT_EQ(64u, shm->ip6Address[0].prefixLength);
   EXPECT_EQ(128u, shm->ip6Address[1].prefixLength);
-  EXPECT_EQ("::", text6(shm->ip6Address[2].address));
+  EXPECT_EQ("::", ip6Text(shm->ip6Address[2].address));
 }
 
 TEST_F(RowsTest, Ip6AddressRowThatIsShortIsDropped) {
@@ -399,9 +393,9 @@ TEST_F(RuleRowsTest, Ipv6RuleTakesItsColumnsAndPrintsItsPrefix) {
   EXPECT_EQ("IPv6 RulesourceRoutingPrefix: 64\n", ::testing::internal::GetCapturedStdout());
   ASSERT_EQ(2, count());
   EXPECT_EQ(6u, rule(0).ipVersion);
-  EXPECT_EQ("2001:db8::1", text6(rule(0).srcAddr6));
+  EXPECT_EQ("2001:db8::1", ip6Text(rule(0).srcAddr6));
   EXPECT_EQ(64u, rule(0).srcPrefixLen6);
-  EXPECT_EQ("fd00::2", text6(rule(0).dstAddr6));
+  EXPECT_EQ("fd00::2", ip6Text(rule(0).dstAddr6));
   EXPECT_EQ(48u, rule(0).dstPrefixLen6);
   EXPECT_EQ(6u, rule(0).proto);
   EXPECT_EQ(4, rule(0).destPortEnd);

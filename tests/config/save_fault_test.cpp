@@ -6,13 +6,13 @@
 #include <sys/wait.h>
 
 #include "tests/support/fault.h"
+#include "tests/support/files.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
 namespace {
 
 constexpr char kFolder[] = "/etc/config";
-constexpr char kFile[] = "/etc/config/kestrove.conf";
 constexpr uint32_t kOldRate = 111111;
 constexpr uint32_t kNewRate = 222222;
 
@@ -27,7 +27,7 @@ int filesIn(const char* folder) {
 std::string savedWith(uint32_t rate) {
   shm->config.lanLinkRate = rate;
   EXPECT_EQ(0, save_shared_memory());
-  return readFile(kFile);
+  return readFile(kConfigFile);
 }
 
 class SaveFaultTest : public StoreTest {
@@ -48,7 +48,7 @@ class SaveFaultTest : public StoreTest {
   }
 
   void checkFileAndLock() {
-    std::string file = readFile(kFile);
+    std::string file = readFile(kConfigFile);
     EXPECT_TRUE(file == old_ || file == new_) << file.size() << " bytes";
     EXPECT_EQ(0, shm_lock());
     EXPECT_EQ(0, shm_unlock());
@@ -65,7 +65,7 @@ TEST_F(SaveFaultTest, KilledAtAnyCallLeavesAWholeFileAndTheNextSaveCleansUp) {
       [&](const Strike&, const Aftermath& after) {
         EXPECT_TRUE(WIFSIGNALED(after.status));
         checkFileAndLock();
-        (readFile(kFile) == old_ ? sawOld : sawNew) = true;
+        (readFile(kConfigFile) == old_ ? sawOld : sawNew) = true;
         EXPECT_EQ(new_, savedWith(kNewRate));
         EXPECT_EQ(1, filesIn(kFolder));
       });
@@ -95,7 +95,7 @@ TEST_F(SaveFaultTest, ContentsAreOnTheDiskBeforeTheyAreInPlaceAndThenTheFolder) 
       [&](const Strike&, const Aftermath& after) {
         if (after.systemCall != SYS_fsync) return;
         EXPECT_EQ(0, after.result);
-        files.push_back(readFile(kFile));
+        files.push_back(readFile(kConfigFile));
       });
   EXPECT_EQ((std::vector<std::string>{old_, new_}), files);
 }
@@ -117,7 +117,7 @@ TEST_F(SaveFaultTest, LoadingSurvivesFailingCalls) {
     savedWith(kOldRate);
   };
   sweepFaults(
-      {EIO, ENOSPC, EMFILE, EINTR}, fewRules, [] { return load_shared_memory(kFile); },
+      {EIO, ENOSPC, EMFILE, EINTR}, fewRules, [] { return load_shared_memory(kConfigFile); },
       [](const Strike&, const Aftermath& after) {
         ASSERT_TRUE(after.finished);
         EXPECT_TRUE(after.result == 0 || after.result == -1) << after.result;

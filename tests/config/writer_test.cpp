@@ -3,16 +3,13 @@
 #include <limits.h>
 #include <string.h>
 
+#include "tests/support/addresses.h"
+#include "tests/support/files.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
 namespace kestrove::testing {
 namespace {
-
-constexpr char kFile[] = "/etc/config/kestrove.conf";
-
-uint32_t quad(const char* text) { return inet_addr(text); }
-void setAddress6(uint8_t (&field)[16], const char* text) { ASSERT_EQ(1, inet_pton(AF_INET6, text, field)) << text; }
 
 std::string keywordColumn(const std::string& keyword) { return keyword + std::string(25 - keyword.size(), ' ') + " "; }
 
@@ -20,7 +17,7 @@ class WriterTest : public StoreTest {
  protected:
   static std::string saved() {
     EXPECT_EQ(0, save_shared_memory());
-    return readFile(kFile);
+    return readFile(kConfigFile);
   }
   // The lines of a keyword, whole and in order.
   static std::string linesOf(const std::string& keyword) {
@@ -104,14 +101,14 @@ void fillStore() {
   c.userCount = 1;
   c.users[0] = {"admin", 1, 1600000000, 999, 1500000000};
   shm->ip6Count = 1;
-  setAddress6(shm->ip6Address[0].address, "fd00::1");
+  setIp6(shm->ip6Address[0].address, "fd00::1");
   shm->ip6Address[0].prefixLength = 64;
   shm->managementAddressCount = 1;
   shm->managementAddress[0] = {4, 1, quad("10.0.0.9"), quad("255.255.255.0"), {}, 0, 4};
   shm->routes.slot[0] = {quad("10.2.0.0"), quad("255.255.0.0"), quad("192.168.1.253"), 3, 1, SHM_NO_SLOT};
   Route6Entry& route = shm->routes6.slot[0];
-  setAddress6(route.destination, "2001:db8::");
-  setAddress6(route.gateway, "fd00::fe");
+  setIp6(route.destination, "2001:db8::");
+  setIp6(route.gateway, "fd00::fe");
   route.prefixLength = 32;
   route.status = 1;
   route.inUse = 1;
@@ -292,7 +289,7 @@ TEST_F(WriterTest, UserAccountsStandInTableOrder) {
 TEST_F(WriterTest, ManagementAddressesOfBothFamiliesAndOfNone) {
   shm->managementAddressCount = 3;
   shm->managementAddress[0] = {6, 2, 0, 0, {}, 64, 4};
-  setAddress6(shm->managementAddress[0].address6, "2001:db8:1:2:3:4:5:6");
+  setIp6(shm->managementAddress[0].address6, "2001:db8:1:2:3:4:5:6");
   shm->managementAddress[1] = {4, 1, quad("255.255.255.255"), quad("255.255.255.255"), {}, 0, 1};
   shm->managementAddress[2] = {9, 1, quad("1.2.3.4"), 0, {}, 0, -1};
   EXPECT_EQ(
@@ -304,9 +301,9 @@ TEST_F(WriterTest, ManagementAddressesOfBothFamiliesAndOfNone) {
 
 TEST_F(WriterTest, Ip6AddressLongerThanItsColumnIsNotCut) {
   shm->ip6Count = 2;
-  setAddress6(shm->ip6Address[0].address, "2001:1db8:1111:2222:3333:4444:5555:6666");
+  setIp6(shm->ip6Address[0].address, "2001:1db8:1111:2222:3333:4444:5555:6666");
   shm->ip6Address[0].prefixLength = 128;
-  setAddress6(shm->ip6Address[1].address, "::");
+  setIp6(shm->ip6Address[1].address, "::");
   EXPECT_EQ(
       "MANAGEMENT_ADDR_6         2001:1db8:1111:2222:3333:4444:5555:6666 128\n"
       "MANAGEMENT_ADDR_6         ::                               0\n",
@@ -386,7 +383,7 @@ TEST_F(WriterTest, DefaultRuleIsNeverWritten) {
 TEST_F(WriterTest, RuleKeywordFollowsTheFamily) {
   addRuleOf(4).srcAddr = quad("255.255.255.255");
   FilterRule& six = addRuleOf(6);
-  setAddress6(six.srcAddr6, "2001:db8::1");
+  setIp6(six.srcAddr6, "2001:db8::1");
   six.srcPrefixLen6 = 128;
   six.dstPrefixLen6 = 9;
   addRuleOf(1);

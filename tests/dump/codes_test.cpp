@@ -1,5 +1,5 @@
 // Codes as words: every row of every table and its default.
-#include "tests/dump/text.h"
+#include "tests/dump/dump_fixture.h"
 
 namespace kestrove::testing {
 namespace {

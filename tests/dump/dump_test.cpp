@@ -1,7 +1,7 @@
 // The dump: texts at their borders, damaged tables, streams, the lock.
 #include <random>
 
-#include "tests/dump/text.h"
+#include "tests/dump/dump_fixture.h"
 #include "tests/support/peer.h"
 
 namespace kestrove::testing {

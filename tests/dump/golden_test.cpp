@@ -1,5 +1,5 @@
 // The whole dump of a store that is filled by hand, as one text.
-#include "tests/dump/text.h"
+#include "tests/dump/dump_fixture.h"
 
 namespace kestrove::testing {
 namespace {
@@ -168,7 +168,7 @@ void fillTables() {
   FilterRule& second = shm->filterTable.rule[1];
   second = first;
   second.ipVersion = 6;
-  inet_pton(AF_INET6, "2001:db8::", second.srcAddr6);
+  setIp6(second.srcAddr6, "2001:db8::");
   second.srcPrefixLen6 = 32;
   second.dstPrefixLen6 = 0;
   second.proto = 17;

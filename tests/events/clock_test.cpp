@@ -1,6 +1,7 @@
 // Events when the clock cannot be read. This program's own time() stands in for the C library's.
 #include <time.h>
 
+#include "tests/support/files.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
@@ -25,7 +26,7 @@ TEST_F(EventClock, UnreadableIsToldToSyslogAndNothingIsRecorded) {
   EXPECT_EQ(std::vector<std::string>{"info: Event logged: Information, System, System Started"}, syslogLines());
   EXPECT_EQ(0, getEventCount());
   EXPECT_EQ(0u, shm->eventLog.record[0].eventId);
-  EXPECT_FALSE(fileExists("/var/log/kestrove/event.log"));
+  EXPECT_FALSE(fileExists(kEventFile));
   EXPECT_EQ(0, shm_lock_count);
 }
 

@@ -5,13 +5,13 @@
 #include <unistd.h>
 
 #include "tests/support/fault.h"
+#include "tests/support/files.h"
 #include "tests/support/peer.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
 namespace {
 
-constexpr char kFile[] = "/var/log/kestrove/event.log";
 constexpr size_t kImage = 360460;
 
 std::string ring() { return std::string(reinterpret_cast<char*>(&shm->eventLog), sizeof(EventLog)); }
@@ -25,7 +25,7 @@ class EventFault : public StoreTest {
   }
   // The file is whole: the image of before the call or of after it.
   void expectWholeImage() {
-    const std::string file = readFile(kFile);
+    const std::string file = readFile(kEventFile);
     EXPECT_EQ(kImage, file.size());
     EXPECT_TRUE(file == before || file == ring()) << "neither the old image nor the new one";
   }
@@ -41,7 +41,7 @@ TEST_F(EventFault, AKillAtAnyCallLeavesAWholeImageAndAFreeLock) {
         expectWholeImage();
         EXPECT_FALSE(fileLockHeld());
         EXPECT_EQ(0, logOne()) << "the next process cannot log";
-        EXPECT_TRUE(readFile(kFile) == ring());
+        EXPECT_TRUE(readFile(kEventFile) == ring());
       });
 }
 
@@ -54,7 +54,7 @@ TEST_F(EventFault, AnErrorAtAnyCallGivesACleanResult) {
         expectWholeImage();
         EXPECT_FALSE(fileLockHeld());
         if (after.result == 0) {
-          EXPECT_TRUE(readFile(kFile) == ring()) << "a success that is not on disk";
+          EXPECT_TRUE(readFile(kEventFile) == ring()) << "a success that is not on disk";
         } else {
           EXPECT_EQ(-1, after.result);
           EXPECT_TRUE(after.code == SHM_ESYSTEM || after.code == SHM_EOPEN || after.code == SHM_EIO) << after.code;
@@ -65,14 +65,14 @@ TEST_F(EventFault, AnErrorAtAnyCallGivesACleanResult) {
 TEST_F(EventFault, AnInterruptedFileCallIsMadeAgain) {
   sweepFaults(
       {EINTR}, [this] { prepare(); },
-      [] { return write_event_log(kFile, &shm->eventLog) == 0 || shm_errno == SHM_EIO ? 0 : 1; },
+      [] { return write_event_log(kEventFile, &shm->eventLog) == 0 || shm_errno == SHM_EIO ? 0 : 1; },
       [](const Strike&, const Aftermath& after) { EXPECT_EQ(0, after.result); });
 }
 
 // Writes two images in turn until it is killed.
 [[noreturn]] void writeForEver(const std::string& one, const std::string& other) {
   for (;;) {
-    if (write_event_log(kFile, one.data()) != 0 || write_event_log(kFile, other.data()) != 0) _exit(1);
+    if (write_event_log(kEventFile, one.data()) != 0 || write_event_log(kEventFile, other.data()) != 0) _exit(1);
   }
 }
 
@@ -81,7 +81,7 @@ TEST_F(EventFault, AnInterruptedFileCallIsMadeAgain) {
 TEST_F(EventFault, AWriterKilledAtAnyMomentLeavesAtMostOneSeam) {
   const std::string one(kImage, '1'), other(kImage, '2');
   for (int round = 0; round < 200; ++round) {
-    ASSERT_EQ(0, write_event_log(kFile, one.data()));  // no seam of the round before
+    ASSERT_EQ(0, write_event_log(kEventFile, one.data()));  // no seam of the round before
     pid_t writer = fork();
     if (writer == 0) writeForEver(one, other);
     usleep(static_cast<useconds_t>(200 + round * 7));
@@ -89,7 +89,7 @@ TEST_F(EventFault, AWriterKilledAtAnyMomentLeavesAtMostOneSeam) {
     int status;
     waitpid(writer, &status, 0);
     ASSERT_TRUE(WIFSIGNALED(status));
-    const std::string file = readFile(kFile);
+    const std::string file = readFile(kEventFile);
     ASSERT_EQ(kImage, file.size());
     size_t seam = file.find_first_not_of(file[0]);
     char second = file[0] == '1' ? '2' : '1';

@@ -4,21 +4,13 @@
 #include <unistd.h>
 
 #include "kestrove/dump.h"
+#include "tests/support/memory_stream.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
 namespace {
 
-std::string listing() {
-  char* text = nullptr;
-  size_t size = 0;
-  FILE* stream = open_memstream(&text, &size);
-  EXPECT_EQ(0, printEventLog(stream));
-  fclose(stream);
-  std::string result(text, size);
-  free(text);
-  return result;
-}
+std::string listing() { return printed(printEventLog); }
 
 // An event of the given second of 14 March 2011, 09:15.
 void put(uint32_t slot, int second, uint32_t id, uint32_t source, const char* user) {

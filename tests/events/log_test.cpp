@@ -5,13 +5,13 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "tests/support/files.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
 namespace kestrove::testing {
 namespace {
 
-constexpr char kFile[] = "/var/log/kestrove/event.log";
 constexpr size_t kImage = 360460;
 
 std::string text(uint32_t index, int layout = 2) {
@@ -67,8 +67,8 @@ TEST_F(EventLogging, AnEventIsRecordedWholeAndTheFileIsTheRing) {
   EXPECT_EQ(0u, shm->eventLog.readIndex);
   EXPECT_EQ(1u, shm->eventLog.writeIndex);
   EXPECT_EQ(1, getEventCount());
-  EXPECT_TRUE(image() == readFile(kFile));
-  EXPECT_EQ(kImage, readFile(kFile).size());
+  EXPECT_TRUE(image() == readFile(kEventFile));
+  EXPECT_EQ(kImage, readFile(kEventFile).size());
   EXPECT_EQ(0, shm_lock_count);
 }
 
@@ -103,12 +103,12 @@ TEST_F(EventLogging, WorksInEveryOperationalState) {
 
 TEST_F(EventLogging, SwitchedOffStoresNothingAndLeavesTheFile) {
   EXPECT_EQ(0, logEvent(2, 0, "--"));
-  const std::string before = readFile(kFile), ring = image();
+  const std::string before = readFile(kEventFile), ring = image();
   shm->config.loggingOperState = SHM_OFF;
   clearSyslog();
   EXPECT_FAILS_WITH(SHM_ELOGOFF, logEvent(3, 0, "--"));
   EXPECT_EQ(std::vector<std::string>{"info: Event logged: Information, System, System Rebooted"}, syslogLines());
-  EXPECT_TRUE(before == readFile(kFile));
+  EXPECT_TRUE(before == readFile(kEventFile));
   EXPECT_TRUE(ring == image());
   EXPECT_EQ(0, shm_lock_count);
 }
@@ -135,7 +135,7 @@ TEST_F(EventLogging, ALockThatCannotBeTakenRecordsNothing) {
   EXPECT_FAILS_WITH(SHM_ESYSTEM, logEvent(2, 0, "--"));
   EXPECT_FAILS_WITH(SHM_ESYSTEM, getEventCount());
   EXPECT_EQ(0u, shm->eventLog.writeIndex);
-  EXPECT_FALSE(fileExists(kFile));
+  EXPECT_FALSE(fileExists(kEventFile));
 }
 
 TEST_F(EventLogging, AtTheEndOfTheRing) {
@@ -162,7 +162,7 @@ TEST_F(EventLogging, AtTheEndOfTheRing) {
   EXPECT_EQ(8192, getEventCount());
   EXPECT_EQ("1", user(0));
   EXPECT_EQ("8192", user(8191));
-  EXPECT_TRUE(image() == readFile(kFile));
+  EXPECT_TRUE(image() == readFile(kEventFile));
 }
 
 TEST_F(EventLogging, TheReaderWrapsToo) {
@@ -223,14 +223,14 @@ TEST_F(EventLogging, NoBufferIsRefusedAndReleasesTheLock) {
 }
 
 TEST_F(EventLogging, AFileThatCannotBeOpenedLeavesTheRecord) {
-  ASSERT_EQ(0, mkdir(kFile, 0755));
+  ASSERT_EQ(0, mkdir(kEventFile, 0755));
   EXPECT_FAILS_WITH(SHM_EOPEN, logEvent(2, 0, "--"));
   EXPECT_EQ(1, getEventCount());
   EXPECT_EQ(0, shm_lock_count);
 }
 
 TEST_F(EventLogging, AFullDiskLeavesTheRecordAndTellsWhy) {
-  ASSERT_EQ(0, symlink("/dev/full", kFile));
+  ASSERT_EQ(0, symlink("/dev/full", kEventFile));
   errno = 0;
   EXPECT_FAILS_WITH(SHM_EIO, logEvent(2, 0, "--"));
   EXPECT_EQ(ENOSPC, errno);
@@ -248,7 +248,7 @@ TEST_F(EventLogging, ClearingEmptiesAndLogsItself) {
   EXPECT_EQ(0u, shm->eventLog.readIndex);
   EXPECT_EQ(",Information,HTTP,admin,System Event Log Cleared", text(0).substr(19));
   EXPECT_STREQ("1", shm->eventLog.record[1].userName) << "records stay where they are";
-  EXPECT_TRUE(image() == readFile(kFile));
+  EXPECT_TRUE(image() == readFile(kEventFile));
   EXPECT_EQ(0, shm_lock_count);
 }
 
@@ -259,24 +259,24 @@ TEST_F(EventLogging, ClearingWithLoggingOffLeavesItEmpty) {
   EXPECT_EQ(0, clearEventLog(2, "admin"));
   EXPECT_EQ(uint32_t(SHM_ELOGOFF), shm_errno);
   EXPECT_EQ(0, getEventCount());
-  EXPECT_TRUE(image() == readFile(kFile));
+  EXPECT_TRUE(image() == readFile(kEventFile));
 }
 
 TEST_F(EventLogging, ClearingTellsOfAFileThatCannotBeWrittenAndStillLogs) {
   logNumbered(0, 3);
-  ASSERT_EQ(0, unlink(kFile));
-  ASSERT_EQ(0, mkdir(kFile, 0755));
+  ASSERT_EQ(0, unlink(kEventFile));
+  ASSERT_EQ(0, mkdir(kEventFile, 0755));
   EXPECT_FAILS_WITH(SHM_EOPEN, clearEventLog(2, "admin"));
   EXPECT_EQ(1, getEventCount());
 }
 
 TEST_F(EventLogging, ClearingTellsOfItsFileAndNotOfItsEvent) {
   shm->config.loggingOperState = SHM_OFF;
-  ASSERT_EQ(0, mkdir(kFile, 0755));
+  ASSERT_EQ(0, mkdir(kEventFile, 0755));
   EXPECT_FAILS_WITH(SHM_EOPEN, clearEventLog(2, "admin"));
   EXPECT_EQ(EISDIR, errno);
-  ASSERT_EQ(0, rmdir(kFile));
-  ASSERT_EQ(0, symlink("/dev/full", kFile));
+  ASSERT_EQ(0, rmdir(kEventFile));
+  ASSERT_EQ(0, symlink("/dev/full", kEventFile));
   for (uint8_t logging : {SHM_OFF, SHM_ON}) {
     shm->config.loggingOperState = logging;
     errno = 0;
@@ -319,13 +319,13 @@ TEST_F(EventLogging, WipingLogsNothing) {
   clearSyslog();
   EXPECT_EQ(0, wipeEventLog());
   EXPECT_EQ(0, getEventCount());
-  EXPECT_TRUE(image() == readFile(kFile));
+  EXPECT_TRUE(image() == readFile(kEventFile));
   EXPECT_TRUE(syslogLines().empty());
   EXPECT_EQ(0, shm_lock_count);
 }
 
 TEST_F(EventLogging, WipingTellsOfAFileThatCannotBeWritten) {
-  ASSERT_EQ(0, mkdir(kFile, 0755));
+  ASSERT_EQ(0, mkdir(kEventFile, 0755));
   EXPECT_FAILS_WITH(SHM_EOPEN, wipeEventLog());
 }
 
@@ -347,7 +347,7 @@ TEST_F(EventLogging, ProcessesThatLogTogetherLoseNothing) {
   int counts[kWriters] = {};
   for (int i = 0; i < kWriters * kEach; ++i) ++counts[shm->eventLog.record[i].source % kWriters];
   for (int count : counts) EXPECT_EQ(kEach, count);
-  EXPECT_TRUE(image() == readFile(kFile));
+  EXPECT_TRUE(image() == readFile(kEventFile));
 }
 
 }  // namespace

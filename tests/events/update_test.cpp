@@ -1,13 +1,13 @@
 // The fresh log of a system update and its copy for the new system.
 #include <sys/stat.h>
 
+#include "tests/support/files.h"
 #include "tests/support/recorder.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
 namespace {
 
-constexpr char kFile[] = "/var/log/kestrove/event.log";
 constexpr char kCopy[] = "/old_dir/var/log/kestrove/event.log";
 
 class EventUpdate : public StoreTest {};
@@ -24,8 +24,8 @@ TEST_F(EventUpdate, StartsAFreshLogAndCopiesIt) {
     EXPECT_STREQ("admin", shm->eventLog.record[i].userName);
   }
   EXPECT_EQ(std::vector<std::string>{"cp -a /var/log/kestrove/event.log /old_dir/var/log/kestrove/"}, programs());
-  EXPECT_EQ(360460u, readFile(kFile).size());
-  EXPECT_TRUE(readFile(kFile) == readFile(kCopy));
+  EXPECT_EQ(360460u, readFile(kEventFile).size());
+  EXPECT_TRUE(readFile(kEventFile) == readFile(kCopy));
   EXPECT_EQ(0, shm_lock_count);
 }
 

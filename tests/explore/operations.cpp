@@ -19,7 +19,7 @@ constexpr int kNobodysPid = 0x3fffffff;  // beyond the highest number of a proce
 
 int item(int id, uint32_t value) { return setKestroveConfigItem(id, value, kSource, kUser); }
 int networkItem(int id, const char* value) {
-  uint32_t address = inet_addr(value);
+  uint32_t address = quad(value);
   return setNetworkConfigItem(id, &address, kSource, kUser);
 }
 
@@ -42,7 +42,7 @@ int addRoute(const char* destination) {
 }
 int replaceRoute(const char* old, const char* destination) {
   RouteEntry route = routeTo(destination);
-  return replaceUserRoute(inet_addr(old), kRouteMask, &route, kSource, kUser);
+  return replaceUserRoute(quad(old), kRouteMask, &route, kSource, kUser);
 }
 int addRoute6(const char* destination) {
   Route6Entry route = route6To(destination);
@@ -50,10 +50,10 @@ int addRoute6(const char* destination) {
 }
 int replaceRoute6(const char* old, const char* destination) {
   Route6Entry route = route6To(destination);
-  Address6 key(old);
-  return replaceUserRoute6(key.bytes, kRoute6Prefix, &route, kSource, kUser);
+  testing::Ip6 key = ip6(old);
+  return replaceUserRoute6(key.data(), kRoute6Prefix, &route, kSource, kUser);
 }
-int deleteRoute6(const char* destination) { return deleteUserRoute6(Address6(destination).bytes, kRoute6Prefix); }
+int deleteRoute6(const char* destination) { return deleteUserRoute6(ip6(destination).data(), kRoute6Prefix); }
 
 int addBridgeAddress6(const char* text, bool tableOnly) {
   Ip6Address entry = bridgeAddress6(text);
@@ -205,7 +205,7 @@ constexpr Operation kOperations[] = {
     {"add-route", kOften | kKernel, {[] { return addRoute("10.9.0.0"); }}},
     {"add-other-route", kKernel | kBrief, {[] { return addRoute("10.8.0.0"); }}},
     {"replace-route", kKernel, {[] { return replaceRoute("10.5.0.0", "10.7.0.0"); }}},
-    {"delete-route", kOften | kKernel, {[] { return deleteUserRoute(inet_addr("10.5.0.0"), kRouteMask); }}},
+    {"delete-route", kOften | kKernel, {[] { return deleteUserRoute(quad("10.5.0.0"), kRouteMask); }}},
     {"freshen-routes", kKernel, {[] { return freshenRouteTable(kSource, kUser); }}},
     {"add-all-routes", kKernel, {addAllRoutes}},
     {"add-route6", kKernel, {[] { return addRoute6("2001:db8:9::"); }}},
@@ -214,9 +214,9 @@ constexpr Operation kOperations[] = {
     {"freshen-routes6", kKernel, {[] { return freshenRoute6Table(kSource, kUser); }}},
     {"add-address6", kKernel, {[] { return addBridgeAddress6("2001:db8:b::9", false); }}},
     {"add-address6-row", kKernel | kBrief, {[] { return addBridgeAddress6("2001:db8:b::8", true); }}},
-    {"edit-address6", kKernel, {[] { return shm_editIp6Address(0, Address6("2001:db8:b::7").bytes); }}},
+    {"edit-address6", kKernel, {[] { return shm_editIp6Address(0, ip6("2001:db8:b::7").data()); }}},
     {"edit-prefix6", kKernel, {[] { return shm_editIp6Prefix(0, 80); }}},
-    {"remove-address6", kKernel, {[] { return removeIp6(Address6(kBridgeAddress6).bytes); }}},
+    {"remove-address6", kKernel, {[] { return removeIp6(ip6(kBridgeAddress6).data()); }}},
     {"insert-rule", kOften, {[] { return insertRuleFor(0, 8080); }}},
     {"insert-rule-behind", kBrief, {[] { return insertRuleFor(1, 8081); }}},
     {"add-rule", 0, {[] { return addRuleFor(2, 8082); }}},
@@ -242,7 +242,7 @@ constexpr Operation kOperations[] = {
     {"zip-type", kBrief, {[] { return setZipType(3); }}},
     {"login-from", kBrief, {[] { return setLoginFrom(4); }}},
     {"gateway-id", kBrief, {setGatewayId}},
-    {"name-server", 0, {[] { return changeDnsServerIp(inet_addr("10.1.0.53")); }}},
+    {"name-server", 0, {[] { return changeDnsServerIp(quad("10.1.0.53")); }}},
     {"no-resolver", 0, {removeResolvConf}},
     // A front end's own sequences.
     {"own-nesting",

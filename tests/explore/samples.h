@@ -5,11 +5,17 @@
 #include <string.h>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/addresses.h"
+#include "tests/support/files.h"
 
 namespace kestrove::explore {
 
-constexpr char kConfigFile[] = "/etc/config/kestrove.conf";
-constexpr char kEventFile[] = "/var/log/kestrove/event.log";
+using testing::ip6;
+using testing::kConfigFile;
+using testing::kEventFile;
+using testing::quad;
+using testing::setIp6;
+
 constexpr char kLoadedFile[] = "/etc/config/branch.load";
 constexpr char kLoadedFields[] = "/etc/config/fields.load";
 constexpr char kBridgeAddress6[] = "2001:db8:b::1";
@@ -19,24 +25,19 @@ constexpr uint32_t kRouteMask = 0x0000ffff;  // 255.255.0.0 as it lies in the st
 constexpr uint32_t kRoute6Prefix = 48;
 constexpr int kManagementPort = 3;
 
-struct Address6 {
-  explicit Address6(const char* text) { inet_pton(AF_INET6, text, bytes); }
-  uint8_t bytes[16] = {};
-};
-
 inline RouteEntry routeTo(const char* destination) {
   RouteEntry route = {};
-  route.destination = inet_addr(destination);
+  route.destination = quad(destination);
   route.netmask = kRouteMask;
-  route.gateway = inet_addr(kGateway);
+  route.gateway = quad(kGateway);
   route.status = 3;
   return route;
 }
 
 inline Route6Entry route6To(const char* destination) {
   Route6Entry route = {};
-  memcpy(route.destination, Address6(destination).bytes, sizeof route.destination);
-  memcpy(route.gateway, Address6(kGateway6).bytes, sizeof route.gateway);
+  setIp6(route.destination, destination);
+  setIp6(route.gateway, kGateway6);
   route.prefixLength = kRoute6Prefix;
   route.status = 3;
   return route;
@@ -44,7 +45,7 @@ inline Route6Entry route6To(const char* destination) {
 
 inline Ip6Address bridgeAddress6(const char* text) {
   Ip6Address entry = {};
-  memcpy(entry.address, Address6(text).bytes, sizeof entry.address);
+  setIp6(entry.address, text);
   entry.prefixLength = 64;
   return entry;
 }
@@ -53,8 +54,8 @@ inline ManagementAddress managementAddress(const char* address) {
   ManagementAddress entry = {};
   entry.ipVersion = 4;
   entry.status = 1;
-  entry.address = inet_addr(address);
-  entry.mask = inet_addr("255.255.255.0");
+  entry.address = quad(address);
+  entry.mask = quad("255.255.255.0");
   entry.interfaceKind = kManagementPort;
   return entry;
 }
@@ -63,7 +64,7 @@ inline ManagementAddress managementAddress6(const char* address) {
   ManagementAddress entry = {};
   entry.ipVersion = 6;
   entry.status = 1;
-  memcpy(entry.address6, Address6(address).bytes, sizeof entry.address6);
+  setIp6(entry.address6, address);
   entry.prefixLength6 = 64;
   entry.interfaceKind = kManagementPort;
   return entry;
@@ -72,8 +73,8 @@ inline ManagementAddress managementAddress6(const char* address) {
 inline FilterRule ruleFor(int port) {
   FilterRule rule = {};
   rule.ipVersion = 4;
-  rule.srcAddr = inet_addr("10.3.0.0");
-  rule.srcMask = inet_addr("255.255.0.0");
+  rule.srcAddr = quad("10.3.0.0");
+  rule.srcMask = quad("255.255.0.0");
   rule.proto = 6;
   rule.destPort = rule.destPortEnd = port;
   rule.target = 1;

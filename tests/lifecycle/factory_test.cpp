@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/files.h"
 #include "tests/support/peer.h"
 #include "tests/support/recorder.h"
 #include "tests/support/store.h"
@@ -21,8 +22,6 @@ using ::testing::Not;
 
 namespace {
 
-constexpr char kConfig[] = "/etc/config/kestrove.conf";
-constexpr char kEventLog[] = "/var/log/kestrove/event.log";
 constexpr char kMarker[] = "/var/etc/config/configured";
 constexpr const char* kAgentFiles[] = {"/var/config/snmpd.conf", "/var/net-snmp/snmpd.conf"};
 
@@ -67,23 +66,23 @@ void expectFailure(Reset reset) {
 TEST_F(FactoryReset, RemovesAccountsFilesAndMarker) {
   EXPECT_EQ(0, restoreFactoryDefaults(2, "op"));
   EXPECT_EQ(0, shm->config.userCount);
-  EXPECT_THAT(readFile("/etc/passwd"), Not(::testing::HasSubstr("first:")));
+  EXPECT_THAT(readFile(kPasswd), Not(::testing::HasSubstr("first:")));
   for (const char* path : kAgentFiles) EXPECT_FALSE(fileExists(path));
   EXPECT_FALSE(fileExists(kMarker));
-  EXPECT_FALSE(fileExists(kEventLog));
+  EXPECT_FALSE(fileExists(kEventFile));
 }
 
 TEST_F(FactoryReset, BackupBecomesTheConfigurationFile) {
   EXPECT_EQ(0, restoreFactoryDefaults(2, "op"));
-  EXPECT_EQ("LAN_MTU 1234\n", readFile(kConfig));
+  EXPECT_EQ("LAN_MTU 1234\n", readFile(kConfigFile));
   EXPECT_THAT(shellLines(), Contains("cp /etc/config/kestrove.conf.bak /etc/config/kestrove.conf"));
 }
 
 TEST_F(FactoryReset, SuccessLeavesTheLockCounted) {
   for (Reset reset : kBoth) {
     shm_lock_count = 0;
-    writeFile(kEventLog, "");
-    writeFile(kConfig, "");
+    writeFile(kEventFile, "");
+    writeFile(kConfigFile, "");
     EXPECT_EQ(0, reset(2, "op"));
     EXPECT_EQ(1, shm_lock_count);
   }
@@ -99,11 +98,11 @@ TEST_F(FactoryReset, SwitchesLoggingOffAndEntersConfigurationMode) {
 TEST_F(FactoryReset, OtherResetKeepsAccountsAndMarker) {
   EXPECT_EQ(0, restoreZELFactoryDefaults(2, "op"));
   EXPECT_EQ(2, shm->config.userCount);
-  EXPECT_THAT(readFile("/etc/passwd"), ::testing::HasSubstr("first:"));
+  EXPECT_THAT(readFile(kPasswd), ::testing::HasSubstr("first:"));
   EXPECT_TRUE(fileExists(kMarker));
   for (const char* path : kAgentFiles) EXPECT_FALSE(fileExists(path));
-  EXPECT_FALSE(fileExists(kEventLog));
-  EXPECT_EQ("LAN_MTU 1234\n", readFile(kConfig));
+  EXPECT_FALSE(fileExists(kEventFile));
+  EXPECT_EQ("LAN_MTU 1234\n", readFile(kConfigFile));
 }
 
 TEST_F(FactoryReset, MissingAgentFilesAndMarkerAreFine) {
@@ -118,7 +117,7 @@ TEST_F(FactoryReset, AgentFileThatCannotBeRemovedEndsIt) {
       unlink(path);
       ASSERT_EQ(0, mkdir(path, 0755));
       expectFailure(reset);
-      EXPECT_TRUE(fileExists(kEventLog));
+      EXPECT_TRUE(fileExists(kEventFile));
       EXPECT_TRUE(fileExists(kMarker));
       rmdir(path);
     }
@@ -129,25 +128,25 @@ TEST_F(FactoryReset, MissingEventLogEndsIt) {
   strcpy(shm->config.eventLogFileName, "/tmp/none");
   for (Reset reset : kBoth) {
     expectFailure(reset);
-    EXPECT_TRUE(fileExists(kConfig)) << "the log comes first";
+    EXPECT_TRUE(fileExists(kConfigFile)) << "the log comes first";
   }
 }
 
 TEST_F(FactoryReset, MissingConfigurationFileEndsIt) {
   strcpy(shm->config.configFileName, "/none/kestrove.conf");
   for (Reset reset : kBoth) {
-    writeFile(kEventLog, "");
+    writeFile(kEventFile, "");
     expectFailure(reset);
-    EXPECT_FALSE(fileExists(kEventLog));
+    EXPECT_FALSE(fileExists(kEventFile));
   }
   EXPECT_THAT(shellLines(), Not(Contains(::testing::StartsWith("cp "))));
 }
 
 TEST_F(FactoryReset, AccountThatCannotBeRemovedEndsIt) {
-  ASSERT_EQ(0, mount("/etc/passwd", "/etc/passwd", nullptr, MS_BIND, nullptr));
-  ASSERT_EQ(0, mount(nullptr, "/etc/passwd", nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr));
+  ASSERT_EQ(0, mount(kPasswd, kPasswd, nullptr, MS_BIND, nullptr));
+  ASSERT_EQ(0, mount(nullptr, kPasswd, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr));
   expectFailure(restoreFactoryDefaults);
-  umount2("/etc/passwd", MNT_DETACH);
+  umount2(kPasswd, MNT_DETACH);
   for (const char* path : kAgentFiles) EXPECT_TRUE(fileExists(path));
 }
 
@@ -161,14 +160,14 @@ TEST_F(FactoryReset, AccountsWithoutAPasswordLineAreNoHindrance) {
   EXPECT_EQ(0, shm->config.userCount);
   EXPECT_EQ(0, shm->config.adminUserCount);
   for (const UserAccount& user : shm->config.users) EXPECT_STREQ("", user.username);
-  EXPECT_THAT(readFile("/etc/passwd"), Not(::testing::HasSubstr("first:")));
+  EXPECT_THAT(readFile(kPasswd), Not(::testing::HasSubstr("first:")));
 }
 
 TEST_F(FactoryReset, CountBeyondTheTableDoesNotKeepItBusy) {
   for (int32_t count : {6, 1000, INT32_MAX}) {
     shm->config.userCount = count;
-    writeFile(kEventLog, "");
-    writeFile(kConfig, "");
+    writeFile(kEventFile, "");
+    writeFile(kConfigFile, "");
     EXPECT_EQ(0, restoreFactoryDefaults(2, "op"));
     EXPECT_EQ(0, shm->config.userCount);
     shm_lock_count = 0;
@@ -198,7 +197,7 @@ TEST_F(FactoryReset, PathThatIsNotPlainNeverReachesTheShell) {
 TEST_F(FactoryReset, BackupThatIsMissingIsNoFailure) {
   unlink("/etc/config/kestrove.conf.bak");
   EXPECT_EQ(0, restoreFactoryDefaults(2, "op"));
-  EXPECT_FALSE(fileExists(kConfig));
+  EXPECT_FALSE(fileExists(kConfigFile));
 }
 
 TEST(FactoryResetWithoutAStore, FailsWithTheLocksCode) {

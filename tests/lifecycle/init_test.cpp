@@ -11,6 +11,7 @@
 #include <string>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/files.h"
 #include "tests/support/peer.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
@@ -23,20 +24,18 @@ using ::testing::StartsWith;
 namespace {
 
 constexpr char kFactory[] = "/etc/config/factory.defaults";
-constexpr char kConfig[] = "/etc/config/kestrove.conf";
-constexpr char kEventLog[] = "/var/log/kestrove/event.log";
 constexpr char kFirstStart[] = "warning: Shm pointer was not null.";
 
 class Birth : public ::testing::Test {
  protected:
   void TearDown() override { dropStore(); }
-  int birth() { return init_shared_memory(kConfig, kEventLog); }
+  int birth() { return init_shared_memory(kConfigFile, kEventFile); }
 };
 
 // What a failing birth printed to standard error.
 std::string complaint(int expected = -1) {
   ::testing::internal::CaptureStderr();
-  EXPECT_EQ(expected, init_shared_memory(kConfig, kEventLog));
+  EXPECT_EQ(expected, init_shared_memory(kConfigFile, kEventFile));
   return ::testing::internal::GetCapturedStderr();
 }
 
@@ -45,8 +44,8 @@ TEST_F(Birth, WithoutAnyFileGivesAnUnconfiguredStore) {
   EXPECT_EQ(0, shm_lock_count);
   EXPECT_FALSE(fileLockHeld());
   EXPECT_EQ(uint32_t{SHM_STATE_UNCONFIGURED}, shm->operationalState);
-  EXPECT_STREQ(kConfig, shm->config.configFileName);
-  EXPECT_STREQ(kEventLog, shm->config.eventLogFileName);
+  EXPECT_STREQ(kConfigFile, shm->config.configFileName);
+  EXPECT_STREQ(kEventFile, shm->config.eventLogFileName);
 }
 
 TEST_F(Birth, SegmentHasKeySizeAndMode) {
@@ -64,13 +63,13 @@ TEST_F(Birth, FirstStartWarnsOfItsNullPointer) {
 
 TEST_F(Birth, LockFileIsMadeAndEmptied) {
   mkdir("/var/lock", 0755);
-  writeFile("/var/lock/shm", "old");
+  writeFile(kLockFile, "old");
   ASSERT_EQ(0, birth());
-  EXPECT_EQ("", readFile("/var/lock/shm"));
+  EXPECT_EQ("", readFile(kLockFile));
 }
 
 TEST_F(Birth, GoodFileLeavesStateZero) {
-  writeFile(kConfig, "LAN_MTU 1400\n");
+  writeFile(kConfigFile, "LAN_MTU 1400\n");
   ASSERT_EQ(0, birth());
   EXPECT_EQ(0u, shm->operationalState);
   EXPECT_EQ(1400u, shm->config.lanMaximumTransferUnit);
@@ -78,14 +77,14 @@ TEST_F(Birth, GoodFileLeavesStateZero) {
 
 TEST_F(Birth, ConfigurationFileGoesOverTheFactoryDefaults) {
   writeFile(kFactory, "LAN_MTU 1300\nINTERNET_MTU 1200\n");
-  writeFile(kConfig, "LAN_MTU 1400\n");
+  writeFile(kConfigFile, "LAN_MTU 1400\n");
   ASSERT_EQ(0, birth());
   EXPECT_EQ(1400u, shm->config.lanMaximumTransferUnit);
   EXPECT_EQ(1200u, shm->config.wanMaximumTransferUnit);
 }
 
 TEST_F(Birth, MissingFactoryDefaultsAreLogged) {
-  writeFile(kConfig, "");
+  writeFile(kConfigFile, "");
   ASSERT_EQ(0, birth());
   EXPECT_THAT(syslogLines(), Contains("err: Error opening /etc/config/factory.defaults: No such file or directory"));
   EXPECT_EQ(0u, shm->operationalState);
@@ -94,7 +93,7 @@ TEST_F(Birth, MissingFactoryDefaultsAreLogged) {
 TEST_F(Birth, FactoryDefaultsMayNameAnotherFile) {
   writeFile(kFactory, "KESTROVE_CONFIG /etc/config/other.conf\n");
   writeFile("/etc/config/other.conf", "LAN_MTU 1111\n");
-  writeFile(kConfig, "LAN_MTU 1400\n");
+  writeFile(kConfigFile, "LAN_MTU 1400\n");
   ASSERT_EQ(0, birth());
   EXPECT_STREQ("/etc/config/other.conf", shm->config.configFileName);
   EXPECT_EQ(1111u, shm->config.lanMaximumTransferUnit);
@@ -115,7 +114,7 @@ TEST_F(Birth, MinimumsAreThoseOfTheProductInTheFactoryDefaults) {
 }
 
 TEST_F(Birth, MinimumsOfEveryOtherProduct) {
-  writeFile(kConfig, "PRODUCT_ID 5\n");  // read after the minimums are set
+  writeFile(kConfigFile, "PRODUCT_ID 5\n");  // read after the minimums are set
   ASSERT_EQ(0, birth());
   EXPECT_EQ(5u, shm->config.productId);
   EXPECT_EQ(10000u, shm->config.minRate);
@@ -169,14 +168,14 @@ TEST_F(Birth, ReadableEventLogMovesToTheFixedPath) {
   log->writeIndex = 1;
   log->record[0].eventId = 24;
   ASSERT_EQ(0, write_event_log("/tmp/events", log.get()));
-  ASSERT_EQ(0, init_shared_memory(kConfig, "/tmp/events"));
-  EXPECT_STREQ(kEventLog, shm->config.eventLogFileName);
+  ASSERT_EQ(0, init_shared_memory(kConfigFile, "/tmp/events"));
+  EXPECT_STREQ(kEventFile, shm->config.eventLogFileName);
   EXPECT_EQ(24u, shm->eventLog.record[0].eventId);
   EXPECT_THAT(syslogLines(), Not(Contains(StartsWith("info: Error opening event log"))));
 }
 
 TEST_F(Birth, MissingEventLogKeepsItsNameAndIsLoggedUnderTheFixedOne) {
-  ASSERT_EQ(0, init_shared_memory(kConfig, "/tmp/none"));
+  ASSERT_EQ(0, init_shared_memory(kConfigFile, "/tmp/none"));
   EXPECT_STREQ("/tmp/none", shm->config.eventLogFileName);
   EXPECT_THAT(syslogLines(),
               Contains("info: Error opening event log (/var/log/kestrove/event.log): No such file or directory"));
@@ -184,7 +183,7 @@ TEST_F(Birth, MissingEventLogKeepsItsNameAndIsLoggedUnderTheFixedOne) {
 
 TEST_F(Birth, ShortEventLogKeepsItsName) {
   writeFile("/tmp/short", "abc");
-  ASSERT_EQ(0, init_shared_memory(kConfig, "/tmp/short"));
+  ASSERT_EQ(0, init_shared_memory(kConfigFile, "/tmp/short"));
   EXPECT_STREQ("/tmp/short", shm->config.eventLogFileName);
   EXPECT_THAT(syslogLines(), Contains(StartsWith("info: Error opening event log (/var/log/kestrove/event.log): ")));
 }
@@ -205,13 +204,13 @@ TEST_F(Birth, EventsComeBehindThoseOfTheImage) {
   auto log = std::make_unique<EventLog>();
   memset(log.get(), 0, sizeof *log);
   log->writeIndex = 5;
-  ASSERT_EQ(0, write_event_log(kEventLog, log.get()));
+  ASSERT_EQ(0, write_event_log(kEventFile, log.get()));
   ASSERT_EQ(0, birth());
   EXPECT_EQ(7u, shm->eventLog.writeIndex);
 }
 
 TEST_F(Birth, SwitchedOffLoggingLogsNothing) {
-  writeFile(kConfig, "EVENT_LOGGING 0\n");
+  writeFile(kConfigFile, "EVENT_LOGGING 0\n");
   ASSERT_EQ(0, birth());
   EXPECT_EQ(0, getEventCount());
 }
@@ -224,13 +223,13 @@ TEST_F(Birth, ShortEngineVersionIsDerived) {
 }
 
 TEST_F(Birth, ShortVersionStaysEmptyWhereTheFullOneIsTooShort) {
-  writeFile(kConfig, "KESTROVE_VERSION 5.2\n");
+  writeFile(kConfigFile, "KESTROVE_VERSION 5.2\n");
   ASSERT_EQ(0, birth());
   EXPECT_STREQ("", shm->config.kestroveVersion);
 }
 
 TEST_F(Birth, ShortVersionWritesNoTerminator) {
-  writeFile(kConfig, "KESTROVE_VERSION 5.2.0.7\n");
+  writeFile(kConfigFile, "KESTROVE_VERSION 5.2.0.7\n");
   ASSERT_EQ(0, birth());
   strcpy(shm->config.kestroveVersion, "########");
   ASSERT_EQ(0, birth());  // attached: fills the store again
@@ -239,11 +238,11 @@ TEST_F(Birth, ShortVersionWritesNoTerminator) {
 
 TEST_F(Birth, ShortProtocolVersionIsDerivedForItsProductAlone) {
   writeFile(kFactory, "DRELM_VERSION 4.1.10.5\n");
-  writeFile(kConfig, "PRODUCT_ID 5\n");
+  writeFile(kConfigFile, "PRODUCT_ID 5\n");
   ASSERT_EQ(0, birth());
   EXPECT_STREQ("4.1.10", shm->config.drelmVersion);
   dropStore();
-  writeFile(kConfig, "PRODUCT_ID 4\n");
+  writeFile(kConfigFile, "PRODUCT_ID 4\n");
   ASSERT_EQ(0, birth());
   EXPECT_STREQ("", shm->config.drelmVersion);
 }
@@ -268,7 +267,7 @@ TEST_F(Birth, OperationsAfterAFailureFindNoStore) {
 }
 
 TEST_F(Birth, AttachedProcessFillsItsStoreAgain) {
-  writeFile(kConfig, "LAN_MTU 1400\n");
+  writeFile(kConfigFile, "LAN_MTU 1400\n");
   ASSERT_EQ(0, birth());
   clearSyslog();
   shm->config.lanMaximumTransferUnit = 1;
@@ -316,15 +315,15 @@ TEST_F(Birth, SegmentThatCannotBeAttachedIsAFailure) {
 
 TEST_F(Birth, LockThatCannotBeTakenIsAFailure) {
   ASSERT_EQ(0, create_lock_file());
-  dup2(open("/var/lock/shm", O_RDONLY), lockDescriptor());  // which takes no write lock
+  dup2(open(kLockFile, O_RDONLY), lockDescriptor());  // which takes no write lock
   EXPECT_EQ("Error taking shm lock: Bad file descriptor\n", complaint());
   EXPECT_EQ(uint32_t{SHM_ESYSTEM}, shm_errno);
   EXPECT_EQ(0, shm_lock_count);
 }
 
 TEST_F(Birth, LockFileThatCannotBeMadeIsAFailure) {
-  unlink("/var/lock/shm");
-  ASSERT_EQ(0, mkdir("/var/lock/shm", 0755));
+  unlink(kLockFile);
+  ASSERT_EQ(0, mkdir(kLockFile, 0755));
   EXPECT_EQ("Error creating lock file: Is a directory\n", complaint());
   EXPECT_EQ(uint32_t{SHM_ESYSTEM}, shm_errno);
   EXPECT_EQ(0, shm_lock_count);
@@ -332,8 +331,8 @@ TEST_F(Birth, LockFileThatCannotBeMadeIsAFailure) {
 }
 
 TEST_F(Birth, NullPathsAreRefused) {
-  EXPECT_FAILS_WITH(SHM_EINVAL, init_shared_memory(nullptr, kEventLog));
-  EXPECT_FAILS_WITH(SHM_EINVAL, init_shared_memory(kConfig, nullptr));
+  EXPECT_FAILS_WITH(SHM_EINVAL, init_shared_memory(nullptr, kEventFile));
+  EXPECT_FAILS_WITH(SHM_EINVAL, init_shared_memory(kConfigFile, nullptr));
   EXPECT_EQ(0, shm_lock_count);
   EXPECT_EQ(-1, shmget(SHM_KEY, 1, 0));
 }
@@ -348,7 +347,7 @@ TEST_F(Birth, WaitsForTheHolderOfTheLock) {
   });
   ASSERT_EQ('l', holder.line().hear());
   Peer starter([](const Peer::Line& line) {
-    int result = init_shared_memory(kConfig, kEventLog);
+    int result = init_shared_memory(kConfigFile, kEventFile);
     line.say('d');
     return result;
   });
@@ -362,7 +361,7 @@ TEST_F(Birth, WaitsForTheHolderOfTheLock) {
 
 // The ports of the appliance are there.
 TEST_F(Birth, HardwareAddressesAreThoseOfThePorts) {
-  writeFile(kConfig, "REAL_LAN_NAME eth1\nPHYSICAL_WAN_NAME eth0\nMANAGEMENT_NAME eth2\n");
+  writeFile(kConfigFile, "REAL_LAN_NAME eth1\nPHYSICAL_WAN_NAME eth0\nMANAGEMENT_NAME eth2\n");
   ASSERT_EQ(0, birth());
   char text[18];
   readMacAddr(0, text);
@@ -374,14 +373,14 @@ TEST_F(Birth, HardwareAddressesAreThoseOfThePorts) {
 }
 
 TEST_F(Birth, GatewayIdIsDerivedAndItsFailureIgnored) {
-  writeFile(kConfig, "PHYSICAL_WAN_NAME eth0\n");
+  writeFile(kConfigFile, "PHYSICAL_WAN_NAME eth0\n");
   ASSERT_EQ(0, birth());
   EXPECT_EQ(0, memcmp(shm->config.gatewayId, "\x00\x00\x00\x01", 4));
 }
 
 TEST_F(Birth, KnownVendorGivesAWholeGatewayId) {
   ASSERT_EQ(0, system("ip link set eth0 address 00:0c:bd:11:22:33"));
-  writeFile(kConfig, "PHYSICAL_WAN_NAME eth0\n");
+  writeFile(kConfigFile, "PHYSICAL_WAN_NAME eth0\n");
   ASSERT_EQ(0, birth());
   EXPECT_EQ(0, memcmp(shm->config.gatewayId, "\x01\x11\x22\x33", 4));
 }

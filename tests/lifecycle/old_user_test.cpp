@@ -9,6 +9,7 @@
 #include <string>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/files.h"
 #include "tests/support/memory.h"
 #include "tests/support/store.h"
 
@@ -18,8 +19,6 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 namespace {
-
-constexpr char kConfig[] = "/etc/config/kestrove.conf";
 
 class OldUser : public StoreTest {
  protected:
@@ -43,7 +42,7 @@ TEST_F(OldUser, BecomesAnAdministratorWithThatPassword) {
   EXPECT_EQ(0, memcmp(&expected, &shm->config.users[0], sizeof expected));
   EXPECT_EQ(1, shm->config.adminUserCount);
   EXPECT_EQ(1, authenticateUser("boss", "Secret-12"));
-  EXPECT_THAT(readFile(kConfig), Not(HasSubstr("ADMIN_PASSWORD")));
+  EXPECT_THAT(readFile(kConfigFile), Not(HasSubstr("ADMIN_PASSWORD")));
   EXPECT_EQ(0, shm_lock_count);
 }
 
@@ -53,7 +52,7 @@ TEST_F(OldUser, NeedsBothKeys) {
   name("", "Secret-12");
   EXPECT_EQ(0, addOldUser());
   EXPECT_EQ(0, shm->config.userCount);
-  EXPECT_FALSE(fileExists(kConfig));
+  EXPECT_FALSE(fileExists(kConfigFile));
 }
 
 TEST_F(OldUser, FieldsWithoutTerminatorAreBounded) {
@@ -69,21 +68,21 @@ TEST_F(OldUser, FullTableKeepsTheKeysForTheNextStart) {
   name("boss", "Secret-12");
   EXPECT_FAILS_WITH(SHM_EFULL, addOldUser());
   EXPECT_EQ(SHM_USERS, shm->config.userCount);
-  EXPECT_THAT(readFile(kConfig), EndsWith(kKeys));
+  EXPECT_THAT(readFile(kConfigFile), EndsWith(kKeys));
 }
 
 TEST_F(OldUser, PasswordThatCannotBeAddedTakesTheAccountBack) {
   // Nothing can be appended to a folder.
-  ASSERT_EQ(0, rename("/etc/passwd", "/etc/passwd.away"));
-  ASSERT_EQ(0, mkdir("/etc/passwd", 0755));
+  ASSERT_EQ(0, rename(kPasswd, "/etc/passwd.away"));
+  ASSERT_EQ(0, mkdir(kPasswd, 0755));
   name("boss", "Secret-12");
   shm_errno = 99;
   EXPECT_GT(0, addOldUser());
   EXPECT_NE(99u, shm_errno);
-  rmdir("/etc/passwd");
-  rename("/etc/passwd.away", "/etc/passwd");
+  rmdir(kPasswd);
+  rename("/etc/passwd.away", kPasswd);
   EXPECT_EQ(0, shm->config.userCount);
-  EXPECT_THAT(readFile(kConfig), EndsWith(kKeys));
+  EXPECT_THAT(readFile(kConfigFile), EndsWith(kKeys));
 }
 
 TEST_F(OldUser, AccountOfThatNameIsRemovedForTheNextStart) {
@@ -93,7 +92,7 @@ TEST_F(OldUser, AccountOfThatNameIsRemovedForTheNextStart) {
   name("bossy", "Secret-12");
   EXPECT_FAILS_WITH(SHM_EEXIST, addOldUser());
   EXPECT_EQ(0, shm->config.userCount);
-  EXPECT_THAT(readFile("/etc/passwd"), Not(HasSubstr("bossy:")));
+  EXPECT_THAT(readFile(kPasswd), Not(HasSubstr("bossy:")));
   EXPECT_EQ(0, addOldUser());
   EXPECT_EQ(1, authenticateUser("bossy", "Secret-12"));
 }
@@ -103,7 +102,7 @@ TEST_F(OldUser, KeysGoToTheFixedFileWhateverTheStoresOwnIs) {
   shm->config.userCount = SHM_USERS;
   name("boss", "Secret-12");
   EXPECT_EQ(-1, addOldUser());
-  EXPECT_EQ(kKeys, readFile(kConfig));
+  EXPECT_EQ(kKeys, readFile(kConfigFile));
   EXPECT_THAT(readFile("/etc/config/other.conf"), Not(HasSubstr("ADMIN_")));
 }
 
@@ -111,32 +110,32 @@ TEST_F(OldUser, KeysStandOnLinesOfTheirOwnBehindAnUnfinishedOne) {
   shm->config.userCount = SHM_USERS;
   name("boss", "Secret-12");
   for (const char* text : {"", "LAN_MTU 1500\n"}) {
-    writeFile(kConfig, text);
+    writeFile(kConfigFile, text);
     EXPECT_EQ(-1, addOldUser());
-    EXPECT_EQ(std::string(text) + kKeys, readFile(kConfig));
+    EXPECT_EQ(std::string(text) + kKeys, readFile(kConfigFile));
   }
-  writeFile(kConfig, "LAN_MTU 1500");
+  writeFile(kConfigFile, "LAN_MTU 1500");
   EXPECT_EQ(-1, addOldUser());
-  EXPECT_EQ(std::string("LAN_MTU 1500\n") + kKeys, readFile(kConfig));
+  EXPECT_EQ(std::string("LAN_MTU 1500\n") + kKeys, readFile(kConfigFile));
 }
 
 TEST_F(OldUser, KeysWithALineFeedAreWrittenUpToIt) {
   shm->config.userCount = SHM_USERS;
   name("boss\nSSHD 1", "Secret-12\nSSHD 1");
   EXPECT_EQ(-1, addOldUser());
-  EXPECT_EQ(kKeys, readFile(kConfig));
+  EXPECT_EQ(kKeys, readFile(kConfigFile));
 }
 
 TEST_F(OldUser, MachinesOwnLineOfThatNameStays) {
-  std::string file = readFile("/etc/passwd");
-  writeFile("/etc/passwd", file + "boss:x:7:7::/:/bin/false\n");
-  ASSERT_EQ(0, mount("/etc/passwd", "/etc/passwd", nullptr, MS_BIND, nullptr));
-  ASSERT_EQ(0, mount(nullptr, "/etc/passwd", nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr));
+  std::string file = readFile(kPasswd);
+  writeFile(kPasswd, file + "boss:x:7:7::/:/bin/false\n");
+  ASSERT_EQ(0, mount(kPasswd, kPasswd, nullptr, MS_BIND, nullptr));
+  ASSERT_EQ(0, mount(nullptr, kPasswd, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr));
   name("boss", "Secret-12");
   EXPECT_FAILS_WITH(SHM_EOPEN, addOldUser());
-  umount2("/etc/passwd", MNT_DETACH);
+  umount2(kPasswd, MNT_DETACH);
   EXPECT_EQ(0, shm->config.userCount);
-  EXPECT_EQ(file + "boss:x:7:7::/:/bin/false\n", readFile("/etc/passwd"));
+  EXPECT_EQ(file + "boss:x:7:7::/:/bin/false\n", readFile(kPasswd));
 }
 
 // Written past every buffer of this process.
@@ -171,7 +170,7 @@ TEST_F(OldUser, PasswordStaysInTheStoreAloneUntilTheAccountExists) {
 }
 
 TEST_F(OldUser, FileThatCannotBeAppendedToIsLeft) {
-  ASSERT_EQ(0, mkdir(kConfig, 0755));
+  ASSERT_EQ(0, mkdir(kConfigFile, 0755));
   shm->config.userCount = SHM_USERS;
   name("boss", "Secret-12");
   EXPECT_FAILS_WITH(SHM_EFULL, addOldUser());

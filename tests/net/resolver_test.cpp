@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/addresses.h"
 #include "tests/support/recorder.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
@@ -144,7 +145,7 @@ class NameServer : public StoreTest {};
 
 TEST_F(NameServer, IsTheOnlyLineOfTheFile) {
   writeFile(kResolverFile, "search here\nnameserver 1.1.1.1\n");
-  EXPECT_EQ(0, changeDnsServerIp(inet_addr("10.20.30.40")));
+  EXPECT_EQ(0, changeDnsServerIp(quad("10.20.30.40")));
   EXPECT_EQ("nameserver 10.20.30.40", readFile(kResolverFile));
   EXPECT_EQ(0, shm_lock_count);
 }
@@ -159,7 +160,7 @@ TEST_F(NameServer, ChangeDrivesTheOperatingModes) {
 
 TEST_F(NameServer, ResultOfTheOperatingModesDoesNotMatter) {
   shm->config.opModeState = 77;
-  EXPECT_EQ(0, changeDnsServerIp(inet_addr("1.2.3.4")));
+  EXPECT_EQ(0, changeDnsServerIp(quad("1.2.3.4")));
 }
 
 TEST_F(NameServer, FileThatCannotBeOpenedIsAFailure) {

@@ -7,6 +7,7 @@
 #include <time.h>
 
 #include "tests/state/state_fixture.h"
+#include "tests/support/kernel.h"
 #include "tests/support/peer.h"
 
 namespace kestrove::testing {
@@ -17,14 +18,6 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::MatchesRegex;
-
-std::string outputOf(const std::string& command) {
-  FILE* pipe = popen(command.c_str(), "r");
-  std::string text;
-  for (int c; (c = fgetc(pipe)) != EOF;) text += static_cast<char>(c);
-  pclose(pipe);
-  return text;
-}
 
 class ArchiveTest : public StateTest {
  protected:

@@ -13,30 +13,13 @@
 #include <string>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/addresses.h"
+#include "tests/support/memory_stream.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
 
 constexpr char kScript[] = "/usr/local/apache2/htdocs/state-now.txt";
-
-inline uint32_t quad(const char* text) { return inet_addr(text); }
-
-template <size_t N>
-void setIp6(uint8_t (&address)[N], const char* text) {
-  ASSERT_EQ(1, inet_pton(AF_INET6, text, address));
-}
-
-// What the writer puts on a stream.
-inline std::string written(const std::function<int(FILE*)>& write) {
-  char* text = nullptr;
-  size_t size = 0;
-  FILE* stream = open_memstream(&text, &size);
-  EXPECT_EQ(0, write(stream));
-  fclose(stream);
-  std::string result(text, size);
-  free(text);
-  return result;
-}
 
 inline std::string wholeScript() {
   EXPECT_EQ(0, __saveCliState("now"));
@@ -52,7 +35,7 @@ class ScriptTest : public StoreTest {
     shm->filterTable.rule[1] = shm->filterTable.rule[0];
     shm->filterTable.rule[0] = rule;
     shm->filterTable.ruleCount = 2;
-    return written(__saveSARules);
+    return printed(__saveSARules);
   }
 };
 

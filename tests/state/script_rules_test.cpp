@@ -7,7 +7,7 @@ namespace {
 
 using ::testing::EndsWith;
 
-TEST_F(ScriptTest, DefaultRuleAloneGivesNoLine) { EXPECT_EQ("", written(__saveSARules)); }
+TEST_F(ScriptTest, DefaultRuleAloneGivesNoLine) { EXPECT_EQ("", printed(__saveSARules)); }
 
 TEST_F(ScriptTest, RuleAddressesByFamily) {
   FilterRule rule = rule4();
@@ -129,7 +129,7 @@ TEST_F(ScriptTest, FullTableWithoutItsLastRule) {
   for (FilterRule& rule : shm->filterTable.rule) rule = longest;
   for (int32_t count : {8192, 8193, INT32_MAX}) {
     shm->filterTable.ruleCount = count;
-    std::string text = written(__saveSARules);
+    std::string text = printed(__saveSARules);
     EXPECT_EQ(8191, std::count(text.begin(), text.end(), '\n'));
     std::string last = text.substr(text.rfind('\n', text.size() - 2) + 1);
     EXPECT_EQ(
@@ -140,7 +140,7 @@ TEST_F(ScriptTest, FullTableWithoutItsLastRule) {
   }
   for (int32_t count : {1, 0, -1, INT32_MIN}) {
     shm->filterTable.ruleCount = count;
-    EXPECT_EQ("", written(__saveSARules));
+    EXPECT_EQ("", printed(__saveSARules));
   }
 }
 

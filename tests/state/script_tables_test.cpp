@@ -32,27 +32,27 @@ TEST_F(ScriptTest, ManagementAddresses) {
   EXPECT_EQ(
       "ip add 10.0.0.1 255.0.0.0 -v\nip add 10.0.0.2 255.255.255.255 -v\nip add 10.0.0.3 0.0.0.0 -m\n"
       "ip add 255.255.255.255 255.0.0.0 -m\nip add 2001:db8::5 64 -b\nip add :: -1 -m\n",
-      written(__saveManagement));
+      printed(__saveManagement));
 }
 
 TEST_F(ScriptTest, RoutesOfTheTable) {
   shm->routes.slot[3].destination = quad("10.1.0.0");
   setIp6(shm->routes6.slot[3].destination, "2001:db8::");
   EXPECT_EQ("route add 10.1.0.0 0.0.0.0 0.0.0.0 \n",
-            written([](FILE* stream) { return __printRoute(stream, &shm->routes.slot[3]); }));
+            printed([](FILE* stream) { return __printRoute(stream, &shm->routes.slot[3]); }));
   EXPECT_EQ("route6 add 2001:db8:: 0 :: \n",
-            written([](FILE* stream) { return __printIpv6Route(stream, &shm->routes6.slot[3]); }));
+            printed([](FILE* stream) { return __printIpv6Route(stream, &shm->routes6.slot[3]); }));
 }
 
 TEST_F(ScriptTest, DamagedManagementCount) {
   for (int i = 0; i < 7; ++i) shm->managementAddress[i] = address4("10.0.0.1", "255.0.0.0", 4);
   for (int32_t count : {0, -1, INT32_MIN}) {
     shm->managementAddressCount = count;
-    EXPECT_EQ("", written(__saveManagement));
+    EXPECT_EQ("", printed(__saveManagement));
   }
   for (int32_t count : {8, INT32_MAX}) {
     shm->managementAddressCount = count;
-    EXPECT_EQ(7 * strlen("ip add 10.0.0.1 255.0.0.0 -b\n"), written(__saveManagement).size());
+    EXPECT_EQ(7 * strlen("ip add 10.0.0.1 255.0.0.0 -b\n"), printed(__saveManagement).size());
   }
 }
 
@@ -65,7 +65,7 @@ TEST_F(ScriptTest, RoutesInListOrder) {
       "route add 10.1.0.0 255.255.0.0 192.168.1.254 -n\n"
       "route add 10.2.0.0 255.255.0.0 192.168.1.253 \n"
       "route add 0.0.0.0 0.0.0.0 192.168.1.1 \n",
-      written(__saveRoutes));
+      printed(__saveRoutes));
 }
 
 Route6Entry route6(const char* destination, uint32_t length, const char* gateway, uint32_t status, uint32_t next) {
@@ -88,33 +88,33 @@ TEST_F(ScriptTest, Ipv6RoutesInListOrder) {
       "route6 add 2001:db8:1:: 48 fe80::1 -n\n"
       "route6 add ::ffff:1.2.3.4 128 :: \n"
       "route6 add ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff -1 ::1 \n",
-      written(__saveIpv6Routes));
+      printed(__saveIpv6Routes));
 }
 
 TEST_F(ScriptTest, SingleRouteLines) {
   RouteEntry route = {quad("10.1.0.0"), quad("255.255.0.0"), quad("192.168.1.254"), 2, 0, 0};
   EXPECT_EQ("route add 10.1.0.0 255.255.0.0 192.168.1.254 -n\n",
-            written([&](FILE* stream) { return __printRoute(stream, &route); }));
+            printed([&](FILE* stream) { return __printRoute(stream, &route); }));
   Route6Entry route6Entry = route6("2001:db8::", 32, "fe80::1", 3, 0);
   EXPECT_EQ("route6 add 2001:db8:: 32 fe80::1 \n",
-            written([&](FILE* stream) { return __printIpv6Route(stream, &route6Entry); }));
+            printed([&](FILE* stream) { return __printIpv6Route(stream, &route6Entry); }));
 }
 
 TEST_F(ScriptTest, DamagedRouteChainsEnd) {
   for (uint32_t head : {0u, 1024u, SHM_NO_SLOT, 0x80000000u}) {
     shm->routes.head = shm->routes6.head6 = head;
-    EXPECT_EQ("", written(__saveRoutes));
-    EXPECT_EQ("", written(__saveIpv6Routes));
+    EXPECT_EQ("", printed(__saveRoutes));
+    EXPECT_EQ("", printed(__saveIpv6Routes));
   }
   shm->routes.head = shm->routes6.head6 = 5;
   shm->routes.slot[5] = {0, 0, 0, 3, 1, 5};
   shm->routes6.slot[5] = route6("::", 0, "::", 3, 5);
-  EXPECT_EQ(1024 * strlen("route add 0.0.0.0 0.0.0.0 0.0.0.0 \n"), written(__saveRoutes).size());
-  EXPECT_EQ(1024 * strlen("route6 add :: 0 :: \n"), written(__saveIpv6Routes).size());
+  EXPECT_EQ(1024 * strlen("route add 0.0.0.0 0.0.0.0 0.0.0.0 \n"), printed(__saveRoutes).size());
+  EXPECT_EQ(1024 * strlen("route6 add :: 0 :: \n"), printed(__saveIpv6Routes).size());
   shm->routes.slot[5].next = 1024;
   shm->routes6.slot[5].next = 6;  // not in use
-  EXPECT_EQ("route add 0.0.0.0 0.0.0.0 0.0.0.0 \n", written(__saveRoutes));
-  EXPECT_EQ("route6 add :: 0 :: \n", written(__saveIpv6Routes));
+  EXPECT_EQ("route add 0.0.0.0 0.0.0.0 0.0.0.0 \n", printed(__saveRoutes));
+  EXPECT_EQ("route6 add :: 0 :: \n", printed(__saveIpv6Routes));
 }
 
 }  // namespace

@@ -160,7 +160,7 @@ constexpr LinkRow kLinks[] = {{1, "auto"},           {20, "10baseT"},  {40, "10b
 TEST_F(ScriptTest, LinkWords) {
   for (const LinkRow& row : kLinks) {
     config().lanLinkSetting = config().wanLinkSetting = config().managementLinkSetting = row.setting;
-    auto lineOf = [](int which) { return written([which](FILE* stream) { return __saveLink(stream, which); }); };
+    auto lineOf = [](int which) { return printed([which](FILE* stream) { return __saveLink(stream, which); }); };
     EXPECT_EQ(std::string("set linkSetting LAN ") + row.word + "\n", lineOf(0));
     EXPECT_EQ(std::string("set linkSetting WAN ") + row.word + "\n", lineOf(1));
     EXPECT_EQ(std::string("set linkSetting MANAGEMENT ") + row.word + "\n", lineOf(3));
@@ -169,7 +169,7 @@ TEST_F(ScriptTest, LinkWords) {
 
 TEST_F(ScriptTest, LinkOfAnotherInterface) {
   for (int which : {-1, 2, 4, 5, INT32_MAX}) {
-    EXPECT_EQ("", written([which](FILE* stream) {
+    EXPECT_EQ("", printed([which](FILE* stream) {
                 EXPECT_FAILS_WITH(SHM_EINVAL, __saveLink(stream, which));
                 return 0;
               }));

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/files.h"
 #include "tests/support/recorder.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
@@ -19,10 +20,8 @@ namespace kestrove::testing {
 
 constexpr char kDocuments[] = "/usr/local/apache2/htdocs";
 constexpr char kStaging[] = "/usr/local/apache2/htdocs/state";
-constexpr char kConfigFile[] = "/etc/config/kestrove.conf";
 constexpr char kAgentFile[] = "/var/config/snmpd.conf";
 constexpr char kAgentStateFile[] = "/var/net-snmp/snmpd.conf";
-constexpr char kPasswd[] = "/etc/passwd";
 
 inline std::vector<std::string> namesIn(const char* folder) {
   std::vector<std::string> names;

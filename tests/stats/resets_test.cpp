@@ -2,6 +2,7 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include "tests/support/files.h"
 #include "tests/support/recorder.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
@@ -170,7 +171,7 @@ TEST_F(Reset, ThenAReaderSeesAFreshBlock) {
 }
 
 TEST_F(Reset, AnEventThatCannotBeWrittenDoesNotMatter) {
-  ASSERT_EQ(0, symlink("/dev/full", "/var/log/kestrove/event.log"));
+  ASSERT_EQ(0, symlink("/dev/full", kEventFile));
   EXPECT_EQ(0, resetStats(2, "admin"));
   EXPECT_EQ(0u, checkStatsCounter());
   EXPECT_EQ((std::vector<uint32_t>{16, 14}), events());

@@ -5,13 +5,15 @@
 #include <string>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/addresses.h"
 #include "tests/support/store.h"
 
 namespace {
 
-constexpr uint32_t kUntouched = 0x5A5A5A5Au;
+using kestrove::testing::maskOf;
+using kestrove::testing::quad;
 
-uint32_t ip(const char* text) { return inet_addr(text); }
+constexpr uint32_t kUntouched = 0x5A5A5A5Au;
 
 struct Parsed {
   int result;
@@ -46,7 +48,7 @@ TEST(Ipv4Text, PlainFormReplacesTheText) {
     Parsed parse = parsed<parseIpv4Address>(row.text);
     EXPECT_EQ(0, parse.result) << row.text;
     EXPECT_EQ(row.plain, parse.text);
-    EXPECT_EQ(ip(row.plain), parse.address);
+    EXPECT_EQ(quad(row.plain), parse.address);
     EXPECT_EQ(0u, parse.code);
   }
 }
@@ -100,7 +102,7 @@ TEST(Ipv4Text, NullPointersAreRefused) {
 
 TEST(Netmask, RunsOfOnesAreValid) {
   for (int ones = 0; ones <= 32; ++ones) {
-    uint32_t mask = htonl(ones == 0 ? 0 : ~uint32_t{0} << (32 - ones));
+    uint32_t mask = maskOf(ones);
     EXPECT_EQ(0, validateNetmask(&mask)) << ones;
   }
 }
@@ -108,7 +110,7 @@ TEST(Netmask, RunsOfOnesAreValid) {
 TEST(Netmask, HolesAreAnInvalidArgument) {
   for (const char* text : {"255.0.255.0", "0.255.0.0", "255.253.0.0", "254.255.0.0", "0.0.0.1", "255.255.255.127",
                            "128.128.0.0", "1.0.0.0", "255.255.0.255"}) {
-    uint32_t mask = ip(text);
+    uint32_t mask = quad(text);
     EXPECT_FAILS_WITH(SHM_EINVAL, validateNetmask(&mask));
   }
   EXPECT_FAILS_WITH(SHM_EINVAL, validateNetmask(nullptr));
@@ -118,7 +120,7 @@ TEST(ManagementAddressText, UnicastIsAccepted) {
   for (const char* text : {"223.255.255.255", "0.0.0.1", "1.0.0.0", "126.255.255.255", "128.0.0.0", "10.0.0.1"}) {
     Parsed parse = parsed<validateManagementAddress>(text);
     EXPECT_EQ(0, parse.result) << text;
-    EXPECT_EQ(ip(text), parse.address);
+    EXPECT_EQ(quad(text), parse.address);
   }
 }
 
@@ -174,40 +176,40 @@ TEST(Ipv6Text, ShortBufferFailsEvenWhereTheTextFits) {
 
 TEST(Prefix, IsTheNumberOfLeadingOnes) {
   for (int ones = 1; ones <= 32; ++ones) {
-    EXPECT_EQ(ones, netMaskCIDRNumber(htonl(~uint32_t{0} << (32 - ones)))) << ones;
+    EXPECT_EQ(ones, netMaskCIDRNumber(maskOf(ones))) << ones;
   }
 }
 
 TEST(Prefix, ZeroAndHolesHaveNoneAndNoCode) {
   shm_errno = 99;
   for (const char* text : {"0.0.0.0", "255.0.255.0", "0.0.0.1", "127.255.255.255", "255.255.255.253"}) {
-    EXPECT_EQ(-1, netMaskCIDRNumber(ip(text))) << text;
+    EXPECT_EQ(-1, netMaskCIDRNumber(quad(text))) << text;
   }
   EXPECT_EQ(99u, shm_errno);
 }
 
 TEST(Subnet, IsNetworkAndPrefix) {
   char text[19];
-  EXPECT_EQ(0, getCIDRSubnet(ip("10.1.2.3"), ip("255.255.0.0"), text, 19));
+  EXPECT_EQ(0, getCIDRSubnet(quad("10.1.2.3"), quad("255.255.0.0"), text, 19));
   EXPECT_STREQ("10.1.0.0/16", text);
-  EXPECT_EQ(0, getCIDRSubnet(ip("255.255.255.255"), ip("255.255.255.255"), text, 19));
+  EXPECT_EQ(0, getCIDRSubnet(quad("255.255.255.255"), quad("255.255.255.255"), text, 19));
   EXPECT_STREQ("255.255.255.255/32", text);
 }
 
 TEST(Subnet, ShortBufferAndOddMaskLeaveTheText) {
   char text[19] = "kept";
   shm_errno = 99;
-  EXPECT_EQ(-1, getCIDRSubnet(ip("10.1.2.3"), ip("255.0.0.0"), text, 18));
-  EXPECT_EQ(-1, getCIDRSubnet(ip("10.1.2.3"), ip("255.0.0.0"), text, -1));
-  EXPECT_EQ(-1, getCIDRSubnet(ip("10.1.2.3"), 0, text, 19));
-  EXPECT_EQ(-1, getCIDRSubnet(ip("10.1.2.3"), ip("255.0.255.0"), text, 19));
+  EXPECT_EQ(-1, getCIDRSubnet(quad("10.1.2.3"), quad("255.0.0.0"), text, 18));
+  EXPECT_EQ(-1, getCIDRSubnet(quad("10.1.2.3"), quad("255.0.0.0"), text, -1));
+  EXPECT_EQ(-1, getCIDRSubnet(quad("10.1.2.3"), 0, text, 19));
+  EXPECT_EQ(-1, getCIDRSubnet(quad("10.1.2.3"), quad("255.0.255.0"), text, 19));
   EXPECT_STREQ("kept", text);
   EXPECT_EQ(99u, shm_errno);
-  EXPECT_FAILS_WITH(SHM_EINVAL, getCIDRSubnet(1, ip("255.0.0.0"), nullptr, 19));
+  EXPECT_FAILS_WITH(SHM_EINVAL, getCIDRSubnet(1, quad("255.0.0.0"), nullptr, 19));
 }
 
 TEST(DottedText, StandsInNetworkOrder) {
-  EXPECT_STREQ("10.1.2.3", ipv4_to_a(ip("10.1.2.3")));
+  EXPECT_STREQ("10.1.2.3", ipv4_to_a(quad("10.1.2.3")));
   EXPECT_STREQ("0.0.0.0", ipv4_to_a(0));
 }
 

@@ -5,6 +5,7 @@
 #include "store/journal.h"
 #include "store/rule_slots.h"
 #include "tests/store/death_fixture.h"
+#include "tests/support/files.h"
 #include "tests/support/kernel.h"
 
 namespace kestrove::testing {
@@ -160,13 +161,13 @@ TEST_F(DeathInUsersTest, AddingTheLastUserThatFits) {
 }
 
 TEST_F(DeathInUsersTest, RemovingAnAdministrator) {
-  writeFile("/etc/passwd", "root:x:0:0::/:/bin/sh\nalpha:x:1:1::/:/bin/sh\n");
+  writeFile(kPasswd, "root:x:0:0::/:/bin/sh\nalpha:x:1:1::/:/bin/sh\n");
   expectSound([] { return removeUser("alpha"); }, 1);
   EXPECT_EQ(1, shm->config.adminUserCount);
 }
 
 TEST_F(DeathInUsersTest, RemovingFromAFullTable) {
-  writeFile("/etc/passwd", "root:x:0:0::/:/bin/sh\nbravo:x:1:1::/:/bin/sh\n");
+  writeFile(kPasswd, "root:x:0:0::/:/bin/sh\nbravo:x:1:1::/:/bin/sh\n");
   shm->config.users[3] = userNamed("delta", 0);
   shm->config.users[4] = userNamed("echo", 0);
   shm->config.userCount = 5;

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/files.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/peer.h"
 #include "tests/support/store.h"
@@ -18,7 +19,6 @@ using ::testing::ElementsAre;
 
 namespace {
 
-constexpr char kLockFile[] = "/var/lock/shm";
 constexpr char kUser[] = "admin";
 constexpr int kBriefly = 150;      // milliseconds
 constexpr int kRelaySetting = 41;  // runs two programs, the first at once
@@ -139,7 +139,7 @@ TEST_F(Hold, SignalThatCannotBeSentKeepsItByItselfOnly) {
 }
 
 TEST_F(Hold, FactoryResetKeepsIt) {
-  writeFile("/etc/config/kestrove.conf", "");
+  writeFile(kConfigFile, "");
   EXPECT_EQ(0, restoreFactoryDefaults(0, kUser));
   EXPECT_EQ(1, shm_lock_count);
   EXPECT_TRUE(fileLockHeld());
@@ -206,7 +206,7 @@ TEST_F(Hold, HoldWithoutAStoreFails) {
 
 TEST_F(Hold, BuilderOfTheStoreMayKeepIt) {
   dropStore();
-  EXPECT_EQ(0, kestrove_build("/etc/config/kestrove.conf", "/var/log/kestrove/event.log"));
+  EXPECT_EQ(0, kestrove_build(kConfigFile, kEventFile));
   EXPECT_TRUE(fileLockHeld());
   EXPECT_EQ(1, shm_lock_count);
   EXPECT_EQ(0, setShmOperationalState(SHM_STATE_OPERATIONAL));
@@ -219,7 +219,7 @@ TEST_F(Hold, BuilderOfTheStoreMayKeepIt) {
 TEST_F(Hold, FailedBuildKeepsLockAndCount) {
   ShmData* attached = shm;
   shm = nullptr;
-  EXPECT_FAILS_WITH(SHM_EATTACH, init_shared_memory("/etc/config/kestrove.conf", "/var/log/kestrove/event.log"));
+  EXPECT_FAILS_WITH(SHM_EATTACH, init_shared_memory(kConfigFile, kEventFile));
   EXPECT_TRUE(fileLockHeld());
   EXPECT_EQ(1, shm_lock_count);
   shm = attached;
@@ -242,7 +242,7 @@ TEST_F(Hold, SaveWaitsForAnotherSave) {
   close(folder);
   EXPECT_EQ('d', saver.line().hear());
   EXPECT_EQ(0, saver.join());
-  EXPECT_THAT(readFile("/etc/config/kestrove.conf"), ::testing::HasSubstr("INTERNET_RATE             4711000\n"));
+  EXPECT_THAT(readFile(kConfigFile), ::testing::HasSubstr("INTERNET_RATE             4711000\n"));
 }
 
 // The file is a pipe, so that the state can be changed while it is read.

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/files.h"
 #include "tests/support/peer.h"
 #include "tests/support/store.h"
 
@@ -19,7 +20,6 @@ using ::testing::HasSubstr;
 
 namespace {
 
-constexpr char kLockFile[] = "/var/lock/shm";
 constexpr int kBriefly = 150;  // milliseconds
 
 int segmentId() { return shmget(SHM_KEY, 1, 0); }

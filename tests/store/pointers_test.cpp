@@ -3,6 +3,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "tests/support/addresses.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
@@ -19,10 +20,10 @@ TEST_F(StorePointers, AddressesAreReadFromTextsOfTheStoreIntoItsFields) {
   strcpy(name(), "010.1.2.3");
   EXPECT_EQ(0, parseIpv4Address(name(), address()));
   EXPECT_STREQ("10.1.2.3", name());
-  EXPECT_EQ(inet_addr("10.1.2.3"), *address());
+  EXPECT_EQ(quad("10.1.2.3"), *address());
   EXPECT_EQ(0, validateManagementAddress(name(), address()));
-  EXPECT_EQ(inet_addr("10.1.2.3"), *address());
-  *address() = inet_addr("255.255.0.0");
+  EXPECT_EQ(quad("10.1.2.3"), *address());
+  *address() = quad("255.255.0.0");
   EXPECT_EQ(0, validateNetmask(address()));
   strcpy(name(), "2001:db8::1");
   EXPECT_EQ(0, parseIpv6Address(name(), shm->ip6Address[0].address));
@@ -36,7 +37,7 @@ TEST_F(StorePointers, OutputsThatLieOverTheirInputs) {
   for (auto parse : {parseIpv4Address, validateManagementAddress}) {
     strcpy(name(), "10.1.2.3");
     EXPECT_EQ(0, parse(name(), over));
-    EXPECT_EQ(inet_addr("10.1.2.3"), *over);
+    EXPECT_EQ(quad("10.1.2.3"), *over);
   }
   strcpy(name(), "127.0.0.1");
   EXPECT_FAILS_WITH(SHM_EINVAL, validateManagementAddress(name(), over));
@@ -64,7 +65,7 @@ TEST_F(StorePointers, TextsThatLieOverTheirFields) {
   EXPECT_STREQ("3456789", name());
   EXPECT_EQ(0, stringCopy(name() + 2, name()));
   EXPECT_STREQ("343456789", name());
-  EXPECT_EQ(0, getCIDRSubnet(inet_addr("10.1.2.3"), inet_addr("255.255.0.0"), name(), 256));
+  EXPECT_EQ(0, getCIDRSubnet(quad("10.1.2.3"), quad("255.255.0.0"), name(), 256));
   EXPECT_STREQ("10.1.0.0/16", name());
 }
 

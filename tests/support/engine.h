@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/files.h"
 
 namespace kestrove::testing {
 
@@ -54,7 +55,7 @@ class EngineChild {
  private:
   [[noreturn]] void listen(const sigset_t& heard) {
     for (int signal = 0; sigwait(&heard, &signal) == 0;) {
-      bool done = access("/etc/config/kestrove.conf", F_OK) == 0 && shm->pendingChanges != 0;
+      bool done = access(kConfigFile, F_OK) == 0 && shm->pendingChanges != 0;
       if (write(pipe_[1], signal == SIGUSR2 ? "Q" : done ? "D" : "S", 1) != 1) break;
     }
     _exit(1);

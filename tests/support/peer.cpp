@@ -1,4 +1,5 @@
 #include "tests/support/peer.h"
+#include "tests/support/files.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -11,8 +12,6 @@
 
 namespace kestrove::testing {
 namespace {
-
-constexpr char kLockFile[] = "/var/lock/shm";
 
 int waitFor(pid_t pid) {
   int status = 0;

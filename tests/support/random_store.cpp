@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/addresses.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
@@ -62,10 +63,7 @@ class Dice {
   uint32_t word() { return static_cast<uint32_t>(random_()); }
   int below(int limit) { return static_cast<int>(word() % static_cast<uint32_t>(limit)); }
   bool odd() { return word() & 1; }
-  uint32_t mask() {
-    int bits = below(33);
-    return htonl(bits == 0 ? 0 : ~0u << (32 - bits));
-  }
+  uint32_t mask() { return maskOf(below(33)); }
   void address6(uint8_t (&address)[16]) {
     for (uint8_t& byte : address) byte = odd() ? 0 : static_cast<uint8_t>(below(256));
   }

@@ -1,4 +1,5 @@
 #include "tests/support/store.h"
+#include "tests/support/files.h"
 
 #include <stdlib.h>
 #include <string.h>
@@ -40,8 +41,8 @@ void makeStore() {
   shm->operationalState = SHM_STATE_OPERATIONAL;
   shm->config.minRate = kOrdinaryMinRate;
   shm->config.minMtu = kOrdinaryMinMtu;
-  strcpy(shm->config.configFileName, "/etc/config/kestrove.conf");
-  strcpy(shm->config.eventLogFileName, "/var/log/kestrove/event.log");
+  strcpy(shm->config.configFileName, kConfigFile);
+  strcpy(shm->config.eventLogFileName, kEventFile);
   layOutTables();
   shm_errno = 0;
 }

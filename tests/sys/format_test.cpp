@@ -10,6 +10,7 @@
 #include <string>
 
 #include "sys/text_writer.h"
+#include "tests/support/addresses.h"
 
 namespace kestrove::sys {
 namespace {
@@ -50,11 +51,6 @@ TEST(FormatTest, QuadsAreThoseOfTheLibrary) {
   }
 }
 
-std::string library6(const uint8_t* address) {
-  char text[INET6_ADDRSTRLEN];
-  return inet_ntop(AF_INET6, address, text, sizeof text);
-}
-
 // Every pattern of zero groups, with the other groups of every number of digits and the two embedded forms.
 TEST(FormatTest, Ip6AddressesAreThoseOfTheLibrary) {
   const uint16_t kGroups[] = {0x1, 0x12, 0x123, 0x1234, 0xffff, 0xabcd};
@@ -68,7 +64,7 @@ TEST(FormatTest, Ip6AddressesAreThoseOfTheLibrary) {
         address[2 * i] = static_cast<uint8_t>(group >> 8);
         address[2 * i + 1] = static_cast<uint8_t>(group & 0xff);
       }
-      EXPECT_EQ(library6(address), textOf([&](char* at) { return putIp6(at, address); }));
+      EXPECT_EQ(testing::ip6Text(address), textOf([&](char* at) { return putIp6(at, address); }));
     }
   }
 }

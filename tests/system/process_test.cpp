@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/support/deny.h"
+#include "tests/support/files.h"
 #include "tests/support/peer.h"
 #include "tests/support/recorder.h"
 #include "tests/support/store.h"
@@ -17,7 +18,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-constexpr char kFile[] = "/etc/config/kestrove.conf";
 constexpr char kWebPid[] = "/usr/local/apache2/logs/httpd.pid";
 const uint32_t kAddress = 0x0101A8C0;  // 192.168.1.1
 
@@ -148,7 +148,7 @@ TEST_F(ProcessTest, TheClockIsSetWithTheEngineSwitchedOff) {
   EXPECT_EQ(13u, shm->eventLog.record[0].eventId);
   EXPECT_EQ(4u, shm->eventLog.record[0].source);
   EXPECT_STREQ("jane", shm->eventLog.record[0].userName);
-  EXPECT_FALSE(fileExists(kFile));
+  EXPECT_FALSE(fileExists(kConfigFile));
 }
 
 TEST_F(ProcessTest, AClockToolThatRunsAndFailsCountsAsDone) {
@@ -213,7 +213,7 @@ TEST_F(ProcessTest, RestartingTheEngineClearsTheCountersAndKillsIt) {
   answer("killall", "", 1);
   EXPECT_EQ(1, restart_kestrove(2, "jane"));
   expectFresh();
-  EXPECT_TRUE(fileExists(kFile));
+  EXPECT_TRUE(fileExists(kConfigFile));
   EXPECT_EQ((Lines{"/usr/bin/killall kestrove"}), programs());
   EXPECT_EQ("info: restart_kestrove: calling killall", syslogLines().back());
   EXPECT_EQ(0, shm_lock_count);
@@ -232,7 +232,7 @@ TEST_F(ProcessTest, TheEngineThatRestartsItselfExits) {
 
 TEST_F(ProcessTest, AFailedSaveDoesNotKeepTheEngineFromRestarting) {
   wearOut();
-  ASSERT_EQ(0, mkdir(kFile, 0755));
+  ASSERT_EQ(0, mkdir(kConfigFile, 0755));
   EXPECT_EQ(0, restart_kestrove(0, "--"));
   expectFresh();
   EXPECT_EQ((Lines{"/usr/bin/killall kestrove"}), programs());
@@ -248,28 +248,28 @@ TEST_F(ProcessTest, TheFifthEngineStartFails) {
   }
   EXPECT_EQ(0, resetKestroveRestartCounter());
   EXPECT_EQ(0, incrKestroveRestartCounter());
-  EXPECT_FALSE(fileExists(kFile));
+  EXPECT_FALSE(fileExists(kConfigFile));
 }
 
 TEST_F(ProcessTest, TheFifthRebootFailsAndIsNotSaved) {
   EXPECT_EQ(0, resetKestroveRebootCounter());
-  EXPECT_TRUE(fileExists(kFile));
+  EXPECT_TRUE(fileExists(kConfigFile));
   for (uint32_t count = 1; count <= 4; ++count) {
-    unlink(kFile);
+    unlink(kConfigFile);
     EXPECT_EQ(0, incrKestroveRebootCounter());
     EXPECT_EQ(count, shm->config.kestroveRebootCount);
-    EXPECT_TRUE(fileExists(kFile));
+    EXPECT_TRUE(fileExists(kConfigFile));
     EXPECT_EQ(0, checkKestroveRebootCounter());
   }
-  unlink(kFile);
+  unlink(kConfigFile);
   EXPECT_FAILS_WITH(SHM_EREBOOTS, incrKestroveRebootCounter());
   EXPECT_EQ(5u, shm->config.kestroveRebootCount);
   EXPECT_FAILS_WITH(SHM_EREBOOTS, checkKestroveRebootCounter());
-  EXPECT_FALSE(fileExists(kFile));
+  EXPECT_FALSE(fileExists(kConfigFile));
 }
 
 TEST_F(ProcessTest, AFailedSaveFailsTheRebootCounter) {
-  ASSERT_EQ(0, mkdir(kFile, 0755));
+  ASSERT_EQ(0, mkdir(kConfigFile, 0755));
   EXPECT_FAILS_WITH(SHM_ESYSTEM, incrKestroveRebootCounter());
   EXPECT_EQ(1u, shm->config.kestroveRebootCount);
   EXPECT_FAILS_WITH(SHM_ESYSTEM, resetKestroveRebootCounter());
@@ -350,19 +350,19 @@ TEST_F(ProcessTest, StampingALogInTakesTheFirstNameThatBeginsSo) {
   EXPECT_LT(admin.lastLoginMicroseconds, 1000000);
   EXPECT_EQ(1000, shm->config.users[0].lastLoginSeconds);
   EXPECT_EQ(1002, shm->config.users[2].lastLoginSeconds);
-  EXPECT_TRUE(fileExists(kFile));
-  unlink(kFile);
+  EXPECT_TRUE(fileExists(kConfigFile));
+  unlink(kConfigFile);
   EXPECT_FAILS_WITH(SHM_ENOUSER, setLastLoginTimeStamp("admins"));
   EXPECT_FAILS_WITH(SHM_ENOUSER, setLastLoginTimeStamp("x"));
   EXPECT_FAILS_WITH(SHM_EINVAL, setLastLoginTimeStamp(nullptr));
-  EXPECT_FALSE(fileExists(kFile));
+  EXPECT_FALSE(fileExists(kConfigFile));
   EXPECT_EQ(0, setLastLoginTimeStamp(""));  // begins every name
   EXPECT_NE(1000, shm->config.users[0].lastLoginSeconds);
 }
 
 TEST_F(ProcessTest, AFailedSaveDoesNotFailTheStamp) {
   addAccounts();
-  ASSERT_EQ(0, mkdir(kFile, 0755));
+  ASSERT_EQ(0, mkdir(kConfigFile, 0755));
   shm_errno = 0;
   EXPECT_EQ(0, setLastLoginTimeStamp("admin"));
   EXPECT_EQ(uint32_t(SHM_ESYSTEM), shm_errno);

@@ -9,12 +9,11 @@
 #include <vector>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/files.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
 
-constexpr char kPasswd[] = "/etc/passwd";
-constexpr char kConfigFile[] = "/etc/config/kestrove.conf";
 constexpr char kSystemLines[] =
     "root:x:0:0:root:/root:/bin/bash\n"
     "daemon:*:1:1::/:/bin/false\n";

@@ -7,7 +7,8 @@
 #include <fstream>
 #include <string>
 
-#include "tests/net/routes/saves.h"
+#include "tests/support/addresses.h"
+#include "tests/support/save_counter.h"
 
 namespace kestrove::testing {
 namespace {
@@ -17,14 +18,9 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-struct Text16 {
-  explicit Text16(const std::string& text) { EXPECT_EQ(1, inet_pton(AF_INET6, text.c_str(), bytes)) << text; }
-  uint8_t bytes[16];
-};
-
 Ip6Address entry(const std::string& address, uint32_t prefix = 64) {
   Ip6Address out;
-  memcpy(out.address, Text16(address).bytes, sizeof out.address);
+  setIp6(out.address, address);
   out.prefixLength = prefix;
   return out;
 }
@@ -48,15 +44,14 @@ class Ip6Addresses : public StoreTest {
     Ip6Address value = entry(address, prefix);
     return shm_addIp6(&value);
   }
-  static int remove(const std::string& address) { return removeIp6(Text16(address).bytes); }
-  static int edit(int index, const std::string& address) { return shm_editIp6Address(index, Text16(address).bytes); }
+  static int remove(const std::string& address) { return removeIp6(ip6(address).data()); }
+  static int edit(int index, const std::string& address) { return shm_editIp6Address(index, ip6(address).data()); }
 
   static std::vector<std::string> table() {
     std::vector<std::string> texts;
     for (int i = 0; i < shm->ip6Count; ++i) {
-      char text[INET6_ADDRSTRLEN];
-      inet_ntop(AF_INET6, shm->ip6Address[i].address, text, sizeof text);
-      texts.push_back(text + ("/" + std::to_string(shm->ip6Address[i].prefixLength)));
+      const Ip6Address& held = shm->ip6Address[i];
+      texts.push_back(ip6Text(held.address) + "/" + std::to_string(held.prefixLength));
     }
     return texts;
   }
@@ -79,7 +74,7 @@ TEST_F(Ip6Addresses, AnAddressGoesIntoTheTableOntoTheBridgeAndIntoTheFile) {
   EXPECT_THAT(table(), ElementsAre("2001:db8::1/64", "2001:db8::2/48"));
   EXPECT_THAT(bridge(), ::testing::UnorderedElementsAre("0001/40", "0002/30"));
   EXPECT_EQ(2, getIp6Count());
-  EXPECT_THAT(readFile(kFile), HasSubstr("2001:db8::2"));
+  EXPECT_THAT(readFile(kConfigFile), HasSubstr("2001:db8::2"));
 }
 
 TEST_F(Ip6Addresses, SixAreHeldAndTheSeventhIsRefused) {
@@ -100,14 +95,14 @@ TEST_F(Ip6Addresses, ConfigurationModeTouchesTheTableAlone) {
   EXPECT_EQ(0, add(numbered(1)));
   EXPECT_THAT(table(), ElementsAre("2001:db8::1/64"));
   EXPECT_THAT(bridge(), IsEmpty());
-  EXPECT_FALSE(fileExists(kFile));
+  EXPECT_FALSE(fileExists(kConfigFile));
 }
 
 TEST_F(Ip6Addresses, DebugModeIsLikeAnyOther) {
   shm->operationalState = SHM_STATE_DEBUG;
   EXPECT_EQ(0, add(numbered(1)));
   EXPECT_THAT(bridge(), ElementsAre("0001/40"));
-  EXPECT_TRUE(fileExists(kFile));
+  EXPECT_TRUE(fileExists(kConfigFile));
 }
 
 TEST_F(Ip6Addresses, WhatTheBridgeRefusesIsNotStored) {
@@ -115,7 +110,7 @@ TEST_F(Ip6Addresses, WhatTheBridgeRefusesIsNotStored) {
   ASSERT_EQ(0, system("ip link del br0"));
   EXPECT_FAILS_WITH(SHM_ESYSTEM, add(numbered(1)));
   EXPECT_THAT(table(), IsEmpty());
-  EXPECT_FALSE(fileExists(kFile));
+  EXPECT_FALSE(fileExists(kConfigFile));
 }
 
 TEST_F(Ip6Addresses, AddFoldsTheResult) {
@@ -213,7 +208,7 @@ TEST_F(Ip6Addresses, ARemovedAddressLeavesNoGap) {
   EXPECT_THAT(table(),
               ElementsAre("2001:db8::1/64", "2001:db8::2/64", "2001:db8::4/64", "2001:db8::5/64", "2001:db8::6/64"));
   EXPECT_EQ(5u, bridge().size());
-  EXPECT_THAT(readFile(kFile), Not(HasSubstr("2001:db8::3 ")));
+  EXPECT_THAT(readFile(kConfigFile), Not(HasSubstr("2001:db8::3 ")));
   EXPECT_EQ(0, remove(numbered(6)));
   EXPECT_EQ(0, remove(numbered(1)));
   EXPECT_THAT(table(), ElementsAre("2001:db8::2/64", "2001:db8::4/64", "2001:db8::5/64"));
@@ -222,7 +217,7 @@ TEST_F(Ip6Addresses, ARemovedAddressLeavesNoGap) {
 TEST_F(Ip6Addresses, WhatIsNotThereIsRefusedWithoutACode) {
   add(numbered(1));
   EXPECT_FAILS_WITH(99, remove(numbered(2)));
-  EXPECT_FAILS_WITH(99, checkIp6(Text16(numbered(2)).bytes));
+  EXPECT_FAILS_WITH(99, checkIp6(ip6(numbered(2)).data()));
   Ip6Address out;
   EXPECT_FAILS_WITH(99, getIp6TableEntryByAddr("2001:db8::2", &out));
   EXPECT_FAILS_WITH(99, getIp6TableEntryByAddr("no address", &out));
@@ -232,7 +227,7 @@ TEST_F(Ip6Addresses, WhatIsNotThereIsRefusedWithoutACode) {
 
 TEST_F(Ip6Addresses, EntriesAreFoundByPositionAndByText) {
   for (int i = 1; i <= 3; ++i) add(numbered(i), static_cast<uint32_t>(60 + i));
-  EXPECT_EQ(1, checkIp6(Text16(numbered(2)).bytes));
+  EXPECT_EQ(1, checkIp6(ip6(numbered(2)).data()));
   Ip6Address out = {};
   EXPECT_EQ(0, getIp6TableEntry(2, &out));
   EXPECT_EQ(63u, out.prefixLength);
@@ -248,7 +243,7 @@ TEST_F(Ip6Addresses, OfEqualEntriesTheLastIsFoundByText) {
   Ip6Address out = {};
   EXPECT_EQ(0, getIp6TableEntryByAddr("2001:db8::1", &out));
   EXPECT_EQ(63u, out.prefixLength);
-  EXPECT_EQ(0, checkIp6(Text16(numbered(1)).bytes));
+  EXPECT_EQ(0, checkIp6(ip6(numbered(1)).data()));
 }
 
 TEST_F(Ip6Addresses, ADamagedCountStaysInTheTable) {
@@ -258,7 +253,7 @@ TEST_F(Ip6Addresses, ADamagedCountStaysInTheTable) {
     shm->managementAddressCount = 5;
     EXPECT_EQ(count, getIp6Count());
     EXPECT_FAILS_WITH(SHM_EFULL, add(numbered(1)));
-    EXPECT_EQ(-1, checkIp6(Text16(numbered(1)).bytes));
+    EXPECT_EQ(-1, checkIp6(ip6(numbered(1)).data()));
     Ip6Address out;
     EXPECT_EQ(count < 0 ? -1 : 0, getIp6TableEntry(5, &out));
     EXPECT_FAILS_WITH(SHM_EINVAL, getIp6TableEntry(6, &out));
@@ -272,7 +267,7 @@ TEST_F(Ip6Addresses, TheCheckAttachesWithoutTheLock) {
   add(numbered(1));
   shm_detach();
   shm = nullptr;
-  EXPECT_EQ(0, checkIp6(Text16(numbered(1)).bytes));
+  EXPECT_EQ(0, checkIp6(ip6(numbered(1)).data()));
 }
 
 TEST_F(Ip6Addresses, WithoutAStoreNothingWorks) {
@@ -282,7 +277,7 @@ TEST_F(Ip6Addresses, WithoutAStoreNothingWorks) {
   EXPECT_FAILS_WITH(SHM_EATTACH, edit(0, numbered(1)));
   EXPECT_FAILS_WITH(SHM_EATTACH, shm_editIp6Prefix(0, 1));
   EXPECT_FAILS_WITH(SHM_EATTACH, remove(numbered(1)));
-  EXPECT_FAILS_WITH(SHM_EATTACH, checkIp6(Text16(numbered(1)).bytes));
+  EXPECT_FAILS_WITH(SHM_EATTACH, checkIp6(ip6(numbered(1)).data()));
   EXPECT_FAILS_WITH(SHM_EATTACH, getIp6TableEntry(0, &out));
   EXPECT_FAILS_WITH(SHM_EATTACH, getIp6TableEntryByAddr("::1", &out));
   EXPECT_FAILS_WITH(SHM_EATTACH, getIp6Count());

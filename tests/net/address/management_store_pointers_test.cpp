@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <string.h>
 
+#include "tests/support/addresses.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
@@ -26,19 +27,19 @@ class ManagementStorePointers : public StoreTest {
     entry = {};
     entry.status = 2;
     entry.interfaceKind = 3;
-    entry.mask = inet_addr("255.255.255.0");
+    entry.mask = quad("255.255.255.0");
     entry.prefixLength6 = 64;
     entry.ipVersion = strchr(text, ':') ? 6 : 4;
-    inet_pton(entry.ipVersion == 6 ? AF_INET6 : AF_INET, text,
-              entry.ipVersion == 6 ? static_cast<void*>(entry.address6) : &entry.address);
+    if (entry.ipVersion == 6) {
+      setIp6(entry.address6, text);
+    } else {
+      entry.address = quad(text);
+    }
   }
   static ManagementAddress& at(int slot) { return shm->managementAddress[slot]; }
   static std::string textAt(int slot) {
-    char text[INET6_ADDRSTRLEN] = "";
     const ManagementAddress& entry = at(slot);
-    inet_ntop(entry.ipVersion == 6 ? AF_INET6 : AF_INET,
-              entry.ipVersion == 6 ? static_cast<const void*>(entry.address6) : &entry.address, text, sizeof text);
-    return text;
+    return entry.ipVersion == 6 ? ip6Text(entry.address6) : ipv4_to_a(entry.address);
   }
   static std::vector<std::string> texts() {
     std::vector<std::string> list;
@@ -72,7 +73,7 @@ TEST_F(ManagementStorePointers, AddingWhatLiesInTheFreeSlots) {
 TEST_F(ManagementStorePointers, AddingWhatLiesHalfInTheNextSlot) {
   auto& between = *reinterpret_cast<ManagementAddress*>(&at(3).address6);
   memmove(&between, &at(0), sizeof between);
-  between.address = inet_addr("10.9.0.1");
+  between.address = quad("10.9.0.1");
   ASSERT_EQ(0, addManagementAddr(&between));
   EXPECT_THAT(texts(), ElementsAre("10.1.0.1", "10.2.0.1", "fd00:3::1", "10.9.0.1"));
   EXPECT_EQ(1u, at(3).status);
@@ -83,7 +84,7 @@ TEST_F(ManagementStorePointers, FindingByATextOfTheStore) {
   ManagementAddress found = {};
   strcpy(shm->config.sysName, "10.2.0.1");
   EXPECT_EQ(0, findManagementAddr(shm->config.sysName, &found));
-  EXPECT_EQ(inet_addr("10.2.0.1"), found.address);
+  EXPECT_EQ(quad("10.2.0.1"), found.address);
 }
 
 TEST_F(ManagementStorePointers, FindingIntoTheListAndOverTheText) {

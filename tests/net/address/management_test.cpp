@@ -4,6 +4,9 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include "tests/support/addresses.h"
+#include "tests/support/files.h"
+#include "tests/support/kernel.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
@@ -15,27 +18,15 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-constexpr char kFile[] = "/etc/config/kestrove.conf";
 enum : uint32_t { kApplied = 1, kKept = 2 };
 enum : uint32_t { kDual = 0, kSingle = 1, kPolicyRouting = 2 };
 enum : int { kLan = 0, kWan = 1, kManagement = 3, kBridgeKind = 4, kBase = 5 };
 
-std::string outputOf(const std::string& command) {
-  FILE* pipe = popen(command.c_str(), "re");
-  std::string text;
-  char part[4096];
-  for (size_t length; (length = fread(part, 1, sizeof part, pipe)) > 0;) text.append(part, length);
-  EXPECT_EQ(0, pclose(pipe)) << command;
-  return text;
-}
-
-void run(const std::string& command) { ASSERT_EQ(0, system(command.c_str())) << command; }
-
 ManagementAddress entry4(const char* address, const char* mask = "255.255.255.0", int kind = kWan) {
   ManagementAddress entry = {};
   entry.ipVersion = 4;
-  entry.address = inet_addr(address);
-  entry.mask = inet_addr(mask);
+  entry.address = quad(address);
+  entry.mask = quad(mask);
   entry.interfaceKind = kind;
   return entry;
 }
@@ -43,7 +34,7 @@ ManagementAddress entry4(const char* address, const char* mask = "255.255.255.0"
 ManagementAddress entry6(const char* address, uint32_t prefix = 64, int kind = kWan) {
   ManagementAddress entry = {};
   entry.ipVersion = 6;
-  inet_pton(AF_INET6, address, entry.address6);
+  setIp6(entry.address6, address);
   entry.prefixLength6 = prefix;
   entry.interfaceKind = kind;
   return entry;
@@ -90,13 +81,13 @@ TEST_F(ManagementList, AnIpv4AddressGoesOntoItsInterface) {
   EXPECT_THAT(addresses("eth0"), HasSubstr("10.1.2.3/24"));
   EXPECT_THAT(outputOf("ip link show eth0"), HasSubstr("UP"));
   EXPECT_THAT(outputOf("ip addr show eth0"), HasSubstr("10.1.2.3/24 brd 10.1.2.255 scope global eth0"));
-  EXPECT_THAT(readFile(kFile), HasSubstr("10.1.2.3"));
+  EXPECT_THAT(readFile(kConfigFile), HasSubstr("10.1.2.3"));
 }
 
 TEST_F(ManagementList, AnIpv6AddressGoesOntoItsInterface) {
   EXPECT_EQ(0, add(entry6("2001:db8::3", 48)));
   EXPECT_THAT(addresses("eth0"), HasSubstr("2001:db8::3/48"));
-  EXPECT_THAT(readFile(kFile), HasSubstr("2001:db8::3"));
+  EXPECT_THAT(readFile(kConfigFile), HasSubstr("2001:db8::3"));
 }
 
 TEST_F(ManagementList, SevenAreHeldAndTheEighthIsRefused) {
@@ -150,7 +141,7 @@ TEST_F(ManagementList, ConfigurationModeTouchesTheListAlone) {
   EXPECT_EQ(99u, shm_errno);
   EXPECT_EQ(1, count());
   EXPECT_THAT(addresses("eth0"), Not(HasSubstr("10.1.2.3")));
-  EXPECT_FALSE(fileExists(kFile));
+  EXPECT_FALSE(fileExists(kConfigFile));
 }
 
 TEST_F(ManagementList, AnInterfaceThatTheModeDoesNotUseKeepsTheAddressOnly) {
@@ -160,7 +151,7 @@ TEST_F(ManagementList, AnInterfaceThatTheModeDoesNotUseKeepsTheAddressOnly) {
   EXPECT_EQ(uint32_t{kKept}, entry.status);
   EXPECT_EQ("", list());
   EXPECT_THAT(outputOf("ip addr"), Not(HasSubstr("2001:db8::3")));
-  EXPECT_THAT(readFile(kFile), HasSubstr("2001:db8::3"));
+  EXPECT_THAT(readFile(kConfigFile), HasSubstr("2001:db8::3"));
 }
 
 TEST_F(ManagementList, TheStatusFollowsModeKindAndProduct) {
@@ -210,7 +201,7 @@ TEST_F(ManagementList, WhatTheInterfaceRefusesIsNotAdded) {
     EXPECT_EQ(uint32_t{kKept}, entry.status);
   }
   EXPECT_EQ(0, count());
-  EXPECT_FALSE(fileExists(kFile));
+  EXPECT_FALSE(fileExists(kConfigFile));
 }
 
 TEST_F(ManagementList, AKindWithoutANameIsARefusal) {
@@ -223,13 +214,13 @@ TEST_F(ManagementList, AKindWithoutANameIsARefusal) {
 }
 
 TEST_F(ManagementList, RoutesFollowANewAddress) {
-  RouteEntry route = {inet_addr("20.0.0.0"), inet_addr("255.0.0.0"), inet_addr("10.1.2.254"), 3, 0, 0};
+  RouteEntry route = {quad("20.0.0.0"), quad("255.0.0.0"), quad("10.1.2.254"), 3, 0, 0};
   EXPECT_EQ(0, addUserRoute(&route));
   EXPECT_EQ(1u, shm->routes.slot[0].status);
   EXPECT_EQ(0, add(entry4("10.1.2.3")));
   EXPECT_EQ(3u, shm->routes.slot[0].status);
   EXPECT_THAT(outputOf("ip route show 20.0.0.0/8"), HasSubstr("via 10.1.2.254 dev eth0"));
-  EXPECT_THAT(readFile(kFile), HasSubstr("10.1.2.254         3 "));
+  EXPECT_THAT(readFile(kConfigFile), HasSubstr("10.1.2.254         3 "));
 }
 
 TEST_F(ManagementList, RemovingTakesTheAddressOff) {
@@ -244,7 +235,7 @@ TEST_F(ManagementList, RemovingTakesTheAddressOff) {
   EXPECT_EQ(0, remove(entry6("2001:db8::3")));
   EXPECT_THAT(addresses("eth0"), Not(HasSubstr("2001:db8::3/")));
   EXPECT_EQ(1, count());
-  EXPECT_THAT(readFile(kFile), Not(HasSubstr("2001:db8::3")));
+  EXPECT_THAT(readFile(kConfigFile), Not(HasSubstr("2001:db8::3")));
 }
 
 TEST_F(ManagementList, AnIpv4EntryIsFoundByItsSubnetAndTheCallersAddressIsTakenOff) {
@@ -284,7 +275,7 @@ TEST_F(ManagementList, RemovingAnIpv6EntryInConfigurationModeShowsTheCodeOfItsSe
   EXPECT_EQ(0, remove(entry6("2001:db8::3")));
   EXPECT_EQ(uint32_t{SHM_EEXIST}, shm_errno);
   EXPECT_THAT(addresses("eth0"), Not(HasSubstr("2001:db8::3"))) << "the interface is touched in this mode too";
-  EXPECT_THAT(readFile(kFile), HasSubstr("2001:db8::3")) << "the file is not";
+  EXPECT_THAT(readFile(kConfigFile), HasSubstr("2001:db8::3")) << "the file is not";
 }
 
 TEST_F(ManagementList, WhatIsNotThereIsRefusedWithoutACode) {
@@ -318,7 +309,7 @@ TEST_F(ManagementList, AnAddressIsFoundByItsText) {
 TEST_F(ManagementList, TextsAreComparedWithEntriesOfTheirFamilyOnly) {
   inConfigurationMode();
   ManagementAddress both = entry6("2001:db8::3");
-  both.address = inet_addr("10.1.2.3");
+  both.address = quad("10.1.2.3");
   add(both);
   ManagementAddress out = {};
   EXPECT_NE(0, findManagementAddr("10.1.2.3", &out)) << "an IPv6 entry has no IPv4 address";
@@ -332,14 +323,14 @@ TEST_F(ManagementList, WhatIsNotFoundLeavesTheOutput) {
   inConfigurationMode();
   ManagementAddress out = entry4("1.2.3.4");
   EXPECT_EQ(0, findManagementAddr("10.1.2.3", &out)) << "an empty list is a success";
-  EXPECT_EQ(inet_addr("1.2.3.4"), out.address);
+  EXPECT_EQ(quad("1.2.3.4"), out.address);
   add(entry4("10.1.2.3"));
   for (const char* text : {"10.1.2.4", "2001:db8::3"}) {
     shm_errno = 99;
     EXPECT_NE(0, findManagementAddr(text, &out));
     EXPECT_EQ(99u, shm_errno);
   }
-  EXPECT_EQ(inet_addr("1.2.3.4"), out.address);
+  EXPECT_EQ(quad("1.2.3.4"), out.address);
 }
 
 TEST_F(ManagementList, TextThatIsNoAddressIsRefused) {
@@ -356,7 +347,7 @@ TEST_F(ManagementList, EntriesAreReadByIndex) {
   EXPECT_EQ(2, getManagementAddrCount());
   ManagementAddress out = {};
   EXPECT_EQ(0, getManagementAddr(1, &out));
-  EXPECT_EQ(inet_addr("10.1.3.3"), out.address);
+  EXPECT_EQ(quad("10.1.3.3"), out.address);
   for (int index : {-1, 2, 7, 0x7FFFFFFF}) EXPECT_FAILS_WITH(SHM_EINVAL, getManagementAddr(index, &out));
 }
 

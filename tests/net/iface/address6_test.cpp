@@ -8,7 +8,8 @@
 #include <unistd.h>
 
 #include "kestrove/kestrove.h"
-#include "tests/net/iface/iface_fixture.h"
+#include "tests/support/addresses.h"
+#include "tests/support/kernel.h"
 #include "tests/support/kernel_calls.h"
 #include "tests/support/store.h"
 
@@ -40,7 +41,7 @@ std::string line(const std::string& digits, const std::string& name) {
   return digits + " 02 40 00 80     " + name + "\n";
 }
 
-std::string show(const char* name) { return output(std::string("/sbin/ip -6 -o address show dev ") + name); }
+std::string show(const char* name) { return tried(std::string("/sbin/ip -6 -o address show dev ") + name); }
 
 class Ipv6 : public ::testing::Test {
  protected:
@@ -51,7 +52,7 @@ class Ipv6 : public ::testing::Test {
 TEST_F(Ipv6, ListHasTheAddressesOfTheInterface) {
   replaceList(line("fd000010000000000000000000000003", "eth0") + line("fd000010000000000000000000000004", "eth1"));
   EXPECT_EQ(1, getIpv6Addrs("eth0", list_));
-  EXPECT_EQ(v6("fd00:10::3"), list_[0]);
+  EXPECT_EQ(ip6("fd00:10::3"), list_[0]);
   EXPECT_EQ(Address{}, list_[1]);
 }
 
@@ -67,7 +68,7 @@ TEST_F(Ipv6, SevenAddressesAreTheMost) {
   for (char digit : std::string("12345678")) text += line(std::string(31, '0') + digit, "eth0");
   replaceList(text);
   EXPECT_EQ(7, getIpv6Addrs("eth0", list_));
-  EXPECT_EQ(v6("::7"), list_[6]);
+  EXPECT_EQ(ip6("::7"), list_[6]);
 }
 
 TEST_F(Ipv6, AnAddressThatDoesNotParseFails) {
@@ -83,7 +84,7 @@ TEST_F(Ipv6, WithoutTheListItFails) {
   shm_errno = 99;
   EXPECT_EQ(-1, getIpv6Addrs("eth0", list_));
   EXPECT_EQ(99u, shm_errno);
-  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config("eth0", v6("fd00:77::1").data(), 64, 0));
+  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config("eth0", ip6("fd00:77::1").data(), 64, 0));
 }
 
 TEST_F(Ipv6, NullIsRefused) {
@@ -96,46 +97,46 @@ TEST_F(Ipv6, NullIsRefused) {
 }
 
 TEST_F(Ipv6, AddedAddressIsOnTheInterfaceWhichIsUp) {
-  EXPECT_EQ(0, shm_if6config("eth0", v6("fd00:77::1").data(), 64, 0));
+  EXPECT_EQ(0, shm_if6config("eth0", ip6("fd00:77::1").data(), 64, 0));
   EXPECT_THAT(show("eth0"), HasSubstr("fd00:77::1/64"));
-  EXPECT_THAT(output("/sbin/ip -o link show dev eth0"), HasSubstr("UP"));
+  EXPECT_THAT(tried("/sbin/ip -o link show dev eth0"), HasSubstr("UP"));
   std::string index = std::to_string(getIfaceIndex("eth0"));
   EXPECT_EQ("SIOCSIFADDR fd00:77::1/64 index " + index, kernelCalls().at(1));
   EXPECT_THAT(socketsOpened(), ::testing::Contains("10/3/255"));
 }
 
 TEST_F(Ipv6, OtherFlagsOutliveTheRaising) {
-  output("/sbin/ip link set eth0 promisc on");
-  ASSERT_EQ(0, shm_if6config("eth0", v6("fd00:77::1").data(), 64, 0));
-  EXPECT_THAT(output("/sbin/ip -o link show dev eth0"), AllOf(HasSubstr("PROMISC"), HasSubstr("UP")));
+  tried("/sbin/ip link set eth0 promisc on");
+  ASSERT_EQ(0, shm_if6config("eth0", ip6("fd00:77::1").data(), 64, 0));
+  EXPECT_THAT(tried("/sbin/ip -o link show dev eth0"), AllOf(HasSubstr("PROMISC"), HasSubstr("UP")));
 }
 
 TEST_F(Ipv6, AnInterfaceThatIsUpIsLeftAlone) {
-  output("/sbin/ip link set eth0 up");
-  ASSERT_EQ(0, shm_if6config("eth0", v6("fd00:77::1").data(), 64, 0));
+  tried("/sbin/ip link set eth0 up");
+  ASSERT_EQ(0, shm_if6config("eth0", ip6("fd00:77::1").data(), 64, 0));
   EXPECT_EQ("SIOCGIFFLAGS eth0", kernelCalls().back());
 }
 
 TEST_F(Ipv6, AddressThatIsThereIsNotAddedAgain) {
-  ASSERT_EQ(0, shm_if6config("eth0", v6("fd00:77::1").data(), 64, 0));
+  ASSERT_EQ(0, shm_if6config("eth0", ip6("fd00:77::1").data(), 64, 0));
   watchKernel(Kernel::kReal);
-  EXPECT_EQ(0, shm_if6config("eth0", v6("fd00:77::1").data(), 64, 0));
+  EXPECT_EQ(0, shm_if6config("eth0", ip6("fd00:77::1").data(), 64, 0));
   EXPECT_THAT(kernelCalls(), ElementsAre("SIOCGIFINDEX eth0"));
 }
 
 TEST_F(Ipv6, DeletedAddressIsGone) {
-  ASSERT_EQ(0, shm_if6config("eth0", v6("fd00:77::1").data(), 64, 0));
-  EXPECT_EQ(0, shm_if6config("eth0", v6("fd00:77::1").data(), 64, 1));
+  ASSERT_EQ(0, shm_if6config("eth0", ip6("fd00:77::1").data(), 64, 0));
+  EXPECT_EQ(0, shm_if6config("eth0", ip6("fd00:77::1").data(), 64, 1));
   EXPECT_THAT(show("eth0"), Not(HasSubstr("fd00:77::1")));
   shm_errno = 99;
-  EXPECT_EQ(-1, shm_if6config("eth0", v6("fd00:77::1").data(), 64, 1));
+  EXPECT_EQ(-1, shm_if6config("eth0", ip6("fd00:77::1").data(), 64, 1));
   EXPECT_EQ(99u, shm_errno) << "a refused deletion sets no code";
 }
 
 TEST_F(Ipv6, OtherOperationsAndLongNamesAreRefused) {
-  for (int op : {2, 3, -1}) EXPECT_FAILS_WITH(SHM_EINVAL, shm_if6config("eth0", v6("::1").data(), 64, op));
+  for (int op : {2, 3, -1}) EXPECT_FAILS_WITH(SHM_EINVAL, shm_if6config("eth0", ip6("::1").data(), 64, op));
   for (size_t length : {16u, 300u}) {
-    EXPECT_FAILS_WITH(SHM_EINVAL, shm_if6config(std::string(length, 'a').c_str(), v6("::1").data(), 64, 0));
+    EXPECT_FAILS_WITH(SHM_EINVAL, shm_if6config(std::string(length, 'a').c_str(), ip6("::1").data(), 64, 0));
   }
   EXPECT_THAT(socketsOpened(), IsEmpty());
 }
@@ -143,38 +144,38 @@ TEST_F(Ipv6, OtherOperationsAndLongNamesAreRefused) {
 TEST_F(Ipv6, UnknownInterfaceIsASystemErrorForBothOperations) {
   for (const char* name : {"nosuch", "", "abcdefghijklmno"}) {
     EXPECT_FAILS_WITH(SHM_ESYSTEM, getIfaceIndex(name));
-    EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config(name, v6("fd00:77::1").data(), 64, 0));
-    EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config(name, v6("fd00:77::1").data(), 64, 1));
+    EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config(name, ip6("fd00:77::1").data(), 64, 0));
+    EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config(name, ip6("fd00:77::1").data(), 64, 1));
   }
   EXPECT_FAILS_WITH(SHM_ESYSTEM, getIfaceIndex(std::string(300, 'a').c_str()));
 }
 
 TEST_F(Ipv6, IndexIsTheKernels) {
-  EXPECT_EQ(output("/bin/cat /sys/class/net/eth0/ifindex"), std::to_string(getIfaceIndex("eth0")) + "\n");
+  EXPECT_EQ(tried("/bin/cat /sys/class/net/eth0/ifindex"), std::to_string(getIfaceIndex("eth0")) + "\n");
 }
 
 TEST_F(Ipv6, PrefixBeyond128IsRefusedByTheKernel) {
-  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config("eth0", v6("fd00:77::1").data(), 129, 0));
+  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config("eth0", ip6("fd00:77::1").data(), 129, 0));
 }
 
 TEST_F(Ipv6, EachRefusedCallFailsWithoutADescriptorLeft) {
   int before = openDescriptors();
   failCall("socket", 1, EMFILE);
-  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config("eth0", v6("fd00:77::1").data(), 64, 0));
+  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config("eth0", ip6("fd00:77::1").data(), 64, 0));
   failCall("socket", 1, EMFILE);
   EXPECT_FAILS_WITH(SHM_ESYSTEM, getIfaceIndex("eth0"));
   for (int n = 2; n <= 4; ++n) {  // the address, reading the flags, writing them
-    output("/sbin/ip link set eth0 down");
-    output("/sbin/ip -6 address flush dev eth0");
+    tried("/sbin/ip link set eth0 down");
+    tried("/sbin/ip -6 address flush dev eth0");
     failCall("ioctl", n, EPERM);
-    EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config("eth0", v6("fd00:77::1").data(), 64, 0));
+    EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config("eth0", ip6("fd00:77::1").data(), 64, 0));
   }
   EXPECT_EQ(before, openDescriptors());
 }
 
 TEST_F(Ipv6, WithoutIpv6OnTheInterfaceAddingIsASystemError) {
   writeFile("/proc/sys/net/ipv6/conf/eth0/disable_ipv6", "1");
-  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config("eth0", v6("fd00:77::1").data(), 64, 0));
+  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config("eth0", ip6("fd00:77::1").data(), 64, 0));
 }
 
 }  // namespace

@@ -4,7 +4,8 @@
 #include <gmock/gmock.h>
 
 #include "kestrove/kestrove.h"
-#include "tests/net/iface/iface_fixture.h"
+#include "tests/support/addresses.h"
+#include "tests/support/kernel.h"
 #include "tests/support/kernel_calls.h"
 #include "tests/support/store.h"
 
@@ -15,8 +16,8 @@ using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-std::string show(const char* name) { return output(std::string("/sbin/ip -json address show dev ") + name); }
-std::string flagsOf(const char* name) { return output(std::string("/sbin/ip -o link show dev ") + name); }
+std::string show(const char* name) { return tried(std::string("/sbin/ip -json address show dev ") + name); }
+std::string flagsOf(const char* name) { return tried(std::string("/sbin/ip -o link show dev ") + name); }
 
 class Ports : public ::testing::Test {
  protected:
@@ -24,26 +25,26 @@ class Ports : public ::testing::Test {
 };
 
 TEST_F(Ports, AddressMaskAndComputedBroadcastAreInTheKernel) {
-  EXPECT_EQ(0, shm_ifconfig("eth0", v4("192.168.1.10"), v4("255.255.255.0"), 0));
+  EXPECT_EQ(0, shm_ifconfig("eth0", quad("192.168.1.10"), quad("255.255.255.0"), 0));
   EXPECT_THAT(show("eth0"), AllOf(HasSubstr("\"local\":\"192.168.1.10\",\"prefixlen\":24"),
                                   HasSubstr("\"broadcast\":\"192.168.1.255\"")));
   EXPECT_THAT(flagsOf("eth0"), AllOf(HasSubstr("UP"), HasSubstr("MULTICAST"), HasSubstr("BROADCAST")));
 }
 
 TEST_F(Ports, GivenBroadcastIsKept) {
-  EXPECT_EQ(0, shm_ifconfig("eth0", v4("192.168.1.10"), v4("255.255.255.0"), v4("192.168.1.127")));
+  EXPECT_EQ(0, shm_ifconfig("eth0", quad("192.168.1.10"), quad("255.255.255.0"), quad("192.168.1.127")));
   EXPECT_THAT(show("eth0"), HasSubstr("\"broadcast\":\"192.168.1.127\""));
 }
 
 TEST_F(Ports, ZerosClearTheAddressAndRaiseTheInterface) {
-  ASSERT_EQ(0, shm_ifconfig("eth0", v4("192.168.1.10"), v4("255.255.255.0"), 0));
+  ASSERT_EQ(0, shm_ifconfig("eth0", quad("192.168.1.10"), quad("255.255.255.0"), 0));
   EXPECT_EQ(0, shm_ifconfig("eth0", 0, 0, 0));
   EXPECT_THAT(show("eth0"), Not(HasSubstr("192.168.1.10")));
   EXPECT_THAT(flagsOf("eth0"), HasSubstr("UP"));
 }
 
 TEST_F(Ports, MaskWithHolesIsRefusedByTheKernel) {
-  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_ifconfig("eth0", v4("10.0.0.1"), v4("255.0.255.0"), 0));
+  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_ifconfig("eth0", quad("10.0.0.1"), quad("255.0.255.0"), 0));
   EXPECT_EQ(EINVAL, errno);
 }
 
@@ -55,7 +56,7 @@ TEST_F(Ports, UnknownNamesAreSystemErrors) {
 }
 
 TEST_F(Ports, RaisingClearsEveryOtherFlag) {
-  output("/sbin/ip link set eth0 promisc on");
+  tried("/sbin/ip link set eth0 promisc on");
   ASSERT_THAT(flagsOf("eth0"), HasSubstr("PROMISC"));
   EXPECT_EQ(0, set_iface_up("eth0"));
   EXPECT_THAT(kernelCalls(), ::testing::ElementsAre("SIOCGIFFLAGS eth0", "SIOCSIFFLAGS eth0 0x1"));
@@ -63,7 +64,7 @@ TEST_F(Ports, RaisingClearsEveryOtherFlag) {
 }
 
 TEST_F(Ports, TakingDownKeepsTheOtherFlags) {
-  output("/sbin/ip link set eth0 up promisc on");
+  tried("/sbin/ip link set eth0 up promisc on");
   EXPECT_EQ(0, set_iface_down("eth0"));
   EXPECT_THAT(flagsOf("eth0"), AllOf(HasSubstr("PROMISC"), Not(HasSubstr("UP,")), HasSubstr("state DOWN")));
 }
@@ -77,7 +78,7 @@ TEST_F(Ports, RaisingAnUnknownInterfaceFailsTakingItDownDoesNot) {
 }
 
 TEST_F(Ports, ALongNameIsNotCutToAnInterfaceThatExists) {
-  output("/sbin/ip link add abcdefghijklmno type veth peer name peer0");
+  tried("/sbin/ip link add abcdefghijklmno type veth peer name peer0");
   EXPECT_EQ(-1, set_iface_up("abcdefghijklmnop"));
   EXPECT_THAT(flagsOf("abcdefghijklmno"), HasSubstr("state DOWN"));
 }
@@ -96,20 +97,20 @@ TEST_F(Ports, FlagsWithoutASocketOrARequest) {
 }
 
 TEST_F(Ports, NetlinkAddsBesideWhatIsThereAndDeletes) {
-  ASSERT_EQ(0, shm_ifconfig("eth0", v4("192.168.1.10"), v4("255.255.255.0"), 0));
-  EXPECT_EQ(0, shm_netlinkConfig("eth0", v4("10.1.2.3"), v4("255.255.0.0"), 0, 1));
+  ASSERT_EQ(0, shm_ifconfig("eth0", quad("192.168.1.10"), quad("255.255.255.0"), 0));
+  EXPECT_EQ(0, shm_netlinkConfig("eth0", quad("10.1.2.3"), quad("255.255.0.0"), 0, 1));
   EXPECT_THAT(show("eth0"), AllOf(HasSubstr("192.168.1.10"), HasSubstr("\"local\":\"10.1.2.3\",\"prefixlen\":16"),
                                   HasSubstr("\"broadcast\":\"10.1.255.255\""), HasSubstr("\"label\":\"eth0\"")));
-  EXPECT_EQ(0, shm_netlinkConfig("eth0", v4("10.1.2.3"), v4("255.255.0.0"), 0, -1));
+  EXPECT_EQ(0, shm_netlinkConfig("eth0", quad("10.1.2.3"), quad("255.255.0.0"), 0, -1));
   EXPECT_THAT(show("eth0"), AllOf(HasSubstr("192.168.1.10"), Not(HasSubstr("10.1.2.3"))));
 }
 
 TEST_F(Ports, RefusedNetlinkChangeShowsInErrnoAlone) {
-  ASSERT_EQ(0, shm_netlinkConfig("eth0", v4("10.1.2.3"), v4("255.255.0.0"), 0, 0));
+  ASSERT_EQ(0, shm_netlinkConfig("eth0", quad("10.1.2.3"), quad("255.255.0.0"), 0, 0));
   errno = 0;
-  EXPECT_EQ(0, shm_netlinkConfig("eth0", v4("10.1.2.3"), v4("255.255.0.0"), 0, 0));
+  EXPECT_EQ(0, shm_netlinkConfig("eth0", quad("10.1.2.3"), quad("255.255.0.0"), 0, 0));
   EXPECT_EQ(EEXIST, errno);
-  EXPECT_EQ(0, shm_netlinkConfig("eth0", v4("10.9.9.9"), v4("255.255.0.0"), 0, -1));
+  EXPECT_EQ(0, shm_netlinkConfig("eth0", quad("10.9.9.9"), quad("255.255.0.0"), 0, -1));
   EXPECT_EQ(EADDRNOTAVAIL, errno);
 }
 

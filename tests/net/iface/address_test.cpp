@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "kestrove/kestrove.h"
-#include "tests/net/iface/iface_fixture.h"
+#include "tests/support/addresses.h"
 #include "tests/support/kernel_calls.h"
 #include "tests/support/store.h"
 
@@ -20,30 +20,30 @@ class Ifconfig : public ::testing::Test {
 };
 
 TEST_F(Ifconfig, SetsAddressMaskGivenBroadcastAndFlags) {
-  EXPECT_EQ(0, shm_ifconfig("eth0", v4("192.168.1.10"), v4("255.255.255.0"), v4("192.168.1.127")));
+  EXPECT_EQ(0, shm_ifconfig("eth0", quad("192.168.1.10"), quad("255.255.255.0"), quad("192.168.1.127")));
   EXPECT_THAT(kernelCalls(), ElementsAre("SIOCSIFADDR eth0 192.168.1.10", "SIOCSIFNETMASK eth0 255.255.255.0",
                                          "SIOCSIFBRDADDR eth0 192.168.1.127", "SIOCSIFFLAGS eth0 0x1003"));
   EXPECT_THAT(socketsOpened(), ElementsAre("17/3/3"));
 }
 
 TEST_F(Ifconfig, MissingBroadcastComesFromTheMask) {
-  EXPECT_EQ(0, shm_ifconfig("eth0", v4("192.168.1.10"), v4("255.255.255.0"), 0));
+  EXPECT_EQ(0, shm_ifconfig("eth0", quad("192.168.1.10"), quad("255.255.255.0"), 0));
   EXPECT_EQ("SIOCSIFBRDADDR eth0 192.168.1.255", kernelCalls().at(2));
 }
 
 TEST_F(Ifconfig, WithoutMaskTheGivenBroadcastIsSetAlone) {
-  EXPECT_EQ(0, shm_ifconfig("eth0", v4("10.0.0.1"), 0, v4("10.0.0.255")));
+  EXPECT_EQ(0, shm_ifconfig("eth0", quad("10.0.0.1"), 0, quad("10.0.0.255")));
   EXPECT_THAT(kernelCalls(),
               ElementsAre("SIOCSIFADDR eth0 10.0.0.1", "SIOCSIFBRDADDR eth0 10.0.0.255", "SIOCSIFFLAGS eth0 0x1003"));
 }
 
 TEST_F(Ifconfig, WithoutMaskAndBroadcastNoBroadcastIsSet) {
-  EXPECT_EQ(0, shm_ifconfig("eth0", v4("10.0.0.1"), 0, 0));
+  EXPECT_EQ(0, shm_ifconfig("eth0", quad("10.0.0.1"), 0, 0));
   EXPECT_THAT(kernelCalls(), ElementsAre("SIOCSIFADDR eth0 10.0.0.1", "SIOCSIFFLAGS eth0 0x1003"));
 }
 
 TEST_F(Ifconfig, ZeroAddressClearsAndStillRaises) {
-  EXPECT_EQ(0, shm_ifconfig("eth0", 0, v4("255.0.0.0"), v4("10.255.255.255")));
+  EXPECT_EQ(0, shm_ifconfig("eth0", 0, quad("255.0.0.0"), quad("10.255.255.255")));
   EXPECT_THAT(kernelCalls(), ElementsAre("SIOCSIFADDR eth0 0.0.0.0", "SIOCSIFFLAGS eth0 0x1003"));
 }
 
@@ -70,7 +70,7 @@ TEST_F(Ifconfig, EachRefusedRequestEndsTheWorkAndKeepsItsError) {
   for (size_t n = 1; n <= 4; ++n) {
     watchKernel(Kernel::kPretend);
     failCall("ioctl", static_cast<int>(n), EPERM);
-    EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_ifconfig("eth0", v4("10.0.0.1"), v4("255.0.0.0"), 0));
+    EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_ifconfig("eth0", quad("10.0.0.1"), quad("255.0.0.0"), 0));
     EXPECT_EQ(EPERM, errno);
     EXPECT_EQ(n, kernelCalls().size());
     EXPECT_EQ(before, openDescriptors());

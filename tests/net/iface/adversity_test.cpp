@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "kestrove/kestrove.h"
-#include "tests/net/iface/iface_fixture.h"
+#include "tests/support/addresses.h"
 #include "tests/support/recorder.h"
 #include "tests/support/store.h"
 
@@ -35,16 +35,16 @@ TEST(Adversity, SlowProgramsAreWaitedFor) {
 
 TEST(Adversity, WithoutPrivilegeNothingIsDone) {
   ASSERT_EQ(0, setresuid(65534, 65534, 65534));
-  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_ifconfig("lo", v4("10.0.0.1"), v4("255.0.0.0"), 0));
+  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_ifconfig("lo", quad("10.0.0.1"), quad("255.0.0.0"), 0));
   EXPECT_EQ(EPERM, errno);
-  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config("lo", v6("fd00::1").data(), 64, 0));
+  EXPECT_FAILS_WITH(SHM_ESYSTEM, shm_if6config("lo", ip6("fd00::1").data(), 64, 0));
   EXPECT_FAILS_WITH(SHM_ESYSTEM, getIfaceIndex("lo"));
   EXPECT_EQ(-1, set_iface_up("lo"));
   EXPECT_EQ(-1, set_iface_down("lo"));
-  EXPECT_EQ(-1, addArpEntry(v4("10.0.0.2"), "02:00:00:00:00:01", 4));
+  EXPECT_EQ(-1, addArpEntry(quad("10.0.0.2"), "02:00:00:00:00:01", 4));
   EXPECT_EQ(0, br_init());
   EXPECT_EQ(EPERM, br_add_bridge("br0"));
-  EXPECT_EQ(0, shm_netlinkConfig("lo", v4("10.0.0.1"), v4("255.0.0.0"), 0, 1));
+  EXPECT_EQ(0, shm_netlinkConfig("lo", quad("10.0.0.1"), quad("255.0.0.0"), 0, 1));
   EXPECT_EQ(EPERM, errno) << "the kernel's refusal shows here alone";
   EXPECT_EQ(0, turnOnBridge("eth0", "eth1"));
   EXPECT_THAT(shellLines(), IsEmpty()) << "no command runs as another user";

@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #include "kestrove/kestrove.h"
-#include "tests/net/iface/iface_fixture.h"
+#include "tests/support/kernel.h"
 #include "tests/support/kernel_calls.h"
 #include "tests/support/store.h"
 
@@ -24,7 +24,7 @@ using ::testing::IsEmpty;
 constexpr int kSurvived = 77;
 
 std::string bridgeOf(const char* port) {
-  std::string link = output(std::string("readlink /sys/class/net/") + port + "/master");
+  std::string link = tried(std::string("readlink /sys/class/net/") + port + "/master");
   return link.empty() ? "" : link.substr(link.rfind('/') + 1, link.size() - link.rfind('/') - 2);
 }
 
@@ -270,9 +270,9 @@ TEST_F(Bridge, HostsReachEachOtherThroughIt) {
   ASSERT_EQ(0, set_iface_up("eth0"));
   ASSERT_EQ(0, set_iface_up("eth1"));
   ASSERT_EQ(0, set_bridge_up("br0", "eth0", "eth1"));
-  EXPECT_THAT(output("/sbin/ip netns exec lan ping -c 1 -W 5 192.168.10.3"), HasSubstr(" 0% packet loss"));
+  EXPECT_THAT(tried("/sbin/ip netns exec lan ping -c 1 -W 5 192.168.10.3"), HasSubstr(" 0% packet loss"));
   ASSERT_EQ(0, set_bridge_down("br0", "eth0", "eth1"));
-  EXPECT_THAT(output("/sbin/ip netns exec lan ping -c 1 -W 1 192.168.10.3"), HasSubstr("100% packet loss"));
+  EXPECT_THAT(tried("/sbin/ip netns exec lan ping -c 1 -W 1 192.168.10.3"), HasSubstr("100% packet loss"));
 }
 
 TEST_F(Bridge, DownGivesThePortsBackAndRemovesIt) {
@@ -295,7 +295,7 @@ TEST_F(Bridge, PortThatIsMissingOrTakenIsFatal) {
   for (const char* port : {"nosuch", "", "eth2", "lo", "abcdefghijklmnop"}) {
     EXPECT_FATAL(set_bridge_up("br0", port, "eth1"));
     EXPECT_FATAL(set_bridge_up("br0", "eth0", port));
-    output("/sbin/ip link set eth0 nomaster");
+    tried("/sbin/ip link set eth0 nomaster");
     EXPECT_FATAL(set_bridge_down("br0", port, "eth1"));
   }
 }
@@ -304,7 +304,7 @@ TEST_F(Bridge, EachMissingSocketOfUpIsFatal) {
   for (int n = 1; n <= 4; ++n) {  // the bridge socket, then a look-up for the bridge and for each port
     failCall("socket", n, EMFILE);
     EXPECT_FATAL(set_bridge_up("br0", "eth0", "eth1"));
-    output("/sbin/ip link delete br0");
+    tried("/sbin/ip link delete br0");
   }
 }
 

@@ -7,7 +7,8 @@
 #include <string.h>
 
 #include "kestrove/kestrove.h"
-#include "tests/net/iface/iface_fixture.h"
+#include "tests/support/addresses.h"
+#include "tests/support/kernel.h"
 #include "tests/support/kernel_calls.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
@@ -51,7 +52,7 @@ class Netlink : public ::testing::Test {
     watchKernel(Kernel::kReal);
     errno = 0;
   }
-  int add() { return shm_netlinkConfig("eth0", v4("10.1.2.3"), v4("255.255.0.0"), 0, 1); }
+  int add() { return shm_netlinkConfig("eth0", quad("10.1.2.3"), quad("255.255.0.0"), 0, 1); }
 };
 
 TEST_F(Netlink, AddingSendsLabelLocalAndBroadcast) {
@@ -74,7 +75,7 @@ TEST_F(Netlink, AddingSendsLabelLocalAndBroadcast) {
 
 TEST_F(Netlink, DeletingSendsNoBroadcast) {
   ASSERT_EQ(0, add());
-  EXPECT_EQ(0, shm_netlinkConfig("eth0", v4("10.1.2.3"), v4("255.255.0.0"), v4("10.1.0.9"), -1));
+  EXPECT_EQ(0, shm_netlinkConfig("eth0", quad("10.1.2.3"), quad("255.255.0.0"), quad("10.1.0.9"), -1));
   EXPECT_EQ(
       "2c000000"
       "1500"  // RTM_DELADDR
@@ -91,13 +92,13 @@ TEST_F(Netlink, DeletingSendsNoBroadcast) {
 }
 
 TEST_F(Netlink, GivenBroadcastIsSent) {
-  EXPECT_EQ(0, shm_netlinkConfig("eth0", v4("10.1.2.3"), v4("255.255.0.0"), v4("10.1.0.9"), 0));
+  EXPECT_EQ(0, shm_netlinkConfig("eth0", quad("10.1.2.3"), quad("255.255.0.0"), quad("10.1.0.9"), 0));
   EXPECT_EQ("0a010009", messagesSent().at(0).substr(96));
 }
 
 TEST_F(Netlink, LongestNameFitsInTheRequest) {
-  output("/sbin/ip link add abcdefghijklmno type veth peer name peer0");
-  EXPECT_EQ(0, shm_netlinkConfig("abcdefghijklmno", v4("10.1.2.3"), v4("255.255.0.0"), 0, 1));
+  tried("/sbin/ip link add abcdefghijklmno type veth peer name peer0");
+  EXPECT_EQ(0, shm_netlinkConfig("abcdefghijklmno", quad("10.1.2.3"), quad("255.255.0.0"), 0, 1));
   EXPECT_EQ(2u * 60u, messagesSent().at(0).size());
   EXPECT_EQ(
       "14000300"
@@ -108,7 +109,7 @@ TEST_F(Netlink, LongestNameFitsInTheRequest) {
 TEST_F(Netlink, UnknownInterfaceSendsNothing) {
   for (const std::string& name : {std::string("nosuch"), std::string(), std::string(300, 'a')}) {
     clearSyslog();
-    EXPECT_EQ(-1, shm_netlinkConfig(name.c_str(), v4("10.1.2.3"), v4("255.255.0.0"), 0, 1));
+    EXPECT_EQ(-1, shm_netlinkConfig(name.c_str(), quad("10.1.2.3"), quad("255.255.0.0"), 0, 1));
     EXPECT_EQ(ENODEV, errno);
     EXPECT_THAT(syslogLines(), ElementsAre("debug: if_nametoindex failed"));
   }
@@ -174,11 +175,11 @@ TEST_F(Netlink, ReadThatWouldBlockEndsTheWait) {
 }
 
 TEST(Prefix, CountsTheShiftsUntilNothingIsLeft) {
-  EXPECT_EQ(24, inet_ntocidr(v4("255.255.255.0")));
+  EXPECT_EQ(24, inet_ntocidr(quad("255.255.255.0")));
   EXPECT_EQ(0, inet_ntocidr(0));
   EXPECT_EQ(32, inet_ntocidr(0xffffffff));
-  EXPECT_EQ(1, inet_ntocidr(v4("128.0.0.0")));
-  EXPECT_EQ(24, inet_ntocidr(v4("255.0.255.0"))) << "holes count";
+  EXPECT_EQ(1, inet_ntocidr(quad("128.0.0.0")));
+  EXPECT_EQ(24, inet_ntocidr(quad("255.0.255.0"))) << "holes count";
 }
 
 }  // namespace

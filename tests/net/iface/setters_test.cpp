@@ -3,7 +3,8 @@
 #include <gmock/gmock.h>
 
 #include "kestrove/kestrove.h"
-#include "tests/net/iface/iface_fixture.h"
+#include "tests/support/addresses.h"
+#include "tests/support/files.h"
 #include "tests/support/recorder.h"
 #include "tests/support/store.h"
 
@@ -15,7 +16,6 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-constexpr char kFile[] = "/etc/config/kestrove.conf";
 constexpr uint32_t kInterfaceBit = 0x40;
 
 class TextSetters : public StoreTest {
@@ -27,34 +27,34 @@ class TextSetters : public StoreTest {
 
 TEST_F(TextSetters, GatewayIsStoredSavedAndMarked) {
   EXPECT_EQ(0, gateway("192.168.10.254"));
-  EXPECT_EQ(v4("192.168.10.254"), shm->config.wanGateway);
+  EXPECT_EQ(quad("192.168.10.254"), shm->config.wanGateway);
   EXPECT_EQ(kInterfaceBit, shm->pendingChanges);
-  EXPECT_THAT(readFile(kFile), HasSubstr("192.168.10.254"));
+  EXPECT_THAT(readFile(kConfigFile), HasSubstr("192.168.10.254"));
 }
 
 TEST_F(TextSetters, GatewayThatIsNoAddressStillSavesMarksAndSucceeds) {
   for (const char* text : {"", "1.2.3", "1.2.3.256", "rubbish"}) {
     shm->pendingChanges = 0;
-    writeFile(kFile, "");
+    writeFile(kConfigFile, "");
     EXPECT_EQ(0, gateway(text)) << text;
     EXPECT_EQ(0u, shm->config.wanGateway);
     EXPECT_EQ(kInterfaceBit, shm->pendingChanges);
-    EXPECT_NE("", readFile(kFile));
+    EXPECT_NE("", readFile(kConfigFile));
   }
 }
 
 TEST_F(TextSetters, ManagementAddressIsStoredSavedAndMarked) {
   EXPECT_EQ(0, management("010.0.0.9"));
-  EXPECT_EQ(v4("10.0.0.9"), shm->config.managementAddress);
+  EXPECT_EQ(quad("10.0.0.9"), shm->config.managementAddress);
   EXPECT_EQ(kInterfaceBit, shm->pendingChanges & kInterfaceBit);
-  EXPECT_NE("", readFile(kFile));
+  EXPECT_NE("", readFile(kConfigFile));
 }
 
 TEST_F(TextSetters, ManagementTextThatIsNoAddressFailsAfterTheSave) {
   EXPECT_EQ(-1, management("1.2.3"));
   EXPECT_EQ(0u, shm->config.managementAddress);
   EXPECT_EQ(kInterfaceBit, shm->pendingChanges);
-  EXPECT_NE("", readFile(kFile));
+  EXPECT_NE("", readFile(kConfigFile));
 }
 
 TEST_F(TextSetters, ConfigurationModeOnlyStores) {
@@ -62,9 +62,9 @@ TEST_F(TextSetters, ConfigurationModeOnlyStores) {
   EXPECT_EQ(0, gateway("192.168.10.254"));
   EXPECT_EQ(0, management("10.0.0.9"));
   EXPECT_EQ(-1, management("1.2.3"));
-  EXPECT_EQ(v4("192.168.10.254"), shm->config.wanGateway);
+  EXPECT_EQ(quad("192.168.10.254"), shm->config.wanGateway);
   EXPECT_EQ(0u, shm->pendingChanges);
-  EXPECT_FALSE(fileExists(kFile));
+  EXPECT_FALSE(fileExists(kConfigFile));
   EXPECT_THAT(shellLines(), IsEmpty());
 }
 
@@ -107,12 +107,12 @@ TEST_F(TextSetters, TextIsRewritten) {
 TEST_F(TextSetters, TextMayLieInTheStore) {
   strcpy(shm->config.sysName, "010.0.0.9");
   EXPECT_EQ(0, setManagementIP(shm->config.sysName));
-  EXPECT_EQ(v4("10.0.0.9"), shm->config.managementAddress);
+  EXPECT_EQ(quad("10.0.0.9"), shm->config.managementAddress);
   EXPECT_STREQ("10.0.0.9", shm->config.sysName);
-  EXPECT_THAT(readFile(kFile), HasSubstr("10.0.0.9"));
+  EXPECT_THAT(readFile(kConfigFile), HasSubstr("10.0.0.9"));
   strcpy(shm->config.sysName, "192.168.010.254");
   EXPECT_EQ(0, setinBandWanGateway(shm->config.sysName));
-  EXPECT_EQ(v4("192.168.10.254"), shm->config.wanGateway);
+  EXPECT_EQ(quad("192.168.10.254"), shm->config.wanGateway);
   EXPECT_STREQ("192.168.10.254", shm->config.sysName);
 }
 

@@ -7,7 +7,7 @@
 #include <functional>
 
 #include "kestrove/kestrove.h"
-#include "tests/net/iface/iface_fixture.h"
+#include "tests/support/addresses.h"
 #include "tests/support/kernel_calls.h"
 #include "tests/support/store.h"
 
@@ -24,8 +24,8 @@ struct NameRow {
 
 // Every function that takes an interface name and only reads it.
 const NameRow kNameRows[] = {
-    {"shm_ifconfig", [](const char* name) { return shm_ifconfig(name, v4("10.0.0.1"), v4("255.0.0.0"), 0); }},
-    {"shm_if6config", [](const char* name) { return shm_if6config(name, v6("fd00::1").data(), 64, 1); }},
+    {"shm_ifconfig", [](const char* name) { return shm_ifconfig(name, quad("10.0.0.1"), quad("255.0.0.0"), 0); }},
+    {"shm_if6config", [](const char* name) { return shm_if6config(name, ip6("fd00::1").data(), 64, 1); }},
     {"getIfaceIndex", [](const char* name) { return getIfaceIndex(name); }},
     {"set_iface_up", [](const char* name) { return set_iface_up(name); }},
     {"set_iface_down", [](const char* name) { return set_iface_down(name); }},
@@ -50,7 +50,7 @@ const NameRow kNameRows[] = {
     {"shm_vconfig_rem2", [](const char* name) { return shm_vconfig_rem2(name, 12, 13); }},
     {"shm_ifconfig_down1", [](const char* name) { return shm_ifconfig_down1(name, 0); }},
     {"shm_ifconfig_down1, VLAN", [](const char* name) { return shm_ifconfig_down1(name, 12); }},
-    {"setPermArpEntry", [](const char* name) { return setPermArpEntry(v4("10.0.0.1"), name); }},
+    {"setPermArpEntry", [](const char* name) { return setPermArpEntry(quad("10.0.0.1"), name); }},
 };
 
 class StorePointers : public StoreTest {
@@ -83,23 +83,23 @@ TEST_F(StorePointers, NamesAreReadAlone) {
 }
 
 TEST_F(StorePointers, NetlinkNameIsReadAlone) {
-  auto add = [](const char* name) { return shm_netlinkConfig(name, v4("127.0.0.9"), v4("255.0.0.0"), 0, 1); };
+  auto add = [](const char* name) { return shm_netlinkConfig(name, quad("127.0.0.9"), quad("255.0.0.0"), 0, 1); };
   EXPECT_EQ(effects([&] { return add("lo"); }), effects([&] { return add(shm->config.wanInterfaceName); }));
   EXPECT_STREQ("lo", shm->config.wanInterfaceName);
 }
 
 TEST_F(StorePointers, Ipv6AddressOfTheTable) {
   Ip6Address& entry = shm->ip6Address[0];
-  memcpy(entry.address, v6("fd00::7").data(), 16);
-  EXPECT_EQ(effects([] { return shm_if6config("lo", v6("fd00::7").data(), 64, 0); }),
+  setIp6(entry.address, "fd00::7");
+  EXPECT_EQ(effects([] { return shm_if6config("lo", ip6("fd00::7").data(), 64, 0); }),
             effects([&] { return shm_if6config("lo", entry.address, 64, 0); }));
-  EXPECT_EQ(0, memcmp(entry.address, v6("fd00::7").data(), 16));
+  EXPECT_EQ(0, memcmp(entry.address, ip6("fd00::7").data(), 16));
 }
 
 TEST_F(StorePointers, HardwareAddressText) {
   strcpy(shm->config.sysName, "00:1a:2b:3c:4d:5e");
-  EXPECT_EQ(effects([] { return addArpEntry(v4("10.0.0.1"), "00:1a:2b:3c:4d:5e", 6); }),
-            effects([] { return addArpEntry(v4("10.0.0.1"), shm->config.sysName, 6); }));
+  EXPECT_EQ(effects([] { return addArpEntry(quad("10.0.0.1"), "00:1a:2b:3c:4d:5e", 6); }),
+            effects([] { return addArpEntry(quad("10.0.0.1"), shm->config.sysName, 6); }));
 }
 
 TEST_F(StorePointers, ListOfAddressesOverTheName) {

@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 #include "kestrove/kestrove.h"
-#include "tests/net/opmode/modes.h"
+#include "tests/net/opmode/opmode_fixture.h"
+#include "tests/support/files.h"
+#include "tests/support/kernel.h"
 
 namespace kestrove::testing {
 namespace {
@@ -15,7 +17,6 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr char kFile[] = "/etc/config/kestrove.conf";
 constexpr uint32_t kOpModeBit = 0x4000;
 constexpr int kEngineTask = 4;
 
@@ -40,9 +41,9 @@ class State : public ModeTest {
     entry = {};
     entry.ipVersion = version;
     entry.interfaceKind = kind;
-    entry.address = v4("10.9.0.1");
-    entry.mask = v4("255.255.255.0");
-    memcpy(entry.address6, v6("fd00:9::1").data(), 16);
+    entry.address = quad("10.9.0.1");
+    entry.mask = quad("255.255.255.0");
+    setIp6(entry.address6, "fd00:9::1");
     entry.prefixLength6 = 64;
   }
   std::vector<uint32_t> statuses() const {
@@ -52,9 +53,9 @@ class State : public ModeTest {
   }
   void addRoute6(uint32_t slot, const char* gateway, uint32_t status) {
     Route6Entry& route = shm->routes6.slot[slot];
-    memcpy(route.destination, v6("fd00:77::").data(), 16);
+    setIp6(route.destination, "fd00:77::");
     route.destination[15] = static_cast<uint8_t>(slot);
-    memcpy(route.gateway, v6(gateway).data(), 16);
+    setIp6(route.gateway, gateway);
     route.prefixLength = 128;
     route.status = status;
     route.inUse = 1;
@@ -66,7 +67,7 @@ TEST_F(State, EventsAndModesOutOfRangeChangeNothing) {
   for (uint32_t mode : {3u, 4294967295u}) EXPECT_FAILS_WITH(SHM_EINVAL, raiseIn(mode, 1));
   EXPECT_EQ(77u, context_.mode);
   EXPECT_EQ(77u, context_.word5);
-  EXPECT_FALSE(fileExists(kFile));
+  EXPECT_FALSE(fileExists(kConfigFile));
   EXPECT_THAT(kernelCalls(), IsEmpty());
   EXPECT_EQ(0, shm_lock_count);
   EXPECT_EQ(0, signals);
@@ -144,9 +145,9 @@ TEST_F(State, EngineFindsTheNewModeWhenItIsSignalled) {
 
 TEST_F(State, EveryEventIsSaved) {
   for (int event = 0; event <= 19; ++event) {
-    unlink(kFile);
+    unlink(kConfigFile);
     ASSERT_EQ(0, raiseIn(0, event));
-    EXPECT_TRUE(fileExists(kFile)) << event;
+    EXPECT_TRUE(fileExists(kConfigFile)) << event;
   }
 }
 
@@ -156,7 +157,7 @@ TEST_F(State, ConfigurationModeNeitherSavesNorMarksNorSignals) {
   EXPECT_EQ(0u, shm->pendingChanges);
   EXPECT_EQ(0, signals);
   EXPECT_EQ(1u, shm->config.opModeState);
-  EXPECT_FALSE(fileExists(kFile));
+  EXPECT_FALSE(fileExists(kConfigFile));
 }
 
 TEST_F(State, DebugModeMarksAndSignalsAllTheSame) {
@@ -188,7 +189,7 @@ TEST_F(State, UnsentSignalLeavesTheLockCounted) {
   shm->taskPids[kEngineTask] = 4194304;
   EXPECT_EQ(0, raiseIn(0, 2));
   EXPECT_EQ(1, shm_lock_count);
-  EXPECT_TRUE(fileExists(kFile));
+  EXPECT_TRUE(fileExists(kConfigFile));
 }
 
 TEST(StateWithoutStore, FailsToAttach) {
@@ -214,7 +215,7 @@ TEST_F(State, AddressesOfInterfacesThatTheModeDoesNotUseAreKeptAside) {
                      shm->config.bridgeRouterPhysicalName}) {
     strcpy(name, "lo");
   }
-  output("/sbin/ip link add br0 type veth peer name peer0");  // any interface of that name will do
+  tried("/sbin/ip link add br0 type veth peer name peer0");  // any interface of that name will do
   for (const StatusRow& row : rows) {
     for (uint32_t version : {4u, 6u, 9u}) {
       shm->managementAddressCount = 0;
@@ -266,7 +267,7 @@ TEST_F(State, DamagedCountsEndAtTheTables) {
 TEST_F(State, Ipv6AddressesGoOnTheBridge) {
   for (const char* text : {"fd00:50::1", "fd00:51::1"}) {
     Ip6Address& entry = shm->ip6Address[shm->ip6Count++];
-    memcpy(entry.address, v6(text).data(), 16);
+    setIp6(entry.address, text);
     entry.prefixLength = 64;
   }
   pretendFlags(1);
@@ -317,7 +318,7 @@ TEST_F(State, DamagedRouteChainsEnd) {
 
 TEST_F(State, RoutesOfVersionFourAreInstalledWhenThereAreAny) {
   RouteEntry& route = shm->routes.slot[0];
-  route = {v4("10.77.0.0"), v4("255.255.0.0"), v4("10.9.0.5"), 1, 1, SHM_NO_SLOT};
+  route = {quad("10.77.0.0"), quad("255.255.0.0"), quad("10.9.0.5"), 1, 1, SHM_NO_SLOT};
   addManagement(4, 1);
   strcpy(shm->config.wanInterfaceName, "lo");
   ASSERT_EQ(0, raiseIn(0, 1));
@@ -334,9 +335,9 @@ class Reapplied : public State {
     State::SetUp();
     shm->config.productId = 9;  // an event 1 in dual mode clears three interfaces and makes no bridge
     Ip6Address& entry = shm->ip6Address[shm->ip6Count++];
-    memcpy(entry.address, v6("fd00:50::1").data(), 16);
+    setIp6(entry.address, "fd00:50::1");
     entry.prefixLength = 64;
-    shm->routes.slot[0] = {v4("10.77.0.0"), v4("255.255.0.0"), v4("10.9.0.5"), 3, 1, SHM_NO_SLOT};
+    shm->routes.slot[0] = {quad("10.77.0.0"), quad("255.255.0.0"), quad("10.9.0.5"), 3, 1, SHM_NO_SLOT};
     shm->routes.head = 0;
     addRoute6(0, "fd00:9::5", 3);
     shm->routes6.head6 = 0;

@@ -6,7 +6,8 @@
 #include <gmock/gmock.h>
 
 #include "kestrove/kestrove.h"
-#include "tests/net/opmode/modes.h"
+#include "tests/net/opmode/opmode_fixture.h"
+#include "tests/support/kernel.h"
 #include "tests/support/lock_watch.h"
 
 namespace kestrove::testing {
@@ -28,7 +29,7 @@ class Traffic : public ModeTest {
   }
 
   static std::string on(const char* host, const std::string& line) {
-    return output("/sbin/ip netns exec " + std::string(host) + " " + line);
+    return tried("/sbin/ip netns exec " + std::string(host) + " " + line);
   }
   static std::string ping(const char* host, const std::string& address) {
     return on(host, "ping -c 1 -W 3 " + address);
@@ -93,9 +94,9 @@ TEST_F(Traffic, PolicyRoutingRoutesBetweenTheGateways) {
   addressGateways("12");
   EXPECT_THAT(ping("lan", "10.1.0.254"), arrives);
   EXPECT_THAT(ping("wan", "10.2.0.254"), arrives);
-  EXPECT_THAT(output("/sbin/ip rule"), AllOf(HasSubstr("iif eth1 lookup 103"), HasSubstr("iif eth0.12 lookup 102")));
-  EXPECT_THAT(output("/sbin/ip route show table 103"), HasSubstr("default via 10.1.0.254 dev eth0.12"));
-  EXPECT_THAT(output("/sbin/ip route show table 102"), HasSubstr("default via 10.2.0.254 dev eth1"));
+  EXPECT_THAT(tried("/sbin/ip rule"), AllOf(HasSubstr("iif eth1 lookup 103"), HasSubstr("iif eth0.12 lookup 102")));
+  EXPECT_THAT(tried("/sbin/ip route show table 103"), HasSubstr("default via 10.1.0.254 dev eth0.12"));
+  EXPECT_THAT(tried("/sbin/ip route show table 102"), HasSubstr("default via 10.2.0.254 dev eth1"));
 }
 
 TEST_F(Traffic, ThroughAllModesAndBack) {
@@ -104,38 +105,38 @@ TEST_F(Traffic, ThroughAllModesAndBack) {
   ASSERT_EQ(0, raise(2));
   ASSERT_EQ(0, raise(4));
   EXPECT_EQ(2u, shm->config.opModeState);
-  output("/sbin/ip link set eth0.12 nomaster");
+  tried("/sbin/ip link set eth0.12 nomaster");
   ASSERT_EQ(0, raise(5));
   addressVlanHosts("12");
   EXPECT_THAT(ping("lan", "192.168.12.3"), arrives);
-  EXPECT_THAT(output("/sbin/ip rule"), Not(HasSubstr("lookup 103")));
+  EXPECT_THAT(tried("/sbin/ip rule"), Not(HasSubstr("lookup 103")));
   ASSERT_EQ(0, raise(3));
   EXPECT_THAT(ping("lan", "192.168.10.3"), arrives);
   EXPECT_FALSE(exists("eth0.12") || exists("eth0.13"));
 }
 
 TEST_F(Traffic, AddressesAndRoutesAreBackAfterAMove) {
-  shm->managementAddress[0] = {4, 0, v4("10.9.0.1"), v4("255.255.255.0"), {}, 0, 4};
+  shm->managementAddress[0] = {4, 0, quad("10.9.0.1"), quad("255.255.255.0"), {}, 0, 4};
   shm->managementAddress[1] = {6, 0, 0, 0, {}, 64, 4};
-  memcpy(shm->managementAddress[1].address6, v6("fd00:9::1").data(), 16);
+  setIp6(shm->managementAddress[1].address6, "fd00:9::1");
   shm->managementAddressCount = 2;
-  memcpy(shm->ip6Address[0].address, v6("fd00:50::1").data(), 16);
+  setIp6(shm->ip6Address[0].address, "fd00:50::1");
   shm->ip6Address[0].prefixLength = 64;
   shm->ip6Count = 1;
-  shm->routes.slot[0] = {v4("10.77.0.0"), v4("255.255.0.0"), v4("10.9.0.5"), 3, 1, SHM_NO_SLOT};
+  shm->routes.slot[0] = {quad("10.77.0.0"), quad("255.255.0.0"), quad("10.9.0.5"), 3, 1, SHM_NO_SLOT};
   Route6Entry& route = shm->routes6.slot[0];
-  memcpy(route.destination, v6("fd00:77::").data(), 16);
-  memcpy(route.gateway, v6("fd00:9::5").data(), 16);
+  setIp6(route.destination, "fd00:77::");
+  setIp6(route.gateway, "fd00:9::5");
   route.prefixLength = 48;
   route.status = 3;
   route.inUse = 1;
   shm->routes6.head6 = 0;
   for (int event : {1, 2, 3}) {
     ASSERT_EQ(0, raise(event));
-    EXPECT_THAT(output("/sbin/ip address show dev br0"),
+    EXPECT_THAT(tried("/sbin/ip address show dev br0"),
                 AllOf(HasSubstr("10.9.0.1/24"), HasSubstr("fd00:9::1/64"), HasSubstr("fd00:50::1/64")));
-    EXPECT_THAT(output("/sbin/ip route"), HasSubstr("10.77.0.0/16 via 10.9.0.5 dev br0"));
-    EXPECT_THAT(output("/sbin/ip -6 route"), HasSubstr("fd00:77::/48 dev br0"));
+    EXPECT_THAT(tried("/sbin/ip route"), HasSubstr("10.77.0.0/16 via 10.9.0.5 dev br0"));
+    EXPECT_THAT(tried("/sbin/ip -6 route"), HasSubstr("fd00:77::/48 dev br0"));
     EXPECT_EQ(3u, shm->routes.slot[0].status);
     EXPECT_EQ(3u, route.status);
   }
@@ -143,9 +144,9 @@ TEST_F(Traffic, AddressesAndRoutesAreBackAfterAMove) {
 
 TEST_F(Traffic, WanAddressChangeReachesTheLanPort) {
   ASSERT_EQ(0, raiseIn(2, 1));
-  shm->config.wanIpAddress = v4("10.2.0.9");
+  shm->config.wanIpAddress = quad("10.2.0.9");
   ASSERT_EQ(0, raise(13));
-  EXPECT_THAT(output("/sbin/ip address show dev eth1"), AllOf(HasSubstr("10.2.0.9/24"), Not(HasSubstr("10.2.0.1/24"))));
+  EXPECT_THAT(tried("/sbin/ip address show dev eth1"), AllOf(HasSubstr("10.2.0.9/24"), Not(HasSubstr("10.2.0.1/24"))));
 }
 
 }  // namespace

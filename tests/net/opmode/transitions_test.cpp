@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "kestrove/kestrove.h"
-#include "tests/net/opmode/modes.h"
+#include "tests/net/opmode/opmode_fixture.h"
 #include "tests/support/syslog.h"
 
 namespace kestrove::testing {

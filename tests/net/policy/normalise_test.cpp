@@ -4,11 +4,10 @@
 #include <gmock/gmock.h>
 
 #include "tests/net/policy/rules_fixture.h"
+#include "tests/support/addresses.h"
 
 namespace kestrove::testing {
 namespace {
-
-uint32_t quad(const char* text) { return inet_addr(text); }
 
 // Every word of the addresses is set, in both families.
 FilterRule crowded(uint32_t ipVersion) {

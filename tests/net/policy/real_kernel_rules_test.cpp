@@ -3,6 +3,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include "tests/support/addresses.h"
 #include "tests/support/kernel.h"
 #include "tests/support/store.h"
 
@@ -52,12 +53,11 @@ class RealPolicyRouting : public StoreTest {
     strcpy(config.physicalLanInterfaceName, "eth1");
     strcpy(config.bridgeRouterPhysicalName, "eth0");
     config.lanVlanId = 12;
-    config.lanGateway = htonl(0x0A0102FE);
-    config.lanIpAddressMask = htonl(0xFFFFFF00);
-    config.wanGateway = htonl(0xAC100901);
-    config.wanIpAddressMask = htonl(0xFFFF0000);
+    config.lanGateway = quad("10.1.2.254");
+    config.lanIpAddressMask = quad("255.255.255.0");
+    config.wanGateway = quad("172.16.9.1");
+    config.wanIpAddressMask = quad("255.255.0.0");
   }
-  static uint32_t htonl(uint32_t value) { return __builtin_bswap32(value); }
 };
 
 TEST_F(RealPolicyRouting, EachSideLeavesThroughTheOthersGateway) {

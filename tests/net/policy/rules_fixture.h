@@ -9,11 +9,10 @@
 
 #include "kestrove/kestrove.h"
 #include "tests/support/engine.h"
+#include "tests/support/files.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
-
-constexpr char kConfigFile[] = "/etc/config/kestrove.conf";
 
 inline FilterRule ruleNamed(int32_t name) {
   FilterRule rule = {};

@@ -5,7 +5,7 @@
 #include <stdlib.h>
 #include <sys/syscall.h>
 
-#include "tests/net/routes/families.h"
+#include "tests/net/routes/routes_fixture.h"
 #include "tests/support/fault.h"
 
 namespace kestrove::testing {
@@ -15,13 +15,13 @@ constexpr char kOldRoute[] = "10.1.0.0";
 constexpr char kNewRoute[] = "10.2.0.0";
 
 RouteEntry route4(const char* net, uint32_t status = kActive) {
-  return {ipv4(net), ipv4("255.255.0.0"), ipv4("192.168.5.254"), status, 0, 0};
+  return {quad(net), quad("255.255.0.0"), quad("192.168.5.254"), status, 0, 0};
 }
 
 Route6Entry route6() {
   Route6Entry route = {};
-  inet_pton(AF_INET6, "2001:db8:9::", route.destination);
-  inet_pton(AF_INET6, "2001:db8:5::fe", route.gateway);
+  setIp6(route.destination, "2001:db8:9::");
+  setIp6(route.gateway, "2001:db8:5::fe");
   route.prefixLength = 64;
   route.status = kActive;
   strcpy(route.interfaceName, "eth0");
@@ -32,8 +32,8 @@ ManagementAddress management(const char* address) {
   ManagementAddress entry = {};
   entry.ipVersion = 4;
   entry.status = 1;
-  entry.address = ipv4(address);
-  entry.mask = ipv4("255.255.255.0");
+  entry.address = quad(address);
+  entry.mask = quad("255.255.255.0");
   entry.interfaceKind = 1;
   return entry;
 }
@@ -49,7 +49,7 @@ class RouteFaults : public StoreTest {
 
   // One active route in table and kernel, one management address.
   void prepare() {
-    shm_netlinkConfig("eth0", ipv4("192.168.5.1"), ipv4("255.255.255.0"), 0, 1);
+    shm_netlinkConfig("eth0", quad("192.168.5.1"), quad("255.255.255.0"), 0, 1);
     RouteEntry known[] = {route4(kOldRoute), route4(kNewRoute)};
     for (const RouteEntry& route : known) deleteKernelRoute(&route);
     shm->routes.head = 0;
@@ -131,14 +131,14 @@ TEST_F(RouteFaults, AddingARoute) {
 }
 
 TEST_F(RouteFaults, DeletingARoute) {
-  sweep([] { return deleteUserRoute(ipv4(kOldRoute), ipv4("255.255.0.0")); }, 0, 1);
+  sweep([] { return deleteUserRoute(quad(kOldRoute), quad("255.255.0.0")); }, 0, 1);
 }
 
 TEST_F(RouteFaults, ReplacingARoute) {
   sweep(
       [] {
         RouteEntry route = route4(kNewRoute);
-        return replaceUserRoute(ipv4(kOldRoute), ipv4("255.255.0.0"), &route, 0, "--");
+        return replaceUserRoute(quad(kOldRoute), quad("255.255.0.0"), &route, 0, "--");
       },
       0, 1);
 }

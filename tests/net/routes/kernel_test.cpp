@@ -10,9 +10,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "tests/net/routes/families.h"
-#include "tests/net/routes/saves.h"
+#include "tests/net/routes/routes_fixture.h"
 #include "tests/support/kernel.h"
+#include "tests/support/save_counter.h"
 
 namespace kestrove::testing {
 namespace {
@@ -53,11 +53,11 @@ class KernelRoutes : public StoreTest {
     strcpy(shm->config.wanInterfaceName, "eth0");
     ManagementAddress* entry = shm->managementAddress;
     entry[0].ipVersion = 4;
-    entry[0].address = ipv4("192.168.5.1");
-    entry[0].mask = ipv4("255.255.255.0");
+    entry[0].address = quad("192.168.5.1");
+    entry[0].mask = quad("255.255.255.0");
     entry[0].interfaceKind = 1;
     entry[1].ipVersion = 6;
-    inet_pton(AF_INET6, "2001:db8:5::1", entry[1].address6);
+    setIp6(entry[1].address6, "2001:db8:5::1");
     entry[1].prefixLength6 = 64;
     entry[1].interfaceKind = 1;
     shm->managementAddressCount = 2;
@@ -76,7 +76,7 @@ class KernelRoutes4 : public KernelRoutes {
  protected:
   static RouteEntry route(const char* net, const char* mask = "255.255.0.0", uint32_t status = kActive,
                           const char* gateway = "192.168.5.254") {
-    return {ipv4(net), ipv4(mask), ipv4(gateway), status, 0, 0};
+    return {quad(net), quad(mask), quad(gateway), status, 0, 0};
   }
   static int add(const char* net, const char* mask = "255.255.0.0", uint32_t status = kActive,
                  const char* gateway = "192.168.5.254") {
@@ -85,7 +85,7 @@ class KernelRoutes4 : public KernelRoutes {
   }
   static uint32_t status(const char* net, const char* mask = "255.255.0.0") {
     RouteEntry out = {};
-    EXPECT_EQ(0, getRouteTableEntry(ipv4(net), ipv4(mask), &out));
+    EXPECT_EQ(0, getRouteTableEntry(quad(net), quad(mask), &out));
     return out.status;
   }
   // Destination, gateway, flags and mask, in the kernel's own words, of the routes with a gateway.
@@ -124,7 +124,7 @@ TEST_F(KernelRoutes4, ARouteWhoseGatewayIsElsewhereIsKeptAsInactive) {
   EXPECT_EQ(99u, shm_errno);
   EXPECT_EQ(kInactive, status("10.1.0.0"));
   EXPECT_THAT(kernel(), IsEmpty());
-  EXPECT_THAT(readFile(kFile), HasSubstr("172.16.0.1         1 "));
+  EXPECT_THAT(readFile(kConfigFile), HasSubstr("172.16.0.1         1 "));
 }
 
 TEST_F(KernelRoutes4, ARouteThatTheKernelRefusesIsKeptAsInactive) {
@@ -158,30 +158,30 @@ TEST_F(KernelRoutes4, StatesOtherThanFourAndFiveInstall) {
 TEST_F(KernelRoutes4, DeletingTakesTheRouteOutOfTheKernel) {
   add("10.1.0.0");
   add("10.2.0.0");
-  EXPECT_EQ(0, deleteUserRoute(ipv4("10.1.0.0"), ipv4("255.255.0.0")));
+  EXPECT_EQ(0, deleteUserRoute(quad("10.1.0.0"), quad("255.255.0.0")));
   EXPECT_THAT(kernel(), ElementsAre("0000020A FE05A8C0 0003 0000FFFF 0"));
-  EXPECT_THAT(readFile(kFile), ::testing::Not(HasSubstr("10.1.0.0")));
+  EXPECT_THAT(readFile(kConfigFile), ::testing::Not(HasSubstr("10.1.0.0")));
 }
 
 TEST_F(KernelRoutes4, DebugModeDeletesFromTheTableAlone) {
   add("10.1.0.0");
   shm->operationalState = SHM_STATE_DEBUG;
-  EXPECT_EQ(0, deleteUserRoute(ipv4("10.1.0.0"), ipv4("255.255.0.0")));
+  EXPECT_EQ(0, deleteUserRoute(quad("10.1.0.0"), quad("255.255.0.0")));
   EXPECT_EQ(1u, kernel().size());
 }
 
 TEST_F(KernelRoutes4, ARouteThatTheKernelLostCannotBeDeletedAtOnce) {
   add("10.1.0.0");
   run("ip route del 10.1.0.0/16");
-  EXPECT_FAILS_WITH(SHM_ESYSTEM, deleteUserRoute(ipv4("10.1.0.0"), ipv4("255.255.0.0")));
+  EXPECT_FAILS_WITH(SHM_ESYSTEM, deleteUserRoute(quad("10.1.0.0"), quad("255.255.0.0")));
   EXPECT_EQ(kInactive, status("10.1.0.0"));
-  EXPECT_THAT(readFile(kFile), HasSubstr("192.168.5.254      3 ")) << "not saved";
+  EXPECT_THAT(readFile(kConfigFile), HasSubstr("192.168.5.254      3 ")) << "not saved";
 }
 
 TEST_F(KernelRoutes4, ReplacingMovesTheRouteInTheKernel) {
   add("10.1.0.0");
   RouteEntry other = route("10.2.0.0");
-  EXPECT_EQ(0, replaceUserRoute(ipv4("10.1.0.0"), ipv4("255.255.0.0"), &other, 0, "--"));
+  EXPECT_EQ(0, replaceUserRoute(quad("10.1.0.0"), quad("255.255.0.0"), &other, 0, "--"));
   EXPECT_THAT(kernel(), ElementsAre("0000020A FE05A8C0 0003 0000FFFF 0"));
 }
 
@@ -189,7 +189,7 @@ TEST_F(KernelRoutes4, ReplacingByAKnownKeyTakesTheOldRouteOut) {
   add("10.1.0.0");
   add("10.2.0.0");
   RouteEntry other = route("10.2.0.0");
-  EXPECT_FAILS_WITH(SHM_EEXIST, replaceUserRoute(ipv4("10.1.0.0"), ipv4("255.255.0.0"), &other, 0, "--"));
+  EXPECT_FAILS_WITH(SHM_EEXIST, replaceUserRoute(quad("10.1.0.0"), quad("255.255.0.0"), &other, 0, "--"));
   EXPECT_THAT(kernel(), ElementsAre("0000020A FE05A8C0 0003 0000FFFF 0"));
 }
 
@@ -291,7 +291,7 @@ TEST_F(KernelRoutes4, WithoutASocketTheRouteIsKeptAsInactive) {
   EXPECT_FAILS_WITH(SHM_ESYSTEM, addKernelRoute(&entry));
   EXPECT_EQ(EMFILE, errno);
   EXPECT_FAILS_WITH(SHM_ESYSTEM, deleteKernelRoute(&entry));
-  EXPECT_FAILS_WITH(SHM_ESYSTEM, deleteUserRoute(ipv4("10.1.0.0"), ipv4("255.255.0.0")));
+  EXPECT_FAILS_WITH(SHM_ESYSTEM, deleteUserRoute(quad("10.1.0.0"), quad("255.255.0.0")));
   EXPECT_EQ(kInactive, status("10.1.0.0"));
   EXPECT_EQ(0, addUserRoute(&entry));
   EXPECT_EQ(kInactive, status("10.2.0.0"));
@@ -315,8 +315,8 @@ class KernelRoutes6 : public KernelRoutes {
   static Route6Entry route(const char* net, uint32_t prefix = 64, uint32_t status = kActive,
                            const char* gateway = "2001:db8:5::fe") {
     Route6Entry out = {};
-    inet_pton(AF_INET6, net, out.destination);
-    inet_pton(AF_INET6, gateway, out.gateway);
+    setIp6(out.destination, net);
+    setIp6(out.gateway, gateway);
     out.prefixLength = prefix;
     out.status = status;
     return out;

@@ -8,7 +8,7 @@
 #include <random>
 #include <set>
 
-#include "tests/net/routes/families.h"
+#include "tests/net/routes/routes_fixture.h"
 
 namespace kestrove::testing {
 namespace {

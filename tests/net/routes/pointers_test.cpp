@@ -1,7 +1,7 @@
 // Records of the store, which every program can reach, as routes and addresses of the operations.
 #include <string>
 
-#include "tests/net/routes/families.h"
+#include "tests/net/routes/routes_fixture.h"
 #include "tests/support/store_copy.h"
 
 namespace kestrove::testing {

@@ -3,7 +3,8 @@
 
 #include <algorithm>
 
-#include "tests/net/routes/families.h"
+#include "tests/net/routes/routes_fixture.h"
+#include "tests/support/files.h"
 
 namespace kestrove::testing {
 namespace {
@@ -12,7 +13,7 @@ using ::testing::ElementsAre;
 
 RouteEntry route(const char* destination, const char* mask, const char* gateway = "192.168.5.254",
                  uint32_t status = kDisabled) {
-  return {ipv4(destination), ipv4(mask), ipv4(gateway), status, 0, 0};
+  return {quad(destination), quad(mask), quad(gateway), status, 0, 0};
 }
 
 class Route4 : public StoreTest {
@@ -37,8 +38,8 @@ class Route4 : public StoreTest {
   static void own(int index, uint32_t version, const char* address, const char* mask) {
     ManagementAddress& entry = shm->managementAddress[index];
     entry.ipVersion = version;
-    entry.address = ipv4(address);
-    entry.mask = ipv4(mask);
+    entry.address = quad(address);
+    entry.mask = quad(mask);
     shm->managementAddressCount = index + 1;
   }
 };
@@ -78,10 +79,10 @@ TEST_F(Route4, AMaskWithHolesIsRefused) {
 // The mask is looked at before the mode and before the old route.
 TEST_F(Route4, ReplacingByAMaskWithHolesIsRefusedFirstOfAll) {
   RouteEntry holes = route("10.0.0.0", "255.0.255.0");
-  EXPECT_FAILS_WITH(SHM_EMASK, replaceUserRoute(ipv4("1.0.0.0"), ipv4("255.0.0.0"), &holes, 0, "--"));
+  EXPECT_FAILS_WITH(SHM_EMASK, replaceUserRoute(quad("1.0.0.0"), quad("255.0.0.0"), &holes, 0, "--"));
   shm->operationalState = SHM_STATE_DEBUG;
   add("10.0.0.0", "255.0.0.0");
-  EXPECT_FAILS_WITH(SHM_EMASK, replaceUserRoute(ipv4("10.0.0.0"), ipv4("255.0.0.0"), &holes, 0, "--"));
+  EXPECT_FAILS_WITH(SHM_EMASK, replaceUserRoute(quad("10.0.0.0"), quad("255.0.0.0"), &holes, 0, "--"));
   EXPECT_THAT(destinations(), ElementsAre("10.0.0.0"));
   EXPECT_EQ(0, shm_lock_count);
 }
@@ -89,7 +90,7 @@ TEST_F(Route4, ReplacingByAMaskWithHolesIsRefusedFirstOfAll) {
 TEST_F(Route4, AStoredMaskWithHolesIsLeftAloneByFreshening) {
   add("10.0.0.0", "255.0.0.0");
   add("20.0.0.0", "255.0.0.0");
-  shm->routes.slot[0].netmask = ipv4("255.0.0.128");
+  shm->routes.slot[0].netmask = quad("255.0.0.128");
   shm->operationalState = SHM_STATE_DEBUG;
   EXPECT_EQ(0, freshenRouteTable(0, "--"));
   EXPECT_EQ(kDisabled, shm->routes.slot[0].status);
@@ -99,41 +100,41 @@ TEST_F(Route4, LocalIsTheFirstIpv4EntryWhoseSubnetHoldsTheAddress) {
   own(0, 6, "10.0.0.1", "255.0.0.0");
   own(1, 4, "192.168.5.1", "255.255.255.0");
   own(2, 4, "192.168.0.1", "255.255.0.0");
-  EXPECT_EQ(1, v4AddressIsLocal(ipv4("192.168.5.254")));
-  EXPECT_EQ(2, v4AddressIsLocal(ipv4("192.168.6.1")));
-  EXPECT_EQ(-1, v4AddressIsLocal(ipv4("10.0.0.2"))) << "an IPv6 entry has no IPv4 subnet";
-  EXPECT_EQ(-1, v4AddressIsLocal(ipv4("172.16.0.1")));
+  EXPECT_EQ(1, v4AddressIsLocal(quad("192.168.5.254")));
+  EXPECT_EQ(2, v4AddressIsLocal(quad("192.168.6.1")));
+  EXPECT_EQ(-1, v4AddressIsLocal(quad("10.0.0.2"))) << "an IPv6 entry has no IPv4 subnet";
+  EXPECT_EQ(-1, v4AddressIsLocal(quad("172.16.0.1")));
   own(3, 5, "172.16.0.2", "255.255.0.0");
-  EXPECT_EQ(-1, v4AddressIsLocal(ipv4("172.16.0.1"))) << "nor has one of another family";
+  EXPECT_EQ(-1, v4AddressIsLocal(quad("172.16.0.1"))) << "nor has one of another family";
 }
 
 TEST_F(Route4, LocalReadsTheManagementListOnly) {
-  shm->config.lanIpAddress = ipv4("192.168.5.1");
-  shm->config.lanIpAddressMask = ipv4("255.255.255.0");
-  shm->config.managementAddress = ipv4("192.168.5.2");
-  shm->config.managementAddressMask = ipv4("255.255.255.0");
-  EXPECT_EQ(-1, v4AddressIsLocal(ipv4("192.168.5.254")));
+  shm->config.lanIpAddress = quad("192.168.5.1");
+  shm->config.lanIpAddressMask = quad("255.255.255.0");
+  shm->config.managementAddress = quad("192.168.5.2");
+  shm->config.managementAddressMask = quad("255.255.255.0");
+  EXPECT_EQ(-1, v4AddressIsLocal(quad("192.168.5.254")));
 }
 
 TEST_F(Route4, LocalLooksAtNoMoreEntriesThanTheListHas) {
   for (int i = 0; i < SHM_MANAGEMENT_ADDRESSES; ++i) own(i, 4, "10.0.0.1", "255.255.255.0");
   shm->managementAddressCount = 0x7FFFFFFF;
-  EXPECT_EQ(-1, v4AddressIsLocal(ipv4("11.0.0.1")));
-  EXPECT_EQ(0, v4AddressIsLocal(ipv4("10.0.0.7")));
+  EXPECT_EQ(-1, v4AddressIsLocal(quad("11.0.0.1")));
+  EXPECT_EQ(0, v4AddressIsLocal(quad("10.0.0.7")));
   shm->managementAddressCount = -1;
-  EXPECT_EQ(-1, v4AddressIsLocal(ipv4("10.0.0.7")));
+  EXPECT_EQ(-1, v4AddressIsLocal(quad("10.0.0.7")));
   shm->managementAddressCount = 0;
-  EXPECT_EQ(-1, v4AddressIsLocal(ipv4("10.0.0.7")));
+  EXPECT_EQ(-1, v4AddressIsLocal(quad("10.0.0.7")));
 }
 
 TEST_F(Route4, LocalAttachesWithoutTheLock) {
   own(0, 4, "10.0.0.1", "255.255.255.0");
   shm_detach();
   shm = nullptr;
-  EXPECT_EQ(0, v4AddressIsLocal(ipv4("10.0.0.7")));
+  EXPECT_EQ(0, v4AddressIsLocal(quad("10.0.0.7")));
   EXPECT_EQ(0, shm_lock_count);
   dropStore();
-  EXPECT_FAILS_WITH(SHM_EATTACH, v4AddressIsLocal(ipv4("10.0.0.7")));
+  EXPECT_FAILS_WITH(SHM_EATTACH, v4AddressIsLocal(quad("10.0.0.7")));
 }
 
 TEST_F(Route4, AddingAllToAnEmptyTableIsASuccessWithACode) {
@@ -150,12 +151,12 @@ TEST_F(Route4, AddingAllLeavesDisabledRoutesAlone) {
                           route("12.0.0.0", "255.0.0.0", "192.168.5.254", 0)};
   for (const RouteEntry& entry : entries) addUserRoute(&entry);
   shm->operationalState = SHM_STATE_OPERATIONAL;
-  unlink("/etc/config/kestrove.conf");
+  unlink(kConfigFile);
   EXPECT_EQ(0, addAllRoutes());
   EXPECT_EQ(kDisabled, shm->routes.slot[0].status);
   EXPECT_EQ(kInactive, shm->routes.slot[1].status) << "no gateway is local";
   EXPECT_EQ(kInactive, shm->routes.slot[2].status);
-  EXPECT_FALSE(fileExists("/etc/config/kestrove.conf"));
+  EXPECT_FALSE(fileExists(kConfigFile));
 }
 
 TEST_F(Route4, AddingAllNeedsTheLock) {

@@ -3,29 +3,18 @@
 
 #include <algorithm>
 
-#include "tests/net/routes/families.h"
+#include "tests/net/routes/routes_fixture.h"
 
 namespace kestrove::testing {
 namespace {
 
 using ::testing::ElementsAre;
 
-struct Bytes {
-  uint8_t byte[16];
-  bool operator==(const Bytes&) const = default;
-};
-
-Bytes bytes(const char* text) {
-  Bytes out;
-  EXPECT_EQ(1, inet_pton(AF_INET6, text, &out)) << text;
-  return out;
-}
-
 Route6Entry route(const char* destination, uint32_t prefix, const char* gateway = "2001:db8:5::fe",
                   uint32_t status = kDisabled) {
   Route6Entry out = {};
-  inet_pton(AF_INET6, destination, out.destination);
-  inet_pton(AF_INET6, gateway, out.gateway);
+  setIp6(out.destination, destination);
+  setIp6(out.gateway, gateway);
   out.prefixLength = prefix;
   out.status = status;
   return out;
@@ -46,16 +35,14 @@ class Route6 : public StoreTest {
     Route6Entry entry = {};
     for (int result = getFirstRoute6TableEntry(&entry); result == 0;
          result = getNextRoute6TableEntry(entry.destination, entry.prefixLength, &entry)) {
-      char text[INET6_ADDRSTRLEN];
-      inet_ntop(AF_INET6, entry.destination, text, sizeof text);
-      texts.push_back(text + ("/" + std::to_string(entry.prefixLength)));
+      texts.push_back(ip6Text(entry.destination) + "/" + std::to_string(entry.prefixLength));
     }
     return texts;
   }
   static void own(int index, uint32_t version, const char* address, uint32_t prefix, int kind) {
     ManagementAddress& entry = shm->managementAddress[index];
     entry.ipVersion = version;
-    inet_pton(AF_INET6, address, entry.address6);
+    setIp6(entry.address6, address);
     entry.prefixLength6 = prefix;
     entry.interfaceKind = kind;
     shm->managementAddressCount = index + 1;
@@ -85,9 +72,9 @@ TEST_F(Route6, DeletingTheFirstRouteMendsAnAllOnesHeadOfTheIpv4Table) {
   add("2001:db8:2::", 64);
   add("2001:db8:1::", 64);
   shm->routes.head = SHM_NO_SLOT;
-  EXPECT_EQ(0, deleteUserRoute6(bytes("2001:db8:1::").byte, 64));
+  EXPECT_EQ(0, deleteUserRoute6(ip6("2001:db8:1::").data(), 64));
   EXPECT_EQ(SHM_NO_SLOT, shm->routes.head) << "it was not the first";
-  EXPECT_EQ(0, deleteUserRoute6(bytes("2001:db8:2::").byte, 64));
+  EXPECT_EQ(0, deleteUserRoute6(ip6("2001:db8:2::").data(), 64));
   EXPECT_EQ(0u, shm->routes.head);
 }
 
@@ -96,7 +83,7 @@ TEST_F(Route6, AnEmptiedTableTakesTheLowestFreeSlot) {
   shm->routes6.head6 = 5;
   add("2001:db8:1::", 64);
   EXPECT_EQ(1u, shm->routes6.slot[5].inUse);
-  EXPECT_EQ(0, deleteUserRoute6(bytes("2001:db8:1::").byte, 64));
+  EXPECT_EQ(0, deleteUserRoute6(ip6("2001:db8:1::").data(), 64));
   EXPECT_EQ(SHM_NO_SLOT, shm->routes6.head6);
   add("2001:db8:2::", 64);
   EXPECT_EQ(0u, shm->routes6.head6);
@@ -199,39 +186,39 @@ TEST(Mask6, PrefixesBecomeMasks) {
     uint8_t guarded[18];
     memset(guarded, 0x5A, sizeof guarded);
     convPrefixToMask(guarded + 1, prefix);
-    EXPECT_EQ(0, memcmp(guarded + 1, bytes(text).byte, 16)) << prefix;
+    EXPECT_EQ(0, memcmp(guarded + 1, ip6(text).data(), 16)) << prefix;
     EXPECT_EQ(0x5A, guarded[0]);
     EXPECT_EQ(0x5A, guarded[17]);
   }
 }
 
 TEST(Mask6, AndGoesByteByByte) {
-  Bytes out;
-  v6And(bytes("2001:db8:ffff::1").byte, bytes("ffff:ff00:f0f0::").byte, out.byte);
-  EXPECT_EQ(bytes("2001:d00:f0f0::"), out);
-  v6And(out.byte, bytes("ffff::").byte, out.byte);
-  EXPECT_EQ(bytes("2001::"), out);
+  Ip6 out;
+  v6And(ip6("2001:db8:ffff::1").data(), ip6("ffff:ff00:f0f0::").data(), out.data());
+  EXPECT_EQ(ip6("2001:d00:f0f0::"), out);
+  v6And(out.data(), ip6("ffff::").data(), out.data());
+  EXPECT_EQ(ip6("2001::"), out);
 }
 
 TEST(Mask6, MatchComparesAllSixteenBytes) {
-  Bytes one = bytes("2001:db8::1");
-  EXPECT_EQ(1, v6Match(one.byte, bytes("2001:db8::1").byte));
+  Ip6 one = ip6("2001:db8::1");
+  EXPECT_EQ(1, v6Match(one.data(), ip6("2001:db8::1").data()));
   for (size_t i = 0; i < 16; ++i) {
-    Bytes other = one;
-    other.byte[i] ^= 0x80;
-    EXPECT_EQ(0, v6Match(one.byte, other.byte));
+    Ip6 other = one;
+    other.data()[i] ^= 0x80;
+    EXPECT_EQ(0, v6Match(one.data(), other.data()));
   }
 }
 
 TEST(Mask6, NullIsRefused) {
-  Bytes out = bytes("1::");
+  Ip6 out = ip6("1::");
   convPrefixToMask(nullptr, 64);
-  v6And(nullptr, out.byte, out.byte);
-  v6And(out.byte, nullptr, out.byte);
-  v6And(out.byte, out.byte, nullptr);
-  EXPECT_EQ(bytes("1::"), out);
-  EXPECT_FAILS_WITH(SHM_EINVAL, v6Match(nullptr, out.byte));
-  EXPECT_FAILS_WITH(SHM_EINVAL, v6Match(out.byte, nullptr));
+  v6And(nullptr, out.data(), out.data());
+  v6And(out.data(), nullptr, out.data());
+  v6And(out.data(), out.data(), nullptr);
+  EXPECT_EQ(ip6("1::"), out);
+  EXPECT_FAILS_WITH(SHM_EINVAL, v6Match(nullptr, out.data()));
+  EXPECT_FAILS_WITH(SHM_EINVAL, v6Match(out.data(), nullptr));
   EXPECT_FAILS_WITH(SHM_EINVAL, gatewayIsLocal6(nullptr));
   EXPECT_FAILS_WITH(SHM_EINVAL, addKernelRoute6(nullptr));
   EXPECT_FAILS_WITH(SHM_EINVAL, deleteKernelRoute6(nullptr));

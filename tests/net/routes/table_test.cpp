@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "tests/net/routes/families.h"
-#include "tests/net/routes/saves.h"
+#include "tests/net/routes/routes_fixture.h"
+#include "tests/support/save_counter.h"
 
 namespace kestrove::testing {
 namespace {
@@ -19,7 +19,7 @@ class RouteTable : public StoreTest {
 
   void SetUp() override {
     StoreTest::SetUp();
-    unlink(kFile);
+    unlink(kConfigFile);
   }
   void inState(uint32_t state) { shm->operationalState = state; }
   static int add(uint32_t rank, uint32_t status = kDisabled) {
@@ -49,7 +49,7 @@ class RouteTable : public StoreTest {
     }
     return ranks;
   }
-  bool saved() { return fileExists(kFile); }
+  bool saved() { return fileExists(kConfigFile); }
   bool locked() { return shm_lock_count != 0; }
 };
 
@@ -376,7 +376,7 @@ TYPED_TEST(RouteTable, FresheningSavesWhereItsLastSaveWouldStand) {
   EXPECT_EQ(kInactive, this->get(1).status) << "not in the kernel";
   dropStore();
   makeStore();
-  ASSERT_EQ(0, load_shared_memory(kFile));
+  ASSERT_EQ(0, load_shared_memory(kConfigFile));
   EXPECT_EQ(kInactive, this->get(0).status);
   EXPECT_EQ(kActive, this->get(1).status);
 }

@@ -6,20 +6,11 @@
 #include <string.h>
 
 #include "kestrove/dump.h"
+#include "tests/support/addresses.h"
+#include "tests/support/memory_stream.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
-
-inline std::string printed(int (*print)(FILE*)) {
-  char* text = nullptr;
-  size_t size = 0;
-  FILE* stream = open_memstream(&text, &size);
-  EXPECT_EQ(0, print(stream));
-  fclose(stream);
-  std::string result(text, size);
-  free(text);
-  return result;
-}
 
 inline std::string dump() { return printed(dumpSharedMemory); }
 
@@ -47,8 +38,6 @@ inline int countLines(const std::string& text, const std::string& part) {
   return count;
 }
 
-inline uint32_t quad(const char* text) { return inet_addr(text); }
-
 inline void putRoute(uint32_t slot, const char* destination, const char* mask, const char* gateway, uint32_t status,
                      uint32_t next) {
   shm->routes.slot[slot] = {quad(destination), quad(mask), quad(gateway), status, 1, next};
@@ -57,8 +46,8 @@ inline void putRoute(uint32_t slot, const char* destination, const char* mask, c
 inline void putRoute6(uint32_t slot, const char* destination, uint32_t length, const char* gateway, uint32_t status,
                       uint32_t next) {
   Route6Entry& route = shm->routes6.slot[slot];
-  inet_pton(AF_INET6, destination, route.destination);
-  inet_pton(AF_INET6, gateway, route.gateway);
+  setIp6(route.destination, destination);
+  setIp6(route.gateway, gateway);
   route.prefixLength = length;
   route.status = status;
   route.inUse = 1;

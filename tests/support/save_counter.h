@@ -4,11 +4,10 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include "tests/support/files.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
-
-inline constexpr char kFile[] = "/etc/config/kestrove.conf";
 
 // Counts the files moved into place since it was made, or since the last count.
 class SaveCounter {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/net/iface/iface_fixture.h"
+#include "tests/support/addresses.h"
 #include "tests/support/kernel_calls.h"
 #include "tests/support/store.h"
 
@@ -31,13 +31,13 @@ class ModeTest : public StoreTest {
     strcpy(config.wanInterfaceName, "wan?");
     config.lanVlanId = 12;
     config.wanVlanId = 13;
-    config.lanIpAddress = v4("10.1.0.1");
-    config.lanIpAddressMask = v4("255.255.0.0");
-    config.lanBroadcastAddress = v4("10.1.0.255");
-    config.wanIpAddress = v4("10.2.0.1");
-    config.wanIpAddressMask = v4("255.255.255.0");
-    config.lanGateway = v4("10.1.0.254");
-    config.wanGateway = v4("10.2.0.254");
+    config.lanIpAddress = quad("10.1.0.1");
+    config.lanIpAddressMask = quad("255.255.0.0");
+    config.lanBroadcastAddress = quad("10.1.0.255");
+    config.wanIpAddress = quad("10.2.0.1");
+    config.wanIpAddressMask = quad("255.255.255.0");
+    config.lanGateway = quad("10.1.0.254");
+    config.wanGateway = quad("10.2.0.254");
   }
 
   int raise(int event) {

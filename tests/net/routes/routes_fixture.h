@@ -6,13 +6,12 @@
 
 #include <vector>
 
+#include "tests/support/addresses.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
 
 enum : uint32_t { kInactive = 1, kDisabled = 2, kActive = 3 };
-
-inline uint32_t ipv4(const char* text) { return inet_addr(text); }
 
 struct Family4 {
   using Record = RouteEntry;
@@ -23,7 +22,7 @@ struct Family4 {
     Record route = {};
     route.destination = 0xFFFF0000u - rank;
     route.netmask = 0xFFFFFFFFu;
-    route.gateway = ipv4("192.168.5.254");
+    route.gateway = quad("192.168.5.254");
     route.status = status;
     return route;
   }
@@ -48,10 +47,10 @@ struct Family6 {
 
   static Record route(uint32_t rank, uint32_t status = kDisabled) {
     Record route = {};
-    inet_pton(AF_INET6, "2001:db8::", route.destination);
+    setIp6(route.destination, "2001:db8::");
     uint32_t tail = htonl(0xFFFF0000u - rank);
     memcpy(route.destination + 12, &tail, sizeof tail);
-    inet_pton(AF_INET6, "2001:db8:5::fe", route.gateway);
+    setIp6(route.gateway, "2001:db8:5::fe");
     route.prefixLength = 128;
     route.status = status;
     return route;

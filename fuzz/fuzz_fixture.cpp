@@ -1,4 +1,4 @@
-#include "fuzz/fixture.h"
+#include "fuzz/fuzz_fixture.h"
 
 #include <stdio.h>
 #include <stdlib.h>
