@@ -1,5 +1,4 @@
 // Saving and loading the configuration at full tables, each beside the work that cannot be avoided.
-#include <arpa/inet.h>
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <stdlib.h>
@@ -9,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "bench/full_tables.h"
 #include "bench/turns.h"
 #include "kestrove/kestrove.h"
 #include "lifecycle/fresh.h"
@@ -20,59 +20,12 @@ namespace {
 
 using namespace kestrove;
 
-constexpr int kRules = 8191;  // and the default rule, which is not in the file
-constexpr int kRoutes = 1024;
+constexpr int kRules = SHM_RULES - 1;  // and the default rule, which is not in the file
 enum { kMemory, kDisk };
 constexpr const char* kFiles[] = {
     "/tmp/bench.conf",
     "/etc/config/bench.conf",  // on disk when the sandbox keeps its state there
 };
-
-// In list order, as a file has them: of IPv4 destinations the last byte counts most.
-void fillRoutes() {
-  layOutRouteTables();
-  shm->routes.head = shm->routes6.head6 = 0;
-  for (uint32_t i = 0; i < kRoutes; ++i) {
-    uint32_t place = kRoutes - i;
-    uint32_t destination = 10 | (place & 0xff) << 8 | (place >> 8) << 16;
-    shm->routes.slot[i] = {destination, htonl(0xffffff00), htonl(0xc0a80101), 3, 1, i + 1};
-    Route6Entry& route = shm->routes6.slot[i];
-    route = {{0x20, 0x01, 0x0d, 0xb8}, {0xfd, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xfe}, 64, 3, "", 1, i + 1};
-    route.destination[6] = static_cast<uint8_t>(place >> 8);
-    route.destination[7] = static_cast<uint8_t>(place);
-  }
-  shm->routes.slot[kRoutes - 1].next = shm->routes6.slot[kRoutes - 1].next = SHM_NO_SLOT;
-}
-
-void fillRules() {
-  FilterTable& table = shm->filterTable;
-  FilterRule last = {4, 0, 0, 0, 0, {}, 0, {}, 0, 0, 0, 0, 0, 0, 1, 0, 8, 10000, 1, 3};
-  for (int i = 0; i < kRules; ++i) {
-    auto word = static_cast<uint32_t>(i);
-    table.rule[i] = {4,
-                     htonl(0x0a000000 | word << 8),
-                     htonl(0xffffff00),
-                     htonl(0xc0a80000 | word),
-                     ~0u,
-                     {},
-                     0,
-                     {},
-                     0,
-                     6,
-                     1024,
-                     65535,
-                     i,
-                     i + 10,
-                     1,
-                     0,
-                     i % 8,
-                     10000 + i,
-                     1,
-                     3};
-  }
-  table.rule[kRules] = last;
-  table.ruleCount = kRules + 1;
-}
 
 // Full tables for a scope, saved to a file of their own; the rows of the file are there from the beginning.
 class FullStore {
@@ -80,8 +33,8 @@ class FullStore {
   explicit FullStore(const char* path) {
     memcpy(ordinaryFile_, shm->config.configFileName, sizeof ordinaryFile_);
     setField(shm->config.configFileName, path);
-    fillRoutes();
-    fillRules();
+    bench::fillRoutes();
+    bench::fillRules();
     if (save_shared_memory() != 0) exit(2);
   }
   ~FullStore() {

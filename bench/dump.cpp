@@ -1,6 +1,5 @@
 // The whole dump of full tables and a full event log, beside the same bytes put together by hand and written in large
 // pieces, with a lock pair for each event.
-#include <arpa/inet.h>
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <stdio.h>
@@ -14,6 +13,7 @@
 #include <string>
 
 #include "bench/floors.h"
+#include "bench/full_tables.h"
 #include "bench/turns.h"
 #include "kestrove/kestrove.h"
 #include "sys/format.h"
@@ -24,50 +24,6 @@ namespace sys = kestrove::sys;
 
 constexpr char kWorkFile[] = "/tmp/dump";
 constexpr char kFloorFile[] = "/tmp/floor";
-constexpr int32_t kFirstEvent = 1300094102;
-
-void fillRoutes() {
-  for (uint32_t i = 0; i < SHM_ROUTES; ++i) {
-    uint32_t next = i + 1 < SHM_ROUTES ? i + 1 : SHM_NO_SLOT;
-    shm->routes.slot[i] = {
-        htonl(0x0A000000 + i * 256), inet_addr("255.255.255.0"), inet_addr("192.168.1.1"), 3, 1, next};
-    shm->routes6.slot[i] = {{0x20, 0x01, 0x0d, 0xb8, static_cast<uint8_t>(i >> 8), static_cast<uint8_t>(i)},
-                            {0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1},
-                            64,
-                            3,
-                            "br0",
-                            1,
-                            next};
-  }
-  shm->routes.head = shm->routes6.head6 = 0;
-}
-
-void fillRules() {
-  for (uint32_t i = 0; i < SHM_RULES; ++i) {
-    FilterRule& rule = shm->filterTable.rule[i];
-    rule = {};
-    rule.ipVersion = 4;
-    rule.srcAddr = htonl(0x0A000000 + i);
-    rule.srcMask = rule.dstMask = UINT32_MAX;
-    rule.dstAddr = inet_addr("192.168.100.200");
-    rule.proto = 6;
-    rule.srcPort = 1024;
-    rule.srcPortEnd = 65535;
-    rule.destPort = rule.destPortEnd = static_cast<int32_t>(i);
-    rule.target = 1;
-    rule.priority = 8;
-    rule.bandwidth = 10000000;
-    rule.accel = 1;
-    rule.ruleAction = 3;
-  }
-  shm->filterTable.ruleCount = SHM_RULES;
-}
-
-void fillEvents() {
-  for (int32_t i = 0; i < SHM_EVENTS; ++i) shm->eventLog.record[i] = {kFirstEvent + i * 7, 24, 3, "admin"};
-  shm->eventLog.eventLogFull = 1;
-  shm->eventLog.readIndex = shm->eventLog.writeIndex = 0;
-}
 
 std::string fileText(const char* path) {
   std::ifstream file(path, std::ios::binary);
@@ -190,9 +146,9 @@ void dumpTo(FILE* stream) {
 }
 
 void dumping(benchmark::State& state) {
-  fillRoutes();
-  fillRules();
-  fillEvents();
+  bench::fillRoutes();
+  bench::fillRules();
+  bench::fillEvents();
   FILE* stream = fopen(kWorkFile, "w");
   dumpTo(stream);
   Floor floor(fileText(kWorkFile));

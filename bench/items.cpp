@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "bench/floors.h"
+#include "bench/full_tables.h"
 #include "bench/turns.h"
 #include "kestrove/kestrove.h"
 
@@ -33,14 +34,6 @@ void setItemInConfigurationMode(benchmark::State& state) {
   shm->operationalState = SHM_STATE_OPERATIONAL;
 }
 BENCH_ROW(setItemInConfigurationMode);
-
-void fillRules() {
-  shm->filterTable.ruleCount = SHM_RULES;
-  for (FilterRule& rule : shm->filterTable.rule) {
-    rule.ruleAction = 3;
-    rule.target = 1;
-  }
-}
 
 char* appendText(char* end, const char* text, size_t length) {
   memcpy(end, text, length);
@@ -70,7 +63,7 @@ void copyByHand(EngineConfiguration& block) {
 }
 
 void snapshot(benchmark::State& state) {
-  fillRules();
+  bench::fillRules();
   auto block = std::make_unique<EngineConfiguration>();
   bench::SilentOutput silence;
   auto work = [&block] { setConfiguration(block.get()); };
@@ -90,7 +83,7 @@ void getItemAmong(benchmark::State& state) {
 BENCH_ROW(getItemAmong)->Arg(64);
 
 void setWithSave(benchmark::State& state) {
-  fillRules();
+  bench::fillRules();
   uint32_t flag = 0;
   auto set = [&flag] { setKestroveConfigItem(55, flag ^= 1, 0, "--"); };
   bench::inTurns(state, byProcessor(set), byProcessor(save_shared_memory));
@@ -99,7 +92,7 @@ BENCH_ROW(setWithSave);
 
 // Item 11 logs an event and saves, and the engine hears nothing of it.
 void setWithEvent(benchmark::State& state) {
-  fillRules();
+  bench::fillRules();
   uint32_t value = SHM_ON;
   auto set = [&value] { setKestroveConfigItem(11, value ^= SHM_ON ^ SHM_OFF, 0, "--"); };
   auto floor = [] {

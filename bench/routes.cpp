@@ -14,6 +14,7 @@
 #include <random>
 
 #include "bench/floors.h"
+#include "bench/full_tables.h"
 #include "bench/turns.h"
 #include "kestrove/kestrove.h"
 
@@ -23,23 +24,8 @@ using bench::byProcessor;
 using bench::lockPair;
 
 constexpr uint32_t kRoutes = SHM_ROUTES;
-constexpr uint32_t kActive = 3;
 enum { kInFileOrder, kRandom };
 constexpr int kAdditions = 256;
-
-// The n-th in file order, which is list order.
-RouteEntry route4(uint32_t n) {
-  uint32_t place = kRoutes - n;
-  uint32_t destination = 10 | (place & 0xFF) << 8 | (place >> 8) << 16;       // the third byte counts most
-  return {destination, htonl(0xffffff00), htonl(0xc0a805fe), kActive, 0, 0};  // 192.168.5.254
-}
-
-Route6Entry route6(uint32_t n) {
-  Route6Entry route = {{0x20, 0x01, 0x0d, 0xb9}, {}, 64, kActive, "", 0, 0};
-  uint32_t place = htonl(kRoutes - n);
-  memcpy(route.destination + 4, &place, sizeof place);
-  return route;
-}
 
 // All of them, made once: making them is not what is measured.
 template <typename Record>
@@ -55,7 +41,7 @@ struct Table4 {
     shm->routes.head = 0;
   }
   static bool add(uint32_t n) {
-    static const auto routes = all(route4);
+    static const auto routes = all(bench::routeAt);
     return addUserRoute(&routes[n]) == 0;
   }
   static uint32_t walk() {
@@ -79,7 +65,7 @@ struct Table6 {
     shm->routes6.head6 = 0;
   }
   static bool add(uint32_t n) {
-    static auto routes = all(route6);
+    static auto routes = all(bench::route6At);
     return addUserRoute6(&routes[n]) == 0;
   }
   static uint32_t walk() {
@@ -202,13 +188,13 @@ class Connected {
 
 void requireActive(benchmark::State& state, uint32_t count) {
   for (uint32_t n = 0; n < count; ++n) {
-    if (shm->routes.slot[n].status != kActive) state.SkipWithError("a route is not in the kernel");
+    if (shm->routes.slot[n].status != SHM_ROUTE_ACTIVE) state.SkipWithError("a route is not in the kernel");
   }
 }
 
 // A net beside those of the table, for the floor's requests.
 RouteEntry otherRoute(uint32_t n) {
-  RouteEntry route = route4(n);
+  RouteEntry route = bench::routeAt(n);
   route.destination ^= 1;
   return route;
 }

@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include "bench/floors.h"
+#include "bench/full_tables.h"
 #include "bench/turns.h"
 #include "kestrove/kestrove.h"
 
@@ -17,8 +18,7 @@ FilterRule* rules() { return shm->filterTable.rule; }
 
 void fill() {
   shm->operationalState = SHM_STATE_CONFIGURATION;
-  for (int i = 0; i < kRules; ++i) rules()[i] = {4, 0, 0, 0, 0, {}, 0, {}, 0, 6, i, i, 0, 0, 1, 0, 8, 50000, 1, 3};
-  shm->filterTable.ruleCount = kRules;
+  bench::fillRules(kRules);
 }
 
 void leave() { shm->operationalState = SHM_STATE_OPERATIONAL; }

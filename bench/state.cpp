@@ -1,5 +1,4 @@
 // The saved script at full tables beside the same bytes formatted straight away, and a restore beside a shell script.
-#include <arpa/inet.h>
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <stdio.h>
@@ -12,8 +11,10 @@
 #include <string>
 
 #include "bench/floors.h"
+#include "bench/full_tables.h"
 #include "bench/turns.h"
 #include "kestrove/kestrove.h"
+#include "lifecycle/fresh.h"
 #include "sys/format.h"
 
 namespace {
@@ -23,35 +24,23 @@ using namespace kestrove::sys;
 constexpr char kScript[] = "/usr/local/apache2/htdocs/state-now.txt";
 constexpr char kFloorScript[] = "/usr/local/apache2/htdocs/floor.txt";
 
-FilterRule rule(int i) {
-  auto host = htonl(static_cast<uint32_t>(i) << 8);
-  FilterRule made = {
-      4, host, inet_addr("255.255.255.0"), 0, 0, {}, 0, {}, 0, 6, 1024 + i, 2048 + i, 80, 80, 1, 0, 8, 50000, 2, 3};
-  if (i % 2 == 0) return made;
-  made.ipVersion = 6;
-  memcpy(made.srcAddr6, "\x20\x01\x0d\xb8\0\x1\0\x2", 8);
-  memcpy(made.srcAddr6 + 12, &host, sizeof host);
-  made.srcPrefixLen6 = made.dstPrefixLen6 = 64;
-  return made;
+// Every other rule is of IPv6.
+void changeFamily(FilterRule& rule) {
+  rule.ipVersion = SHM_FAMILY_IPV6;
+  memcpy(rule.srcAddr6, "\x20\x01\x0d\xb8\0\x1\0\x2", 8);
+  memcpy(rule.srcAddr6 + 12, &rule.srcAddr, sizeof rule.srcAddr);
+  rule.srcPrefixLen6 = rule.dstPrefixLen6 = 64;
 }
 
 void fillTables() {
-  for (int i = 0; i < SHM_RULES; ++i) shm->filterTable.rule[i] = rule(i);
-  shm->filterTable.ruleCount = SHM_RULES;
-  for (uint32_t i = 0; i < SHM_ROUTES; ++i) {
-    uint32_t next = i + 1 < SHM_ROUTES ? i + 1 : SHM_NO_SLOT;
-    shm->routes.slot[i] = {htonl(i << 8), inet_addr("255.255.255.0"), inet_addr("192.168.5.254"), 3, 1, next};
-    Route6Entry& route = shm->routes6.slot[i];
-    route = {{0x20, 0x01, 0x0d, 0xb9}, {0xfe, 0x80}, 64, 2, "", 1, next};
-    memcpy(route.destination + 4, &i, sizeof i);
-  }
-  shm->routes.head = shm->routes6.head6 = 0;
+  bench::fillRoutes();
+  bench::fillRules();
+  for (int i = 1; i < SHM_RULES; i += 2) changeFamily(shm->filterTable.rule[i]);
 }
 
 void emptyTables() {
-  shm->filterTable.ruleCount = 1;
-  for (RouteEntry& slot : shm->routes.slot) slot.inUse = SHM_NO_SLOT;
-  for (Route6Entry& slot : shm->routes6.slot) slot.inUse = SHM_NO_SLOT;
+  kestrove::layOutRouteTables();
+  kestrove::resetRuleTable();
 }
 
 // The settings that the floor writes, whatever the measurements before this one left.
@@ -96,13 +85,15 @@ class Floor {
     at_ = putIp6(putText(at_, "route6 add "), route.destination);
     at_ = putNumber(putText(at_, " "), static_cast<int32_t>(route.prefixLength));
     at_ = putIp6(putText(at_, " "), route.gateway);
-    end(" -n\n");
+    end(" \n");
   }
   void rule(int number, const FilterRule& rule) {
     at_ = putNumber(putText(at_, "rule add "), number);
     if (rule.ipVersion == 4) {
       at_ = putQuad(putText(at_, " -ipVersion 4 -sa "), rule.srcAddr);
       at_ = putQuad(putText(at_, "/"), rule.srcMask);
+      at_ = putQuad(putText(at_, " -da "), rule.dstAddr);
+      at_ = putQuad(putText(at_, "/"), rule.dstMask);
     } else {
       at_ = putIp6(putText(at_, " -ipVersion 6 -sa6 "), rule.srcAddr6);
       at_ = putNumber(putText(at_, "/"), static_cast<int32_t>(rule.srcPrefixLen6));
@@ -112,9 +103,10 @@ class Floor {
     at_ = putNumber(putText(at_, " -proto TCP -srcPort "), rule.srcPort);
     at_ = putNumber(putText(at_, " -srcPortEnd "), rule.srcPortEnd);
     at_ = putNumber(putText(at_, " -destPort "), rule.destPort);
+    at_ = putNumber(putText(at_, " -destPortEnd "), rule.destPortEnd);
     at_ = putNumber(putText(at_, " -p "), rule.priority);
     at_ = putNumber(putText(at_, " -bw "), rule.bandwidth / 1000);
-    end("  -noAccel \n");
+    end(" \n");
   }
 
  private:
