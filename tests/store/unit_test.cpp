@@ -117,14 +117,6 @@ TEST_F(Unit, NameThatFillsItsFieldIsBounded) {
   EXPECT_EQ(HardwareAddress{}, out);
 }
 
-TEST(DefaultGateway, IsThatOfTheKernelsTable) {
-  char text[128] = "kept";
-  EXPECT_EQ(0, GetDefaultGW(text));
-  ASSERT_EQ(0, system("ip addr add 10.9.8.7/24 dev lo && ip route add default via 10.9.8.1 dev lo"));
-  EXPECT_EQ(1, GetDefaultGW(text));
-  EXPECT_STREQ("0108090A", text);
-}
-
 TEST_F(Unit, GatewayIdIsTheVendorAndTheEndOfTheAddress) {
   struct Row {
     const char* address;

@@ -1,33 +1,19 @@
-// System control, counters, versions, log-ins and tasks; every program is recorded.
+// System control; every program is recorded.
 #include <string.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <vector>
-
 #include "tests/support/deny.h"
-#include "tests/support/files.h"
 #include "tests/support/peer.h"
 #include "tests/support/recorder.h"
-#include "tests/support/store.h"
-#include "tests/support/syslog.h"
+#include "tests/system/system_fixture.h"
 
 namespace kestrove::testing {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr char kWebPid[] = "/usr/local/apache2/logs/httpd.pid";
 const uint32_t kAddress = 0x0101A8C0;  // 192.168.1.1
-
-class ProcessTest : public StoreTest {
- protected:
-  void SetUp() override {
-    StoreTest::SetUp();
-    clearSyslog();
-  }
-};
 
 void addApplied(uint32_t address) {
   ManagementAddress& entry = shm->managementAddress[shm->managementAddressCount++];
@@ -238,45 +224,6 @@ TEST_F(ProcessTest, AFailedSaveDoesNotKeepTheEngineFromRestarting) {
   EXPECT_EQ((Lines{"/usr/bin/killall kestrove"}), programs());
 }
 
-TEST_F(ProcessTest, TheFifthEngineStartFails) {
-  shm->config.kestroveRestartCount = 9;
-  EXPECT_EQ(0, resetKestroveRestartCounter());
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(0, incrKestroveRestartCounter());
-  for (uint32_t count : {5u, 6u, 7u}) {
-    EXPECT_FAILS_WITH(SHM_ESTARTS, incrKestroveRestartCounter());
-    EXPECT_EQ(count, shm->config.kestroveRestartCount);
-  }
-  EXPECT_EQ(0, resetKestroveRestartCounter());
-  EXPECT_EQ(0, incrKestroveRestartCounter());
-  EXPECT_FALSE(fileExists(kConfigFile));
-}
-
-TEST_F(ProcessTest, TheFifthRebootFailsAndIsNotSaved) {
-  EXPECT_EQ(0, resetKestroveRebootCounter());
-  EXPECT_TRUE(fileExists(kConfigFile));
-  for (uint32_t count = 1; count <= 4; ++count) {
-    unlink(kConfigFile);
-    EXPECT_EQ(0, incrKestroveRebootCounter());
-    EXPECT_EQ(count, shm->config.kestroveRebootCount);
-    EXPECT_TRUE(fileExists(kConfigFile));
-    EXPECT_EQ(0, checkKestroveRebootCounter());
-  }
-  unlink(kConfigFile);
-  EXPECT_FAILS_WITH(SHM_EREBOOTS, incrKestroveRebootCounter());
-  EXPECT_EQ(5u, shm->config.kestroveRebootCount);
-  EXPECT_FAILS_WITH(SHM_EREBOOTS, checkKestroveRebootCounter());
-  EXPECT_FALSE(fileExists(kConfigFile));
-}
-
-TEST_F(ProcessTest, AFailedSaveFailsTheRebootCounter) {
-  ASSERT_EQ(0, mkdir(kConfigFile, 0755));
-  EXPECT_FAILS_WITH(SHM_ESYSTEM, incrKestroveRebootCounter());
-  EXPECT_EQ(1u, shm->config.kestroveRebootCount);
-  EXPECT_FAILS_WITH(SHM_ESYSTEM, resetKestroveRebootCounter());
-  EXPECT_EQ(0u, shm->config.kestroveRebootCount);
-  EXPECT_EQ(0, shm_lock_count);
-}
-
 TEST_F(ProcessTest, AnUnreadableItemCountsAsOff) {
   shm->config.snmpOperState = 1;
   shm->config.httpOperState = 2;
@@ -285,122 +232,6 @@ TEST_F(ProcessTest, AnUnreadableItemCountsAsOff) {
   EXPECT_EQ(2, isProcessActive(13));
   EXPECT_EQ(0, isProcessActive(17));
   for (int id : {-1, 0, 21, 59, INT32_MAX}) EXPECT_EQ(2, isProcessActive(id));
-}
-
-struct TextRow {
-  int (*get)(char*, int);
-  char* field;
-  size_t width;
-};
-
-TEST_F(ProcessTest, VersionTextsAreCopiedLikeFields) {
-  ConfigRecord& config = shm->config;
-  TextRow rows[] = {{getFullVersionNumber, config.kestroveFullVersion, 64},
-                    {getFullDrelmVersionNumber, config.drelmFullVersion, 64},
-                    {getKestroveVersion, config.kestroveVersion, 64},
-                    {getDrelmVersion, config.drelmVersion, 64},
-                    {getUnitId, config.unitId, 256}};
-  for (TextRow& row : rows) {
-    std::string text = "4.1.0." + std::to_string(&row - rows);
-    strcpy(row.field, text.c_str());
-    char buffer[400];
-    memset(buffer, '#', sizeof buffer);
-    EXPECT_EQ(0, row.get(buffer, 16));
-    EXPECT_EQ(text + std::string(9, '\0') + "#", std::string(buffer, 17));
-    memset(buffer, '#', sizeof buffer);
-    EXPECT_EQ(0, row.get(buffer, 3));
-    EXPECT_EQ("4.1#", std::string(buffer, 4));
-    EXPECT_EQ(0, row.get(buffer, 0));
-    memset(row.field, 'f', row.width);  // the field without its terminator
-    EXPECT_EQ(0, row.get(buffer, 400));
-    EXPECT_EQ(std::string(row.width, 'f') + std::string(400 - row.width, '\0'), std::string(buffer, 400));
-    EXPECT_FAILS_WITH(SHM_EINVAL, row.get(nullptr, 10));
-    EXPECT_FAILS_WITH(SHM_EINVAL, row.get(buffer, -1));
-    memset(row.field, 0, row.width);
-  }
-}
-
-void addAccounts() {
-  ConfigRecord& config = shm->config;
-  config.userCount = 3;
-  strcpy(config.users[0].username, "root");
-  strcpy(config.users[1].username, "admin");
-  strcpy(config.users[2].username, "adele");
-  for (int i = 0; i < 5; ++i) config.users[i].lastLoginSeconds = 1000 + i;
-}
-
-TEST_F(ProcessTest, ReadingALogInWantsTheWholeName) {
-  addAccounts();
-  EXPECT_EQ(1001, getLastLoginTimeStamp("admin"));
-  EXPECT_EQ(1002, getLastLoginTimeStamp("adele"));
-  for (const char* name : {"ad", "admin1", "", "Admin"}) EXPECT_FAILS_WITH(SHM_ENOUSER, getLastLoginTimeStamp(name));
-  EXPECT_FAILS_WITH(SHM_EINVAL, getLastLoginTimeStamp(nullptr));
-}
-
-TEST_F(ProcessTest, StampingALogInTakesTheFirstNameThatBeginsSo) {
-  addAccounts();
-  timeval before, after;
-  gettimeofday(&before, nullptr);
-  EXPECT_EQ(0, setLastLoginTimeStamp("ad"));
-  gettimeofday(&after, nullptr);
-  const UserAccount& admin = shm->config.users[1];
-  EXPECT_GE(admin.lastLoginSeconds, before.tv_sec);
-  EXPECT_LE(admin.lastLoginSeconds, after.tv_sec);
-  EXPECT_GE(admin.lastLoginMicroseconds, 0);
-  EXPECT_LT(admin.lastLoginMicroseconds, 1000000);
-  EXPECT_EQ(1000, shm->config.users[0].lastLoginSeconds);
-  EXPECT_EQ(1002, shm->config.users[2].lastLoginSeconds);
-  EXPECT_TRUE(fileExists(kConfigFile));
-  unlink(kConfigFile);
-  EXPECT_FAILS_WITH(SHM_ENOUSER, setLastLoginTimeStamp("admins"));
-  EXPECT_FAILS_WITH(SHM_ENOUSER, setLastLoginTimeStamp("x"));
-  EXPECT_FAILS_WITH(SHM_EINVAL, setLastLoginTimeStamp(nullptr));
-  EXPECT_FALSE(fileExists(kConfigFile));
-  EXPECT_EQ(0, setLastLoginTimeStamp(""));  // begins every name
-  EXPECT_NE(1000, shm->config.users[0].lastLoginSeconds);
-}
-
-TEST_F(ProcessTest, AFailedSaveDoesNotFailTheStamp) {
-  addAccounts();
-  ASSERT_EQ(0, mkdir(kConfigFile, 0755));
-  shm_errno = 0;
-  EXPECT_EQ(0, setLastLoginTimeStamp("admin"));
-  EXPECT_EQ(uint32_t(SHM_ESYSTEM), shm_errno);
-  EXPECT_NE(1001, shm->config.users[1].lastLoginSeconds);
-}
-
-TEST_F(ProcessTest, DamagedAccountsEndTheWalk) {
-  for (UserAccount& account : shm->config.users) memset(account.username, 'u', sizeof account.username);
-  std::string full(32, 'u'), longer(33, 'u');
-  for (int32_t count : {5, 6, INT32_MAX}) {
-    shm->config.userCount = count;
-    EXPECT_FAILS_WITH(SHM_ENOUSER, getLastLoginTimeStamp("nobody"));
-    EXPECT_FAILS_WITH(SHM_ENOUSER, getLastLoginTimeStamp(longer.c_str()));
-    EXPECT_FAILS_WITH(SHM_ENOUSER, setLastLoginTimeStamp(longer.c_str()));
-    EXPECT_EQ(0, getLastLoginTimeStamp(full.c_str()));
-  }
-  for (int32_t count : {0, -1, INT32_MIN}) {
-    shm->config.userCount = count;
-    EXPECT_FAILS_WITH(SHM_ENOUSER, getLastLoginTimeStamp(full.c_str()));
-  }
-}
-
-TEST_F(ProcessTest, TaskSlotsOneToSixAreReachable) {
-  for (int task = 1; task <= 6; ++task) {
-    EXPECT_EQ(0, shm_setTaskPid(task, 100 + task));
-    EXPECT_EQ(100 + task, shm->taskPids[task]);
-    EXPECT_EQ(100 + task, shm_getTaskPid(task));
-  }
-  shm->taskPids[0] = 55;
-  uint32_t next = shm->sessionEngine.resetWord[0];
-  for (int task : {INT32_MIN, -1, 0, 7, 60, INT32_MAX}) {
-    EXPECT_FAILS_WITH(99, shm_setTaskPid(task, 1));  // no code is set
-    EXPECT_FAILS_WITH(99, shm_getTaskPid(task));
-  }
-  EXPECT_EQ(55, shm->taskPids[0]);
-  EXPECT_EQ(next, shm->sessionEngine.resetWord[0]);
-  EXPECT_EQ(shm->taskPids, shm_getMonitoredTaskPointer());
-  EXPECT_EQ(0, shm_lock_count);
 }
 
 TEST_F(ProcessTest, SystemControlNeedsTheStore) {
