@@ -25,6 +25,13 @@ TEST(CtlUsage, NamesTheWholeCommand) {
   EXPECT_EQ("kestrovectl: POSITION is required\nUsage: kestrovectl rule add [OPTIONS] POSITION\n", ran.err);
 }
 
+TEST(CtlUsage, HelpSaysWhatEachValueTakes) {
+  const std::string help = ctl("rule add --help").out;
+  EXPECT_THAT(help, AllOf(HasSubstr("POSITION NUMBER REQUIRED "), HasSubstr("--kbps 0..2147483 kbit/s "),
+                          HasSubstr("--target accelerate|bridge|drop\n"), HasSubstr("--from ADDRESS[/LENGTH] ")));
+  EXPECT_THAT(ctl("dhcp --help").out, HasSubstr("--timeout 1..3600 seconds=30\n"));
+}
+
 TEST(CtlUsage, HelpListsEveryExitCode) {
   const std::string help = ctl("--help").out;
   for (const char* code : {"0  done", "1  refused", "2  wrong usage", "3  there is no store", "4  check or kernel show",
@@ -144,6 +151,30 @@ TEST_F(CtlWordsTest, RulesThatMakeNoSenseAreUsageErrors) {
   }
   EXPECT_EQ(1, shm->filterTable.ruleCount);
   EXPECT_EQ(0, ctl("rule add 0 --match-all --target drop").status);
+}
+
+TEST_F(CtlWordsTest, PrefixesAreReadAlikeEverywhere) {
+  for (const char* command : {"rule add 0 --to 10.1.2.3/33", "route add 10.1.2.3/33 10.0.0.1",
+                              "route replace 10.0.0.0/8 10.1.2.3/33 10.0.0.1", "address add 10.1.2.3/33"}) {
+    Ran ran = ctl(command);
+    EXPECT_EQ(2, ran.status) << command;
+    EXPECT_EQ("kestrovectl: 33: Invalid Ip Address Subnet Mask\n", ran.err) << command;
+  }
+  for (const char* command :
+       {"rule add 0 --from fd00::/129", "route6 add fd00::/129 fd00::1", "address remove --br0 fd00::/129"}) {
+    EXPECT_EQ("kestrovectl: 129: no prefix length (0 to 128)\n", ctl(command).err) << command;
+  }
+  for (const char* command : {"rule add 0 --to 10.1.2.3/", "route add 10.1.2.3/ 10.0.0.1", "address add 10.1.2.3/"}) {
+    EXPECT_EQ("kestrovectl: 10.1.2.3/: no prefix length behind the slash\n", ctl(command).err) << command;
+  }
+  EXPECT_EQ(0, ctl("route add 10.1.0.0/255.255.0.0 192.168.10.3 --disabled").status);
+  EXPECT_EQ("255.255.0.0", ctl("--json route list").json()[0]["mask"]);
+}
+
+TEST_F(CtlWordsTest, AnEmptyWordIsNoPosition) {
+  ASSERT_EQ(0, ctl("rule add 0 --proto tcp").status);
+  EXPECT_EQ(2, ctl("rule delete ''").status);
+  EXPECT_EQ(2, shm->filterTable.ruleCount);
 }
 
 TEST_F(CtlWordsTest, ChangesOfRulesAreHeldAgainstTheRule) {

@@ -10,11 +10,13 @@
 namespace ctl {
 namespace {
 
-const std::map<std::string, int> kKinds = {{"lan", 0}, {"wan", 1}, {"management", 3}, {"bridge", 4}, {"router", 5}};
+constexpr int kBridge = 4;
 
-std::string address;
-std::string kind = "bridge";
-bool ofBridge = false;
+struct AddressLine {
+  Prefix address;
+  int kind = kBridge;
+  bool ofBridge = false;
+};
 
 Json allRows() {
   Json rows = Json::array();
@@ -33,33 +35,24 @@ Json allRows() {
   return rows;
 }
 
-uint32_t prefixOf(const std::string& length, uint32_t most) {
-  if (length.empty()) return most;
-  if (length.size() > 3 || length.find_first_not_of("0123456789") != std::string::npos || std::stoul(length) > most) {
-    throw Refusal(kUsage, length + ": no prefix length (0 to " + std::to_string(most) + ")");
-  }
-  return static_cast<uint32_t>(std::stoul(length));
+// Which addresses an appliance may have is the library's to say.
+void requireUsable(const Prefix& given) {
+  std::string host = given.host.text;
+  uint32_t address = 0;
+  accept(validateManagementAddress(host.data(), &address), given.host.text);
+  accept(validateNetmask(&given.mask), given.text.substr(given.text.find('/') + 1));
 }
 
-ManagementAddress given() {
-  size_t slash = address.find('/');
-  std::string host = address.substr(0, slash);
-  std::string length = slash == std::string::npos ? "" : address.substr(slash + 1);
+ManagementAddress entryOf(const AddressLine& line) {
   ManagementAddress entry = {};
-  entry.interfaceKind = kKinds.at(kind);
-  if (host.find(':') != std::string::npos) {
-    entry.ipVersion = 6;
-    parseAddress6(host, entry.address6);
-    entry.prefixLength6 = prefixOf(length, 128);
-    return entry;
-  }
-  char copy[64] = {};
-  entry.ipVersion = 4;
-  if (host.size() >= sizeof copy) throw Refusal(kUsage, host + ": no address");
-  memcpy(copy, host.data(), host.size());
-  accept(validateManagementAddress(copy, &entry.address), host);
-  entry.mask = parseMask(length.empty() ? "32" : length);
-  accept(validateNetmask(&entry.mask), length);
+  entry.interfaceKind = line.kind;
+  entry.ipVersion = line.address.version();
+  memcpy(entry.address6, line.address.host.address6, sizeof entry.address6);
+  entry.prefixLength6 = line.address.length6;
+  if (entry.ipVersion == 6) return entry;
+  requireUsable(line.address);
+  entry.address = line.address.host.address;
+  entry.mask = line.address.mask;
   return entry;
 }
 
@@ -71,11 +64,12 @@ Ip6Address bridgeEntry(const ManagementAddress& entry) {
   return own;
 }
 
-void add(const Session& session) {
+void add(const Session& session, const AddressLine& line) {
   requireStore(session);
-  ManagementAddress entry = given();
+  const std::string& address = line.address.text;
+  ManagementAddress entry = entryOf(line);
   Change change(session);
-  if (ofBridge) {
+  if (line.ofBridge) {
     Ip6Address own = bridgeEntry(entry);
     change.made(addIp6(&own), address);
   } else {
@@ -85,7 +79,7 @@ void add(const Session& session) {
 }
 
 // The library sets no code for an address that is not there.
-void requireOwn(const Ip6Address& wanted) {
+void requireOwn(const Ip6Address& wanted, const std::string& address) {
   Ip6Address entry;
   for (int i = 0; i < SHM_IP6_ADDRESSES && getIp6TableEntry(i, &entry) == 0; ++i) {
     if (memcmp(entry.address, wanted.address, sizeof entry.address) == 0) return;
@@ -93,19 +87,19 @@ void requireOwn(const Ip6Address& wanted) {
   throw Refusal(kRefused, address + ": " + shm_strerror(SHM_ENOENT), SHM_ENOENT);
 }
 
-void remove(const Session& session) {
+void remove(const Session& session, const AddressLine& line) {
   requireStore(session);
-  ManagementAddress entry = given();
+  const std::string& address = line.address.text;
+  const ManagementAddress entry = entryOf(line);
   Change change(session);
-  if (ofBridge) {
+  if (line.ofBridge) {
     const Ip6Address own = bridgeEntry(entry);
-    requireOwn(own);
+    requireOwn(own, address);
     change.made(removeIp6(own.address), address);
     return change.done(address + " removed");
   }
   ManagementAddress stored;
-  std::string host = address.substr(0, address.find('/'));
-  bool known = getManagementAddrCount() > 0 && findManagementAddr(host.c_str(), &stored) == 0;
+  bool known = getManagementAddrCount() > 0 && findManagementAddr(line.address.host.text.c_str(), &stored) == 0;
   if (!known) throw Refusal(kRefused, address + ": " + shm_strerror(SHM_ENOENT), SHM_ENOENT);
   change.made(removeManagementAddr(&stored), address);
   change.done(address + " removed");
@@ -113,20 +107,17 @@ void remove(const Session& session) {
 
 }  // namespace
 
-void addAddressCommands(CLI::App& app, Session& session) {
-  CLI::App* group = app.add_subcommand("address", "Management addresses, and the IPv6 addresses of br0");
-  group->require_subcommand(1);
-  group->add_subcommand("list", "All addresses")->callback([&session] { showRead(session, allRows); });
-  CLI::App* adding = group->add_subcommand("add", "Add an address");
-  CLI::App* removing = group->add_subcommand("remove", "Remove an address");
-  for (CLI::App* command : {adding, removing}) {
-    command->add_option("ADDRESS", address, "ADDRESS/LENGTH, IPv4 or IPv6")->required();
-    command->add_flag("--br0", ofBridge, "The table of the bridge's own IPv6 addresses");
-  }
-  adding->add_option("--interface", kind, "lan, wan, management, bridge or router")
-      ->check(CLI::IsMember({"lan", "wan", "management", "bridge", "router"}));
-  adding->callback([&session] { add(session); });
-  removing->callback([&session] { remove(session); });
+std::vector<Command> addressCommands() {
+  const Type prefix = takes::prefix(Family::kBoth);
+  const auto own = flag("--br0", &AddressLine::ofBridge, "The table of the bridge's own IPv6 addresses");
+  return {
+      group("address", "Management addresses, and the IPv6 addresses of br0"),
+      command("address list", "All addresses", showing<allRows>),
+      command("address add", "Add an address", add,
+              {needed("ADDRESS", &AddressLine::address, prefix, "IPv4 or IPv6"), own,
+               option("--interface", &AddressLine::kind, takes::word(kInterfaceKinds), "Where it is used")}),
+      command("address remove", "Remove an address", remove,
+              {needed("ADDRESS", &AddressLine::address, prefix.from(Completion::kAddresses), "IPv4 or IPv6"), own})};
 }
 
 }  // namespace ctl

@@ -14,25 +14,28 @@ int takeSetting(uint32_t* kind, const char* value) {
   return 0;
 }
 
-void dhcp(const Session& session, const std::string& interface, int timeoutSeconds) {
+struct LeaseLine {
+  std::string interface;
+  int timeoutSeconds = 30;
+};
+
+void dhcp(const Session& session, const LeaseLine& line) {
+  const std::string& interface = line.interface;
   uint32_t kind = 0;
   leased = Json{{"interface", interface}};
-  if (dhcp_start(interface.c_str(), timeoutSeconds, takeSetting, &kind) != 0) {
-    throw Refusal(kSystem, interface + ": no lease within " + std::to_string(timeoutSeconds) + " seconds");
+  if (dhcp_start(interface.c_str(), line.timeoutSeconds, takeSetting, &kind) != 0) {
+    throw Refusal(kSystem, interface + ": no lease within " + std::to_string(line.timeoutSeconds) + " seconds");
   }
   session.show(leased);
 }
 
 }  // namespace
 
-void addDhcpCommand(CLI::App& app, Session& session) {
-  static std::string interface;
-  static int timeoutSeconds = 30;
-  CLI::App* leasing = app.add_subcommand("dhcp", "Obtain an address for an interface");
-  leasing->add_option("INTERFACE", interface, "Name of the interface")->required();
-  leasing->add_option("--timeout", timeoutSeconds, "Seconds; a lease that comes only then is none")
-      ->check(CLI::Range(1, 3600));
-  leasing->callback([&session] { dhcp(session, interface, timeoutSeconds); });
+std::vector<Command> dhcpCommands() {
+  return {command("dhcp", "Obtain an address for an interface", dhcp,
+                  {needed("INTERFACE", &LeaseLine::interface, takes::interface(), "Name of the interface"),
+                   option("--timeout", &LeaseLine::timeoutSeconds, takes::number(1, 3600).in("seconds"),
+                          "A lease that comes only then is none")})};
 }
 
 }  // namespace ctl

@@ -1,4 +1,5 @@
 // dump: the store as the library's text, or as JSON.
+#include <array>
 #include <vector>
 
 #include "kestrove/kestrove.h"
@@ -29,11 +30,20 @@ constexpr struct {
                  {"rules", "Filter Table"},
                  {"events", "Event log"}};
 
-std::string section;
+struct DumpLine {
+  std::string section;
+};
+
+// The words that a shell may offer: those of the text, and the one that only JSON has.
+constexpr auto kSectionWords = [] {
+  std::array<NamedNumber, std::size(kSections) + 1> words = {{{"addresses", 0}}};
+  for (size_t i = 0; i < std::size(kSections); ++i) words[i + 1] = {kSections[i].name, static_cast<int>(i + 1)};
+  return words;
+}();
 
 std::vector<std::string_view> sectionNames() {
-  std::vector<std::string_view> names = {"addresses"};
-  for (const auto& one : kSections) names.push_back(one.name);
+  std::vector<std::string_view> names;
+  for (const NamedNumber& one : kSectionWords) names.push_back(one.name);
   return names;
 }
 
@@ -53,7 +63,8 @@ std::string cut(const std::string& dump, const std::string& name) {
   return dump.substr(start, end == std::string::npos ? end : end + 1 - start);
 }
 
-void dump(const Session& session) {
+void dump(const Session& session, const DumpLine& line) {
+  const std::string& section = line.section;
   requireStore(session);
   if (!session.json) {
     awaitLock(session);
@@ -67,12 +78,13 @@ void dump(const Session& session) {
 
 }  // namespace
 
-void addDumpCommands(CLI::App& app, Session& session) {
-  CLI::App* dumping = app.add_subcommand("dump", "The whole store as text");
-  dumping->add_option("SECTION", section,
-                      "files, users, config, stats, notifications, interfaces, qos, tasks, sessions, routes, routes6, "
-                      "rules or events; with --json also addresses");
-  dumping->callback([&session] { dump(session); });
+std::vector<Command> dumpCommands() {
+  Type section = takes::text().from(Completion::kWords);
+  section.words = kSectionWords;
+  return {command("dump", "The whole store as text", dump,
+                  {option("SECTION", &DumpLine::section, section,
+                          "files, users, config, stats, notifications, interfaces, qos, tasks, sessions, routes, "
+                          "routes6, rules or events; with --json also addresses")})};
 }
 
 }  // namespace ctl

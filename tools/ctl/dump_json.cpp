@@ -7,6 +7,7 @@
 #include "tools/ctl/event_rows.h"
 #include "tools/ctl/item_names.h"
 #include "tools/ctl/rows.h"
+#include "tools/ctl/vocabulary.h"
 
 namespace ctl {
 namespace {

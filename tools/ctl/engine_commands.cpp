@@ -41,18 +41,11 @@ Json tasks() {
 
 }  // namespace
 
-void addEngineCommands(CLI::App& app, Session& session) {
-  CLI::App* engine = app.add_subcommand("engine", "The optimisation engine");
-  engine->require_subcommand(1);
-  engine->add_subcommand("status", "Process, switch, counters, changes not fetched yet")->callback([&session] {
-    showRead(session, status);
-  });
-  engine->add_subcommand("restart", "Reset the counters, switch it on, end its process")->callback([&session] {
-    restart(session);
-  });
-  CLI::App* task = app.add_subcommand("task", "The monitored tasks");
-  task->require_subcommand(1);
-  task->add_subcommand("list", "All tasks with their processes")->callback([&session] { showRead(session, tasks); });
+std::vector<Command> engineCommands() {
+  return {group("engine", "The optimisation engine"),
+          command("engine status", "Process, switch, counters, changes not fetched yet", showing<status>),
+          command("engine restart", "Reset the counters, switch it on, end its process", restart),
+          group("task", "The monitored tasks"), command("task list", "All tasks with their processes", showing<tasks>)};
 }
 
 }  // namespace ctl

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
 
 #include "kestrove/kestrove.h"
 #include "tools/common/hold.h"
@@ -72,8 +73,13 @@ class Follower {
   uint32_t seen_ = 0;
 };
 
-// Prints the events that come from now on, up to the given number of seconds (0: until stopped).
-void follow(const Session& session, int seconds) {
+struct FollowLine {
+  std::optional<int> seconds;
+};
+
+// Prints the events that come from now on, up to the given number of seconds (0, or none: until stopped).
+void follow(const Session& session, const FollowLine& line) {
+  const int seconds = line.seconds.value_or(0);
   requireStore(session);
   Follower follower(session);
   for (int waited = 0; seconds == 0 || waited < seconds * kLooksASecond; ++waited) {
@@ -95,19 +101,12 @@ void clear(const Session& session) {
 
 }  // namespace
 
-void addEventCommands(CLI::App& app, Session& session) {
-  CLI::App* events = app.add_subcommand("events", "The event log");
-  events->require_subcommand(0, 1);
-  events->add_subcommand("list", "All events, oldest first");
-  static int seconds = 0;
-  CLI::App* following = events->add_subcommand("follow", "New events as they come");
-  following->add_option("--seconds", seconds, "Stop after this time")->check(CLI::NonNegativeNumber);
-  following->callback([&session] { follow(session, seconds); });
-  CLI::App* clearing = events->add_subcommand("clear", "Empty the log");
-  clearing->callback([&session] { clear(session); });
-  events->callback([&session, events, following, clearing] {
-    if (!following->parsed() && !clearing->parsed()) list(session);
-  });
+std::vector<Command> eventCommands() {
+  return {command("events", "The event log", list), command("events list", "All events, oldest first", list),
+          command("events follow", "New events as they come", follow,
+                  {option("--seconds", &FollowLine::seconds, takes::number(0, INT_MAX).in("seconds"),
+                          "Stop after this time")}),
+          command("events clear", "Empty the log", clear)};
 }
 
 }  // namespace ctl

@@ -17,8 +17,14 @@
 namespace ctl {
 namespace {
 
-std::vector<std::string> command;
-std::string imagePath;
+struct ExplainLine {
+  std::vector<std::string> words;
+};
+
+struct InsideLine {
+  std::string image;
+  std::vector<std::string> words;
+};
 
 // A file that is gone when the command ends.
 class Scratch {
@@ -89,15 +95,15 @@ void showFiles(std::vector<std::string>& line, std::vector<std::string>& words) 
   }
 }
 
-void explain(const Session& session) {
-  if (command.empty()) throw Refusal(kUsage, "a command to explain is needed");
-  if (command.front() == "explain") throw Refusal(kUsage, "explain does not explain itself");
+void explain(const Session& session, const ExplainLine& given) {
+  if (given.words.empty()) throw Refusal(kUsage, "a command to explain is needed");
+  if (given.words.front() == "explain") throw Refusal(kUsage, "explain does not explain itself");
   requireStore(session);
   Scratch image;
   writeImage(image.path());
   std::vector<std::string> line = {needed("kestrove-sandbox", "../sandbox"), "--real", "--ports", "--bind",
                                    image.path()};
-  std::vector<std::string> words = command;
+  std::vector<std::string> words = given.words;
   showFiles(line, words);
   line.insert(line.end(), {"--", tools::ownFolder() + "/kestrovectl", "explain-inside", image.path(), "--", "--source",
                            std::to_string(session.source), "--user", session.user});
@@ -114,23 +120,20 @@ void explain(const Session& session) {
   throw Refusal(static_cast<Exit>(status), session.json ? "" : said);
 }
 
+void inside(const Session& session, const InsideLine& line) { explainInside(session, line.image, line.words); }
+
 }  // namespace
 
-void addExplainCommand(CLI::App& app, Session& session) {
-  CLI::App* explaining = app.add_subcommand(
-      "explain", "What a change causes: commands, ioctls, netlink messages, files, signal, events, bits");
-  explaining->footer(
+std::vector<Command> explainCommands() {
+  Command explaining = command(
+      "explain", "What a change causes: commands, ioctls, netlink messages, files, signal, events, bits", explain,
+      {several("COMMAND", &ExplainLine::words, takes::commandLine(), "A kestrovectl command with its arguments")},
       "explain COMMAND [ARGUMENT...]: a kestrovectl command with its arguments. The exit status is the command's.");
-  explaining->prefix_command()->fallthrough(false);
-  explaining->callback([&session, explaining] {
-    command = explaining->remaining();
-    explain(session);
-  });
-
-  CLI::App* inside = app.add_subcommand("explain-inside", "")->group("");
-  inside->add_option("IMAGE", imagePath)->required();
-  inside->add_option("COMMAND", command)->required();
-  inside->callback([&session] { explainInside(session, imagePath, command); });
+  Command hidden = command("explain-inside", "", inside,
+                           {needed("IMAGE", &InsideLine::image, takes::file(), ""),
+                            several("COMMAND", &InsideLine::words, takes::text(), "")});
+  explaining.values.back().needed = hidden.values.back().needed = hidden.hidden = true;
+  return {explaining, hidden};
 }
 
 }  // namespace ctl

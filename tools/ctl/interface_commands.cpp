@@ -9,14 +9,20 @@
 namespace ctl {
 namespace {
 
-const std::map<std::string, int> kPorts = {{"lan", 5}, {"wan", 1}, {"management", 3}};
+struct LinkLine {
+  uint32_t port = 0;
+};
 
-std::string portName;
-uint32_t lanVlan = 0;
-uint32_t wanVlan = 0;
-std::string pbrSwitch = "on";
+struct SingleLine {
+  uint32_t lanVlan = 0;
+  uint32_t wanVlan = 0;
+};
 
-std::string nameOf(int number, bool physical) {
+struct RoutingLine {
+  uint32_t position = SHM_ON;
+};
+
+std::string deviceOf(int number, bool physical) {
   char buffer[16] = {};
   int result = physical ? getPhysicalInterfaceName(number, buffer, sizeof buffer)
                         : getInterfaceName(number, buffer, sizeof buffer);
@@ -31,8 +37,8 @@ std::string hardwareOf(int number) {
 
 Json row(const char* role, int number, int hardwareNumber, uint32_t address, uint32_t mask) {
   return {{"interface", role},
-          {"inUse", nameOf(number, false)},
-          {"physical", nameOf(number, true)},
+          {"inUse", deviceOf(number, false)},
+          {"physical", deviceOf(number, true)},
           {"hardware", hardwareOf(hardwareNumber)},
           {"address", addressText(address)},
           {"mask", addressText(mask)}};
@@ -44,15 +50,16 @@ Json rows() {
       {row("LAN", 0, 0, config.lanIpAddress, config.lanIpAddressMask),
        row("WAN", 1, 1, config.wanIpAddress, config.wanIpAddressMask),
        row("management", 3, 3, config.managementAddress, config.managementAddressMask),
-       {{"interface", "bridge/router port"}, {"inUse", nameOf(5, false)}, {"physical", nameOf(5, true)}}});
+       {{"interface", "bridge/router port"}, {"inUse", deviceOf(5, false)}, {"physical", deviceOf(5, true)}}});
 }
 
-void link(const Session& session) {
+void link(const Session& session, const LinkLine& line) {
+  const std::string portName = nameOf(kPorts, line.port);
   requireStore(session);
   char first[256] = {};
   char second[256] = {};
   char third[256] = {};
-  if (getLinkStatus(kPorts.at(portName), first, second, third) != 0) {
+  if (getLinkStatus(static_cast<int>(line.port), first, second, third) != 0) {
     throw Refusal(kSystem, portName + ": the link tool gave no status");
   }
   session.show({{"interface", portName}, {"first", first}, {"second", second}, {"third", third}});
@@ -74,10 +81,10 @@ Json modeFacts() {
           {"wanVlan", wan}};
 }
 
-void single(const Session& session) {
+void single(const Session& session, const SingleLine& line) {
   requireStore(session);
   Change change(session);
-  change.made(setSingleInterfaceMode(SHM_ON, lanVlan, wanVlan), "single-interface mode");
+  change.made(setSingleInterfaceMode(SHM_ON, line.lanVlan, line.wanVlan), "single-interface mode");
   change.show(modeFacts());
 }
 
@@ -89,39 +96,29 @@ void twoInterfaces(const Session& session) {
   change.show(modeFacts());
 }
 
-void policyRouting(const Session& session) {
+void policyRouting(const Session& session, const RoutingLine& line) {
   requireStore(session);
-  uint32_t value = pbrSwitch == "on" ? SHM_ON : SHM_OFF;
   Change change(session);
-  change.made(setKestroveConfigItem(20, value, session.source, session.userName()), "policy routing");
+  change.made(setKestroveConfigItem(20, line.position, session.source, session.userName()), "policy routing");
   change.show(modeFacts());
 }
 
 }  // namespace
 
-void addInterfaceCommands(CLI::App& app, Session& session) {
-  CLI::App* interface = app.add_subcommand("interface", "The ports");
-  interface->require_subcommand(1);
-  interface->add_subcommand("list", "Names, hardware addresses, addresses")->callback([&session] {
-    showRead(session, rows);
-  });
-  CLI::App* linking = interface->add_subcommand("link", "Link status of a port");
-  linking->add_option("PORT", portName, "lan, wan or management")
-      ->required()
-      ->check(CLI::IsMember({"lan", "wan", "management"}));
-  linking->callback([&session] { link(session); });
-
-  CLI::App* mode = app.add_subcommand("mode", "The operating mode");
-  mode->require_subcommand(1);
-  mode->add_subcommand("show", "The present mode")->callback([&session] { showRead(session, modeFacts); });
-  CLI::App* one = mode->add_subcommand("single", "One interface that carries LAN and WAN as two VLANs");
-  one->add_option("LAN", lanVlan, "VLAN id of the LAN side")->required()->check(CLI::Range(1, 4094));
-  one->add_option("WAN", wanVlan, "VLAN id of the WAN side")->required()->check(CLI::Range(1, 4094));
-  one->callback([&session] { single(session); });
-  mode->add_subcommand("double", "Two interfaces, bridged")->callback([&session] { twoInterfaces(session); });
-  CLI::App* pbr = mode->add_subcommand("pbr", "Policy routing on the single interface");
-  pbr->add_option("SWITCH", pbrSwitch, "on or off")->check(CLI::IsMember({"on", "off"}));
-  pbr->callback([&session] { policyRouting(session); });
+std::vector<Command> interfaceCommands() {
+  const Type vlan = takes::number(1, 4094);
+  return {group("interface", "The ports"),
+          command("interface list", "Names, hardware addresses, addresses", showing<rows>),
+          command("interface link", "Link status of a port", link,
+                  {needed("PORT", &LinkLine::port, takes::word(kPorts), "Which of them")}),
+          group("mode", "The operating mode"),
+          command("mode show", "The present mode", showing<modeFacts>),
+          command("mode single", "One interface that carries LAN and WAN as two VLANs", single,
+                  {needed("LAN", &SingleLine::lanVlan, vlan, "VLAN id of the LAN side"),
+                   needed("WAN", &SingleLine::wanVlan, vlan, "VLAN id of the WAN side")}),
+          command("mode double", "Two interfaces, bridged", twoInterfaces),
+          command("mode pbr", "Policy routing on the single interface", policyRouting,
+                  {option("SWITCH", &RoutingLine::position, takes::onOrOff(), "Whether it is used")})};
 }
 
 }  // namespace ctl

@@ -61,15 +61,16 @@ Json itemRowsOf(const std::vector<std::string>& names) {
   return items;
 }
 
-std::string takes(const ItemRow& row) {
+std::string accepted(const ItemRow& row) {
   return std::string(row.name) + " takes " + rangeText(row) + (*row.unit ? std::string(" ") + row.unit : "");
 }
 
 uint32_t wordOf(const ItemRow& row, const std::string& value) {
-  if (row.form == ItemForm::kSwitch && value != "on" && value != "off") {
-    throw Refusal(kUsage, value + ": " + takes(row));
+  if (row.form == ItemForm::kSwitch) {
+    const NamedNumber* position = findName(kSwitches, value);
+    if (!position) throw Refusal(kUsage, value + ": " + accepted(row));
+    return static_cast<uint32_t>(position->number);
   }
-  if (row.form == ItemForm::kSwitch) return parseSwitch(value);
   if (row.form == ItemForm::kAddress) {
     return std::string(row.name).ends_with("Mask") ? parseMask(value) : parseAddress(value);
   }
@@ -77,7 +78,7 @@ uint32_t wordOf(const ItemRow& row, const std::string& value) {
   errno = 0;
   unsigned long long number = strtoull(value.c_str(), &end, 10);
   const bool digits = !value.empty() && value[0] >= '0' && value[0] <= '9' && !*end;
-  if (!digits || errno != 0 || number > UINT32_MAX) throw Refusal(kUsage, value + ": " + takes(row));
+  if (!digits || errno != 0 || number > UINT32_MAX) throw Refusal(kUsage, value + ": " + accepted(row));
   return static_cast<uint32_t>(number);
 }
 
@@ -91,11 +92,11 @@ int setWord(const Session& session, const ItemRow& row, uint32_t value) {
 // A save that failed comes as a failure of the whole: the store then holds the new value.
 void setItem(const Session& session, Change& change, const ItemRow& row, const std::string& value) {
   if (row.form == ItemForm::kText) {
-    change.made(setShmString(row.id, value.c_str()), takes(row));
+    change.made(setShmString(row.id, value.c_str()), accepted(row));
     return;
   }
   const uint32_t word = wordOf(row, value);
-  change.made(setWord(session, row, word), takes(row), [&] { return itemWord(row) == word; });
+  change.made(setWord(session, row, word), accepted(row), [&] { return itemWord(row) == word; });
 }
 
 const char* unsavedBecause(Keeping keeping) {
@@ -107,13 +108,26 @@ const char* unsavedBecause(Keeping keeping) {
   return "";
 }
 
-void set(const Session& session, const std::string& name, const std::string& value) {
+struct ShowLine {
+  std::vector<std::string> names;
+};
+
+void show(const Session& session, const ShowLine& line) {
+  showRead(session, [&line] { return itemRowsOf(line.names); });
+}
+
+struct SetLine {
+  std::string name, value;
+};
+
+void set(const Session& session, const SetLine& line) {
+  const std::string& name = line.name;
   const ItemRow& row = itemNamed(name);
   requireStore(session);
   if (!*row.range) throw Refusal(kRefused, name + ": " + shm_strerror(SHM_EREADONLY), SHM_EREADONLY);
   Change change(session);
   const Json before = itemValue(row);
-  setItem(session, change, row, value);
+  setItem(session, change, row, line.value);
   Json changed = {{"item", name}, {"value", itemValue(row)}};
   if (changed["value"] != before) change.leavesUnsaved(unsavedBecause(row.keeping));
   if (*row.unit) changed["unit"] = row.unit;
@@ -122,18 +136,13 @@ void set(const Session& session, const std::string& name, const std::string& val
 
 }  // namespace
 
-void addItemCommands(CLI::App& app, Session& session) {
-  static std::vector<std::string> names;
-  CLI::App* showing = app.add_subcommand("show", "Items with value, unit and what they accept");
-  showing->add_option("ITEM", names, "Names of items (default: all)");
-  showing->callback([&session] { showRead(session, [] { return itemRowsOf(names); }); });
-
-  static std::string name;
-  static std::string value;
-  CLI::App* setting = app.add_subcommand("set", "Change an item");
-  setting->add_option("ITEM", name, "Name of the item")->required();
-  setting->add_option("VALUE", value, "New value; a switch is on or off")->required();
-  setting->callback([&session] { set(session, name, value); });
+std::vector<Command> itemCommands() {
+  return {command("show", "Items with value, unit and what they accept", show,
+                  {several("ITEM", &ShowLine::names, takes::item(), "Names of items (default: all)")}),
+          command("set", "Change an item", set,
+                  {needed("ITEM", &SetLine::name, takes::item(), "Name of the item"),
+                   needed("VALUE", &SetLine::value, takes::text().from(Completion::kItemValues),
+                          "New value; a switch is on or off")})};
 }
 
 }  // namespace ctl

@@ -157,11 +157,10 @@ void show(const Session& session) {
 
 }  // namespace
 
-void addKernelCommands(CLI::App& app, Session& session) {
-  CLI::App* kernel = app.add_subcommand("kernel", "The kernel beside the tables");
-  kernel->require_subcommand(1);
-  kernel->add_subcommand("show", "Addresses and routes in the tables and in the kernel, differences with reasons")
-      ->callback([&session] { show(session); });
+std::vector<Command> kernelCommands() {
+  return {
+      group("kernel", "The kernel beside the tables"),
+      command("kernel show", "Addresses and routes in the tables and in the kernel, differences with reasons", show)};
 }
 
 }  // namespace ctl

@@ -86,7 +86,12 @@ Json readIntoTables(const std::string& path) {
   return addedSince(before);
 }
 
-void load(const Session& session, const std::string& path) {
+struct LoadLine {
+  std::string path;
+};
+
+void load(const Session& session, const LoadLine& line) {
+  const std::string& path = line.path;
   requireStore(session);
   const tools::ConfigReport report = requireConfiguration(path);
   awaitLock(session);
@@ -101,12 +106,10 @@ void load(const Session& session, const std::string& path) {
 
 }  // namespace
 
-void addLoadCommand(CLI::App& app, Session& session) {
-  CLI::App* loading = app.add_subcommand("load", "Read a configuration file into the store; saves and applies nothing");
-  static std::string path;
-  loading->add_option("FILE", path, "Configuration file")->required();
-  loading->footer("An interrupt puts the tables back as they were.");
-  loading->callback([&session] { load(session, path); });
+std::vector<Command> loadCommands() {
+  return {command("load", "Read a configuration file into the store; saves and applies nothing", load,
+                  {needed("FILE", &LoadLine::path, takes::file(), "Configuration file")},
+                  "An interrupt puts the tables back as they were.")};
 }
 
 }  // namespace ctl

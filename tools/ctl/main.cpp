@@ -4,7 +4,7 @@
 #include "tools/common/plain_text.h"
 #include "tools/common/standard_output.h"
 #include "tools/common/version_text.h"
-#include "tools/ctl/commands.h"
+#include "tools/ctl/command_line.h"
 #include "tools/ctl/usage.h"
 
 namespace {
@@ -41,30 +41,13 @@ int report(const ctl::Session& session, ctl::Exit exit, const std::string& messa
   return exit;
 }
 
-void addGroups(CLI::App& app, ctl::Session& session) {
-  for (auto add : {ctl::addStoreCommands, ctl::addLoadCommand, ctl::addItemCommands, ctl::addRuleCommands,
-                   ctl::addUserCommands, ctl::addEventCommands, ctl::addStatsCommands, ctl::addEngineCommands,
-                   ctl::addInterfaceCommands, ctl::addAddressCommands, ctl::addRouteCommands, ctl::addKernelCommands,
-                   ctl::addStateCommands, ctl::addDhcpCommand, ctl::addDumpCommands, ctl::addExplainCommand}) {
-    add(app, session);
-  }
-}
-
 void describe(CLI::App& app, ctl::Session& session) {
   app.require_subcommand(0, 1);
   app.fallthrough();
   app.footer(kExitCodes);
   app.set_version_flag("--version", tools::versionText("kestrovectl"));
-  app.add_flag("--json", session.json, "Print JSON, errors included");
-  app.add_option("--source", session.source, "Number of the front end that events name (0 System, 3 Serial, 4 SSH ...)")
-      ->check(CLI::Range(0, 8))
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-  app.add_option("--user", session.user, "Name that events carry (default: $USER)")
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-  app.add_option("--wait", session.waitSeconds, "Seconds to wait for a store that another process has locked")
-      ->check(CLI::Range(0.0, 86400.0))
-      ->capture_default_str();
-  addGroups(app, session);
+  ctl::addSharedOptions(app, session);
+  ctl::addCommands(app, session, ctl::grammar());
 }
 
 // A usage error may come before the option was parsed.

@@ -12,4 +12,10 @@ namespace ctl {
 Json gather(const Session& session, const std::function<Json()>& rows);
 void showRead(const Session& session, const std::function<Json()>& rows);
 
+// The same as a handler of the grammar.
+template <Json (*rows)()>
+void showing(const Session& session) {
+  showRead(session, rows);
+}
+
 }  // namespace ctl

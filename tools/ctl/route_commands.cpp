@@ -13,34 +13,27 @@ namespace {
 constexpr uint32_t kDisabled = 2;
 constexpr uint32_t kActive = 3;
 
-// Destination with its length, gateway, and for a replacement the new ones.
-struct Given {
-  std::string destination, gateway, newDestination;
+struct RouteLine {
+  Prefix destination;
+  Prefix newDestination;
+  Address gateway;
   bool disabled = false;
 };
-Given given;
-
-void split(const std::string& text, std::string& host, std::string& length, const char* whole) {
-  size_t slash = text.find('/');
-  host = text.substr(0, slash);
-  length = slash == std::string::npos ? whole : text.substr(slash + 1);
-}
 
 // The two tables differ in their records and keys; the commands are the same.
-struct Family4 {
+struct Table4 {
   using Entry = RouteEntry;
   static constexpr const char* kCommand = "route";
+  static constexpr Family kFamily = Family::kIpv4;
+  static constexpr Completion kRows = Completion::kRoutes;
 
-  static Entry entry(const std::string& destination) {
-    std::string host;
-    std::string length;
-    split(destination, host, length, "32");
+  static Entry entry(const Prefix& destination) {
     Entry route = {};
-    route.destination = parseAddress(host);
-    route.netmask = parseMask(length);
+    route.destination = destination.host.address;
+    route.netmask = destination.mask;
     return route;
   }
-  static void setGateway(Entry& route, const std::string& gateway) { route.gateway = parseAddress(gateway); }
+  static void setGateway(Entry& route, const Address& gateway) { route.gateway = gateway.address; }
   static int first(Entry* out) { return getFirstRouteTableEntry(out); }
   static int next(const Entry& route, Entry* out) {
     return getNextRouteTableEntry(route.destination, route.netmask, out);
@@ -55,24 +48,21 @@ struct Family4 {
   static Json show(const Entry& route) { return routeRow(route); }
 };
 
-struct Family6 {
+struct Table6 {
   using Entry = Route6Entry;
   static constexpr const char* kCommand = "route6";
+  static constexpr Family kFamily = Family::kIpv6;
+  static constexpr Completion kRows = Completion::kRoutes6;
 
-  static Entry entry(const std::string& destination) {
-    std::string host;
-    std::string length;
-    split(destination, host, length, "128");
+  static Entry entry(const Prefix& destination) {
     Entry route = {};
-    parseAddress6(host, route.destination);
-    if (length.empty() || length.size() > 3 || length.find_first_not_of("0123456789") != std::string::npos ||
-        std::stoul(length) > 128) {
-      throw Refusal(kUsage, destination + ": no prefix length (0 to 128)");
-    }
-    route.prefixLength = static_cast<uint32_t>(std::stoul(length));
+    memcpy(route.destination, destination.host.address6, sizeof route.destination);
+    route.prefixLength = destination.length6;
     return route;
   }
-  static void setGateway(Entry& route, const std::string& gateway) { parseAddress6(gateway, route.gateway); }
+  static void setGateway(Entry& route, const Address& gateway) {
+    memcpy(route.gateway, gateway.address6, sizeof route.gateway);
+  }
   static int first(Entry* out) { return getFirstRoute6TableEntry(out); }
   static int next(const Entry& route, Entry* out) {
     return getNextRoute6TableEntry(route.destination, route.prefixLength, out);
@@ -87,32 +77,32 @@ struct Family6 {
   static Json show(const Entry& route) { return route6Row(route); }
 };
 
-template <typename Family>
+template <typename Table>
 Json listed() {
   Json rows = Json::array();
-  typename Family::Entry route;
-  int result = Family::first(&route);
+  typename Table::Entry route;
+  int result = Table::first(&route);
   for (int i = 0; result == 0 && i < SHM_ROUTES; ++i) {
-    rows.push_back(Family::show(route));
-    typename Family::Entry previous = route;
-    result = Family::next(previous, &route);
+    rows.push_back(Table::show(route));
+    typename Table::Entry previous = route;
+    result = Table::next(previous, &route);
   }
   return rows;
 }
 
 // What the table holds after a change: it may be less than was asked for.
-template <typename Family>
-void showStored(Change& change, const typename Family::Entry& key) {
-  typename Family::Entry stored;
-  accept(Family::find(key, &stored), "route");
-  change.show(Family::show(stored));
+template <typename Table>
+void showStored(Change& change, const typename Table::Entry& key) {
+  typename Table::Entry stored;
+  accept(Table::find(key, &stored), "route");
+  change.show(Table::show(stored));
 }
 
-template <typename Family>
-typename Family::Entry wanted(const std::string& destination) {
-  typename Family::Entry route = Family::entry(destination);
-  Family::setGateway(route, given.gateway);
-  route.status = given.disabled ? kDisabled : kActive;
+template <typename Table>
+typename Table::Entry wanted(const Prefix& destination, const RouteLine& line) {
+  typename Table::Entry route = Table::entry(destination);
+  Table::setGateway(route, line.gateway);
+  route.status = line.disabled ? kDisabled : kActive;
   return route;
 }
 
@@ -122,68 +112,69 @@ void refuseInConfigurationMode(const std::string& what) {
   throw Refusal(kRefused, what + ": in Configuration Mode no route is removed");
 }
 
-template <typename Family>
-void add(const Session& session) {
+template <typename Table>
+void add(const Session& session, const RouteLine& line) {
   requireStore(session);
-  typename Family::Entry route = wanted<Family>(given.destination);
+  typename Table::Entry route = wanted<Table>(line.destination, line);
   Change change(session);
-  change.made(Family::add(route), given.destination);
-  showStored<Family>(change, route);
+  change.made(Table::add(route), line.destination.text);
+  showStored<Table>(change, route);
 }
 
-template <typename Family>
-void replace(const Session& session) {
+template <typename Table>
+void remove(const Session& session, const RouteLine& line) {
   requireStore(session);
-  typename Family::Entry key = Family::entry(given.destination);
-  typename Family::Entry route = wanted<Family>(given.newDestination);
+  const std::string& destination = line.destination.text;
+  const typename Table::Entry key = Table::entry(line.destination);
   Change change(session);
-  refuseInConfigurationMode(given.destination);
-  change.made(Family::replace(key, route, session), given.destination);
-  showStored<Family>(change, route);
+  refuseInConfigurationMode(destination);
+  change.made(Table::remove(key), destination);
+  change.done(destination + " removed");
 }
 
-template <typename Family>
-void addFamily(CLI::App& app, Session& session, const char* description) {
-  CLI::App* group = app.add_subcommand(Family::kCommand, description);
-  group->require_subcommand(1);
-  group->add_subcommand("list", "All routes, in list order")->callback([&session] {
-    showRead(session, listed<Family>);
-  });
-  group->add_subcommand("freshen", "Apply every route anew, disabled ones too")->callback([&session] {
-    requireStore(session);
-    Change change(session);
-    change.made(Family::freshen(session), "routes");
-    change.show(listed<Family>());
-  });
-  auto command = [group](const char* name, const char* text) {
-    CLI::App* sub = group->add_subcommand(name, text);
-    sub->add_option("DESTINATION", given.destination, "NETWORK/LENGTH")->required();
-    return sub;
-  };
-  CLI::App* adding = command("add", "Add a route");
-  adding->add_option("GATEWAY", given.gateway, "Next hop")->required();
-  adding->add_flag("--disabled", given.disabled, "Keep it out of the kernel");
-  adding->callback([&session] { add<Family>(session); });
-  command("remove", "Remove a route")->callback([&session] {
-    requireStore(session);
-    const typename Family::Entry key = Family::entry(given.destination);
-    Change change(session);
-    refuseInConfigurationMode(given.destination);
-    change.made(Family::remove(key), given.destination);
-    change.done(given.destination + " removed");
-  });
-  CLI::App* replacing = command("replace", "Remove a route and add another");
-  replacing->add_option("NEW", given.newDestination, "NETWORK/LENGTH")->required();
-  replacing->add_option("GATEWAY", given.gateway, "Next hop")->required();
-  replacing->add_flag("--disabled", given.disabled, "Keep it out of the kernel");
-  replacing->callback([&session] { replace<Family>(session); });
+template <typename Table>
+void replace(const Session& session, const RouteLine& line) {
+  requireStore(session);
+  typename Table::Entry key = Table::entry(line.destination);
+  typename Table::Entry route = wanted<Table>(line.newDestination, line);
+  Change change(session);
+  refuseInConfigurationMode(line.destination.text);
+  change.made(Table::replace(key, route, session), line.destination.text);
+  showStored<Table>(change, route);
+}
+
+template <typename Table>
+void freshen(const Session& session) {
+  requireStore(session);
+  Change change(session);
+  change.made(Table::freshen(session), "routes");
+  change.show(listed<Table>());
+}
+
+template <typename Table>
+std::vector<Command> commandsOf(const char* description) {
+  const Type network = takes::prefix(Table::kFamily);
+  const auto known = needed("DESTINATION", &RouteLine::destination, network.from(Table::kRows), "Its destination");
+  const auto gateway = needed("GATEWAY", &RouteLine::gateway, takes::address(Table::kFamily), "Next hop");
+  const auto disabled = flag("--disabled", &RouteLine::disabled, "Keep it out of the kernel");
+  const std::string own = Table::kCommand;
+  return {group(own, description),
+          command(own + " list", "All routes, in list order", showing<listed<Table>>),
+          command(own + " freshen", "Apply every route anew, disabled ones too", freshen<Table>),
+          command(own + " add", "Add a route", add<Table>,
+                  {needed("DESTINATION", &RouteLine::destination, network, "Where it leads"), gateway, disabled}),
+          command(own + " remove", "Remove a route", remove<Table>, {known}),
+          command(own + " replace", "Remove a route and add another", replace<Table>,
+                  {known, needed("NEW", &RouteLine::newDestination, network, "Destination of the other"), gateway,
+                   disabled})};
 }
 
 }  // namespace
 
-void addRouteCommands(CLI::App& app, Session& session) {
-  addFamily<Family4>(app, session, "Static IPv4 routes");
-  addFamily<Family6>(app, session, "Static IPv6 routes");
+std::vector<Command> routeCommands() {
+  std::vector<Command> rows = commandsOf<Table4>("Static IPv4 routes");
+  for (Command& row : commandsOf<Table6>("Static IPv6 routes")) rows.push_back(std::move(row));
+  return rows;
 }
 
 }  // namespace ctl

@@ -3,36 +3,14 @@
 #include <signal.h>
 
 #include <cerrno>
-#include <map>
 
 #include "kestrove/iface.h"
+#include "tools/ctl/vocabulary.h"
 
 namespace ctl {
 namespace {
 
 constexpr int kBitsPerKilobit = 1000;
-
-using Names = std::map<std::string, uint32_t>;
-const Names kProtocols = {{"any", 0}, {"tcp", 6}, {"udp", 17}};
-const Names kRuleStatus = {{"undefined", 0}, {"invalid", 1}, {"nis", 2}, {"active", 3}};
-const Names kKinds = {{"lan", 0}, {"wan", 1}, {"management", 3}, {"bridge", 4}, {"router", 5}};
-const Names kRouteStatus = {{"inactive", 1}, {"disabled", 2}, {"active", 3}};
-
-std::string nameOf(const Names& names, uint32_t value) {
-  for (const auto& [name, number] : names) {
-    if (number == value) return name;
-  }
-  return std::to_string(value);
-}
-
-uint32_t numberOf(const Names& names, const std::string& text, const char* what) {
-  auto found = names.find(text);
-  if (found != names.end()) return found->second;
-  if (text.empty() || text.size() > 3 || text.find_first_not_of("0123456789") != std::string::npos) {
-    throw Refusal(kUsage, text + ": no " + what);
-  }
-  return static_cast<uint32_t>(std::stoul(text));
-}
 
 std::string endText(const FilterRule& rule, bool source) {
   if (rule.ipVersion == 6) {
@@ -49,6 +27,7 @@ std::string portsText(int first, int last) {
   return std::to_string(first) + (last != first ? "-" + std::to_string(last) : "");
 }
 
+// Any number but the two is one that accelerates.
 const char* targetText(int target) { return target == 0 ? "drop" : target == -1 ? "bridge" : "accelerate"; }
 
 Json qosRow(const std::string& name, const QosRow& qos) {
@@ -93,7 +72,7 @@ Json managementRow(const ManagementAddress& entry) {
   bool six = entry.ipVersion == 6;
   return {{"address", six ? address6Text(entry.address6) : addressText(entry.address)},
           {"mask", six ? std::to_string(entry.prefixLength6) : addressText(entry.mask)},
-          {"interface", nameOf(kKinds, static_cast<uint32_t>(entry.interfaceKind))},
+          {"interface", nameOf(kInterfaceKinds, static_cast<uint32_t>(entry.interfaceKind))},
           {"status", entry.status == 1 ? "applied" : "not applied"}};
 }
 
@@ -174,16 +153,6 @@ Json taskTable(const int32_t (&pids)[SHM_TASKS]) {
     tasks.push_back({{"task", i}, {"name", kTasks[i]}, {"pid", +pids[i]}, {"process", processLife(pids[i])}});
   }
   return tasks;
-}
-
-uint32_t protocolNumber(const std::string& text) {
-  constexpr uint32_t kLargest = 255;
-  const uint32_t number = numberOf(kProtocols, text, "protocol (any, tcp, udp or 0 to 255)");
-  if (number > kLargest) throw Refusal(kUsage, text + ": no protocol (any, tcp, udp or 0 to 255)");
-  return number;
-}
-uint32_t ruleStatusNumber(const std::string& text) {
-  return numberOf(kRuleStatus, text, "status (active, nis or invalid)");
 }
 
 const char* processLife(int pid) {

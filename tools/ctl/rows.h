@@ -18,10 +18,6 @@ Json statisticsObject(const StatisticsBlock& block);
 Json pendingNames(uint32_t bits);  // of changes that the engine has not fetched
 Json taskTable(const int32_t (&pids)[SHM_TASKS]);
 
-// Numbers by name where a command takes names: "any", "tcp", "udp"; "invalid", "nis", "active"; the ports.
-uint32_t protocolNumber(const std::string& text);
-uint32_t ruleStatusNumber(const std::string& text);
-
 const char* processLife(int pid);  // "none", "alive" or "dead"
 
 }  // namespace ctl

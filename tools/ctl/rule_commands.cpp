@@ -1,4 +1,5 @@
 // rule.
+#include <cstring>
 #include <optional>
 
 #include "kestrove/kestrove.h"
@@ -17,22 +18,18 @@ constexpr uint32_t kAnyFamily = 1;
 constexpr uint32_t kIpv4 = 4;
 constexpr uint32_t kIpv6 = 6;
 
-// What a command line says of a rule: only what is given changes a rule.
-struct RuleOptions {
-  std::optional<std::string> source, destination, protocol, action, target, accelerate;
-  std::optional<int> sourcePort, sourcePortEnd, destinationPort, destinationPortEnd, priority, kilobits;
+// What a command line says of a rule: only what is given changes it.
+struct RuleLine {
+  int position = 0;
+  int destinationPosition = 0;
+  std::optional<Prefix> source, destination;
+  std::optional<uint32_t> protocol, accelerate, action;
+  std::optional<int> sourcePort, sourcePortEnd, destinationPort, destinationPortEnd, target, priority, kilobits;
   bool any = false;
   bool matchAll = false;
 };
 
-// The words of one rule command.
-struct RuleLine {
-  RuleOptions given;
-  int position = 0;
-  int destination = 0;
-};
-
-std::string nameOf(int position) { return "rule " + std::to_string(position); }
+std::string ruleName(int position) { return "rule " + std::to_string(position); }
 
 // Why a position is refused: the numbers of the rules that there are, or the text of the library.
 Refusal ruleRefusal(int position) {
@@ -42,11 +39,11 @@ Refusal ruleRefusal(int position) {
   shm_errno = code;
   errno = error;
   if (code != SHM_EINVAL || count < 1 || (position >= 0 && position < count)) {
-    if (code == SHM_EREADONLY) return refusal(nameOf(position) + ", the default rule, stays where it is");
-    return refusal(nameOf(position));
+    if (code == SHM_EREADONLY) return refusal(ruleName(position) + ", the default rule, stays where it is");
+    return refusal(ruleName(position));
   }
   const std::string range = count == 1 ? "there is only rule 0" : "there are rules 0 to " + std::to_string(count - 1);
-  return {kRefused, nameOf(position) + ": " + range, SHM_EINVAL};
+  return {kRefused, ruleName(position) + ": " + range, SHM_EINVAL};
 }
 
 FilterRule ruleAt(int number) {
@@ -62,42 +59,23 @@ Json rows() {
   return rules;
 }
 
-void split(const std::string& text, std::string& address, std::string& length) {
-  size_t slash = text.find('/');
-  address = text.substr(0, slash);
-  length = slash == std::string::npos ? "" : text.substr(slash + 1);
-}
-
-uint32_t prefixLength(const std::string& length) {
-  if (length.empty()) return 128;
-  if (length.size() > 3 || length.find_first_not_of("0123456789") != std::string::npos || std::stoi(length) > 128) {
-    throw Refusal(kUsage, length + ": no prefix length (0 to 128)");
-  }
-  return static_cast<uint32_t>(std::stoi(length));
-}
-
-uint32_t familyOf(const std::string& end) { return end.find(':') == std::string::npos ? kIpv4 : kIpv6; }
-
-void setEnd(FilterRule& rule, const std::string& textOfEnd, bool source) {
-  std::string address;
-  std::string length;
-  split(textOfEnd, address, length);
-  rule.ipVersion = familyOf(textOfEnd);
+void setEnd(FilterRule& rule, const Prefix& end, bool source) {
+  rule.ipVersion = end.version();
   if (rule.ipVersion == kIpv6) {
-    parseAddress6(address, source ? rule.srcAddr6 : rule.dstAddr6);
-    (source ? rule.srcPrefixLen6 : rule.dstPrefixLen6) = prefixLength(length);
+    memcpy(source ? rule.srcAddr6 : rule.dstAddr6, end.host.address6, sizeof end.host.address6);
+    (source ? rule.srcPrefixLen6 : rule.dstPrefixLen6) = end.length6;
     return;
   }
-  (source ? rule.srcAddr : rule.dstAddr) = parseAddress(address);
-  (source ? rule.srcMask : rule.dstMask) = parseMask(length.empty() ? "32" : length);
+  (source ? rule.srcAddr : rule.dstAddr) = end.host.address;
+  (source ? rule.srcMask : rule.dstMask) = end.mask;
 }
 
 // What makes no sense whatever rule it is for.
-void refuseContradictions(const RuleOptions& given) {
+void refuseContradictions(const RuleLine& given) {
   if (given.any && (given.source || given.destination)) {
     throw Refusal(kUsage, "--any matches both address families: it goes without --from and --to");
   }
-  if (given.source && given.destination && familyOf(*given.source) != familyOf(*given.destination)) {
+  if (given.source && given.destination && given.source->version() != given.destination->version()) {
     throw Refusal(kUsage, "--from and --to are of different address families");
   }
 }
@@ -108,11 +86,11 @@ bool hasEnd(const FilterRule& rule, bool source) {
 }
 
 // An end that stays in a rule goes with the family that it has.
-void refuseOtherFamily(const FilterRule& rule, const RuleOptions& given) {
+void refuseOtherFamily(const FilterRule& rule, const RuleLine& given) {
   for (bool source : {true, false}) {
-    const std::optional<std::string>& changed = source ? given.source : given.destination;
-    const std::optional<std::string>& other = source ? given.destination : given.source;
-    if (!changed || other || !hasEnd(rule, !source) || familyOf(*changed) == rule.ipVersion) continue;
+    const std::optional<Prefix>& changed = source ? given.source : given.destination;
+    const std::optional<Prefix>& other = source ? given.destination : given.source;
+    if (!changed || other || !hasEnd(rule, !source) || changed->version() == rule.ipVersion) continue;
     throw Refusal(kUsage, std::string(source ? "--from" : "--to") + " is of another address family than the rule's " +
                               (source ? "destination" : "source"));
   }
@@ -139,7 +117,7 @@ void refuseMeaninglessPorts(const FilterRule& rule) {
   if (ports && rule.proto != kTcp && rule.proto != kUdp) throw Refusal(kUsage, "ports go with --proto tcp or udp");
 }
 
-bool namesPorts(const RuleOptions& given) {
+bool namesPorts(const RuleLine& given) {
   return given.protocol || given.sourcePort || given.sourcePortEnd || given.destinationPort || given.destinationPortEnd;
 }
 
@@ -147,23 +125,21 @@ bool matchesAll(const FilterRule& rule) {
   return !hasEnd(rule, true) && !hasEnd(rule, false) && rule.proto == 0 && rule.srcPort == 0 && rule.destPort == 0;
 }
 
-int targetOf(const std::string& text) { return text == "drop" ? 0 : text == "bridge" ? -1 : 1; }
-
-void apply(FilterRule& rule, const RuleOptions& given) {
+void apply(FilterRule& rule, const RuleLine& given) {
   refuseContradictions(given);
   refuseOtherFamily(rule, given);
   if (given.any) rule.ipVersion = kAnyFamily;
   if (given.source) setEnd(rule, *given.source, true);
   if (given.destination) setEnd(rule, *given.destination, false);
-  if (given.protocol) rule.proto = protocolNumber(*given.protocol);
+  if (given.protocol) rule.proto = *given.protocol;
   setPorts(rule.srcPort, rule.srcPortEnd, given.sourcePort, given.sourcePortEnd);
   setPorts(rule.destPort, rule.destPortEnd, given.destinationPort, given.destinationPortEnd);
   if (namesPorts(given)) refuseMeaninglessPorts(rule);
-  if (given.target) rule.target = targetOf(*given.target);
+  if (given.target) rule.target = *given.target;
   if (given.priority) rule.priority = *given.priority;
   if (given.kilobits) rule.bandwidth = *given.kilobits * kBitsPerKilobit;
-  if (given.accelerate) rule.accel = parseSwitch(*given.accelerate);
-  if (given.action) rule.ruleAction = ruleStatusNumber(*given.action);
+  if (given.accelerate) rule.accel = *given.accelerate;
+  if (given.action) rule.ruleAction = *given.action;
 }
 
 FilterRule freshRule() {
@@ -195,8 +171,8 @@ void tell(Change& change, int position, const FilterRule& asked, const FilterRul
 
 void add(const Session& session, const RuleLine& line) {
   FilterRule rule = freshRule();
-  apply(rule, line.given);
-  if (matchesAll(rule) && !line.given.matchAll) {
+  apply(rule, line);
+  if (matchesAll(rule) && !line.matchAll) {
     throw Refusal(kUsage,
                   "this rule matches all traffic and no rule behind it is reached: say --match-all, or name an "
                   "address, a protocol or a port");
@@ -206,7 +182,7 @@ void add(const Session& session, const RuleLine& line) {
   Change change(session);
   const int result = addRule(line.position, &rule, 0, 0);
   if (result < 0) throw ruleRefusal(line.position);
-  change.made(result, nameOf(line.position));
+  change.made(result, ruleName(line.position));
   tell(change, line.position, asked, rule);
 }
 
@@ -214,23 +190,23 @@ void changeOne(const Session& session, const RuleLine& line) {
   requireStore(session);
   Change change(session);
   FilterRule rule = ruleAt(line.position);
-  apply(rule, line.given);
+  apply(rule, line);
   const FilterRule asked = rule;
   const int result = changeRule(line.position, &rule);
   if (result < 0) throw ruleRefusal(line.position);
-  change.made(result, nameOf(line.position));
+  change.made(result, ruleName(line.position));
   tell(change, line.position, asked, rule);
 }
 
 void move(const Session& session, const RuleLine& line) {
   requireStore(session);
   Change change(session);
-  const int result = moveRule(line.position, line.destination);
+  const int result = moveRule(line.position, line.destinationPosition);
   const int count = result < 0 ? getRuleCount() : 0;
-  const bool wrongPlace = line.destination < 0 || line.destination >= count;
-  if (result < 0) throw ruleRefusal(wrongPlace ? line.destination : line.position);
-  change.made(result, nameOf(line.position));
-  change.done(nameOf(line.position) + " moved in front of " + std::to_string(line.destination));
+  const bool wrongPlace = line.destinationPosition < 0 || line.destinationPosition >= count;
+  if (result < 0) throw ruleRefusal(wrongPlace ? line.destinationPosition : line.position);
+  change.made(result, ruleName(line.position));
+  change.done(ruleName(line.position) + " moved in front of " + std::to_string(line.destinationPosition));
 }
 
 void remove(const Session& session, const RuleLine& line) {
@@ -238,59 +214,47 @@ void remove(const Session& session, const RuleLine& line) {
   Change change(session);
   const int result = deleteRule(line.position);
   if (result < 0) throw ruleRefusal(line.position);
-  change.made(result, nameOf(line.position));
-  change.done(nameOf(line.position) + " deleted");
+  change.made(result, ruleName(line.position));
+  change.done(ruleName(line.position) + " deleted");
 }
 
-void addRuleOptions(CLI::App* command, RuleOptions& given) {
-  const std::string end = "ADDRESS[/LENGTH], IPv4 or IPv6";
-  const CLI::Range port(0, 65535);
-  command->add_flag("--any", given.any, "Match both address families");
-  command->add_option("--from", given.source, "Source " + end);
-  command->add_option("--to", given.destination, "Destination " + end);
-  command->add_option("--proto", given.protocol, "any, tcp, udp or a number from 0 to 255");
-  command->add_option("--sport", given.sourcePort, "First source port, with tcp or udp; 0 is any")->check(port);
-  command->add_option("--sport-end", given.sourcePortEnd, "Last source port")->check(port);
-  command->add_option("--dport", given.destinationPort, "First destination port, with tcp or udp; 0 is any")
-      ->check(port);
-  command->add_option("--dport-end", given.destinationPortEnd, "Last destination port")->check(port);
-  command->add_option("--target", given.target, "What matching traffic gets")
-      ->check(CLI::IsMember({"accelerate", "bridge", "drop"}));
-  command->add_option("--priority", given.priority, "Scheduling priority");
-  command->add_option("--kbps", given.kilobits, "Rate limit in kbit/s; the least is minRate")
-      ->check(CLI::Range(0, INT32_MAX / kBitsPerKilobit));
-  command->add_option("--accel", given.accelerate, "Acceleration, on or off")->check(CLI::IsMember({"on", "off"}));
-  command->add_option("--status", given.action, "active, nis or invalid");
+constexpr Type kPort = takes::number(0, 65535);
+constexpr Type kEnd = takes::prefix(Family::kBoth);
+constexpr Type kRate = takes::number(0, INT32_MAX / kBitsPerKilobit).in("kbit/s");
+constexpr Type kProtocol = takes::name(kProtocols, 255, "any|tcp|udp|0..255", "protocol (any, tcp, udp or 0 to 255)");
+constexpr Type kStatus = takes::name(kRuleStatus, 999, "active|nis|invalid", "status (active, nis or invalid)");
+
+std::vector<Argument<RuleLine>> ruleValues() {
+  return {needed("POSITION", &RuleLine::position, takes::rule(), "0 is the first rule"),
+          flag("--any", &RuleLine::any, "Match both address families"),
+          option("--from", &RuleLine::source, kEnd, "Source, IPv4 or IPv6"),
+          option("--to", &RuleLine::destination, kEnd, "Destination, IPv4 or IPv6"),
+          option("--proto", &RuleLine::protocol, kProtocol, "Protocol"),
+          option("--sport", &RuleLine::sourcePort, kPort, "First source port, with tcp or udp; 0 is any"),
+          option("--sport-end", &RuleLine::sourcePortEnd, kPort, "Last source port"),
+          option("--dport", &RuleLine::destinationPort, kPort, "First destination port, with tcp or udp; 0 is any"),
+          option("--dport-end", &RuleLine::destinationPortEnd, kPort, "Last destination port"),
+          option("--target", &RuleLine::target, takes::word(kTargets), "What matching traffic gets"),
+          option("--priority", &RuleLine::priority, takes::number(), "Scheduling priority"),
+          option("--kbps", &RuleLine::kilobits, kRate, "Rate limit; the least is minRate"),
+          option("--accel", &RuleLine::accelerate, takes::onOrOff(), "Acceleration"),
+          option("--status", &RuleLine::action, kStatus, "Status")};
 }
 
 }  // namespace
 
-void addRuleCommands(CLI::App& app, Session& session) {
-  static RuleLine line;
-  CLI::App* rule = app.add_subcommand("rule", "The table of traffic policy rules, first match first");
-  rule->require_subcommand(1);
-  rule->add_subcommand("list", "All rules; the last is the default rule")->callback([&session] {
-    showRead(session, rows);
-  });
-
-  CLI::App* adding = rule->add_subcommand("add", "Insert a rule in front of a position");
-  CLI::App* changing = rule->add_subcommand("change", "Change what the options name");
-  for (CLI::App* command : {adding, changing}) {
-    command->add_option("POSITION", line.position, "0 is the first rule")->required();
-    addRuleOptions(command, line.given);
-  }
-  adding->add_flag("--match-all", line.given.matchAll, "The rule may match all traffic");
-  adding->callback([&session] { add(session, line); });
-  changing->callback([&session] { changeOne(session, line); });
-
-  CLI::App* moving = rule->add_subcommand("move", "Move a rule in front of another");
-  moving->add_option("FROM", line.position, "The rule to move")->required();
-  moving->add_option("TO", line.destination, "The rule to stand in front of")->required();
-  moving->callback([&session] { move(session, line); });
-
-  CLI::App* deleting = rule->add_subcommand("delete", "Delete a rule");
-  deleting->add_option("POSITION", line.position, "0 is the first rule")->required();
-  deleting->callback([&session] { remove(session, line); });
+std::vector<Command> ruleCommands() {
+  const std::vector<Argument<RuleLine>> values = ruleValues();
+  return {group("rule", "The table of traffic policy rules, first match first"),
+          command("rule list", "All rules; the last is the default rule", showing<rows>),
+          command("rule add", "Insert a rule in front of a position", add,
+                  values + std::vector{flag("--match-all", &RuleLine::matchAll, "The rule may match all traffic")}),
+          command("rule change", "Change what the options name", changeOne, values),
+          command("rule move", "Move a rule in front of another", move,
+                  {needed("FROM", &RuleLine::position, takes::rule(), "The rule to move"),
+                   needed("TO", &RuleLine::destinationPosition, takes::rule(), "The rule to stand in front of")}),
+          command("rule delete", "Delete a rule", remove,
+                  {needed("POSITION", &RuleLine::position, takes::rule(), "0 is the first rule")})};
 }
 
 }  // namespace ctl

@@ -135,48 +135,6 @@ std::string hardwareText(const uint8_t (&address)[6]) {
   return buffer;
 }
 
-uint32_t parseAddress(const std::string& text) {
-  char copy[64] = {};
-  uint32_t address = 0;
-  if (text.size() < sizeof copy) {
-    memcpy(copy, text.data(), text.size());
-    if (parseIpv4Address(copy, &address) == 0) return address;
-  } else {
-    shm_errno = SHM_EINVAL;
-  }
-  throw Refusal(kUsage, text + ": " + shm_strerror(static_cast<int>(shm_errno)), static_cast<int>(shm_errno));
-}
-
-void parseAddress6(const std::string& text, uint8_t (&out)[16]) {
-  if (parseIpv6Address(text.c_str(), out) != 0) {
-    throw Refusal(kUsage, text + ": " + shm_strerror(SHM_EIPV6), SHM_EIPV6);
-  }
-}
-
-uint32_t parseMask(const std::string& text) {
-  const bool digits = !text.empty() && text.size() <= 2 && text.find_first_not_of("0123456789") == std::string::npos;
-  if (!digits) return parseAddress(text);
-  int length = std::stoi(text);
-  if (length > 32) throw Refusal(kUsage, text + ": " + shm_strerror(SHM_EMASK), SHM_EMASK);
-  return length == 0 ? 0 : htonl(~0u << (32 - length));
-}
-
-// 0 stands in a store that no file has named the switch to.
-const char* switchText(uint32_t value) {
-  switch (value) {
-    case 0: return "unset";
-    case SHM_ON: return "on";
-    case SHM_OFF: return "off";
-    default: return "invalid";
-  }
-}
-
-uint32_t parseSwitch(const std::string& text) {
-  if (text == "on") return SHM_ON;
-  if (text == "off") return SHM_OFF;
-  throw Refusal(kUsage, text + ": a switch is on or off");
-}
-
 Json timeJson(int32_t seconds) {
   if (seconds == 0) return nullptr;
   const time_t when = seconds;

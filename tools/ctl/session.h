@@ -84,14 +84,6 @@ void awaitLock(const Session& session);
 std::string addressText(uint32_t address);
 std::string address6Text(const uint8_t (&address)[16]);
 std::string hardwareText(const uint8_t (&address)[6]);
-// A dotted quad, checked strictly; throws kUsage with what the library says of it.
-uint32_t parseAddress(const std::string& text);
-void parseAddress6(const std::string& text, uint8_t (&out)[16]);
-// "A.B.C.D/LENGTH" or "A.B.C.D MASK" forms: the mask of a prefix length or of a dotted mask.
-uint32_t parseMask(const std::string& text);
-const char* switchText(uint32_t value);
-// 1 or 2 of "on" or "off"; throws kUsage otherwise.
-uint32_t parseSwitch(const std::string& text);
 // "2026-11-21T22:17:46Z", in the zone of the event log; null for 0, which is never.
 Json timeJson(int32_t seconds);
 

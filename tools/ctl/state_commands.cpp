@@ -78,6 +78,8 @@ void save(const Session& session) {
   session.show(stateRows());
 }
 
+void list(const Session& session) { session.show(stateRows()); }
+
 // The library unpacks what lies there; members that would land outside the staging folder are refused before.
 void refuseEscapes(const std::string& archive) {
   for (const std::string& member : membersOf(archive)) {
@@ -128,7 +130,11 @@ void rebuild() {
   }
 }
 
-void load(const Session& session, bool now) {
+struct LoadLine {
+  bool now = false;
+};
+
+void load(const Session& session, const LoadLine& line) {
   requireStore(session);
   const std::string archive = onlyArchive();
   awaitLock(session);
@@ -137,24 +143,22 @@ void load(const Session& session, bool now) {
   if (loadSystemState(session.source, session.userName()) != 0) {
     throw Refusal(kSystem, "the state was not restored wholly; syslog names the command that failed");
   }
-  if (now) rebuild();
+  if (line.now) rebuild();
   session.done("restored " + archive +
-               (now ? "; the store is built anew from it"
+               (line.now
+                    ? "; the store is built anew from it"
                     : "; it takes effect when the store is next built, and the next change overwrites the restored "
                       "configuration file with what the store holds now (state load --now builds it at once)"));
 }
 
 }  // namespace
 
-void addStateCommands(CLI::App& app, Session& session) {
-  CLI::App* state = app.add_subcommand("state", "Whole saved states");
-  state->require_subcommand(1);
-  state->add_subcommand("save", "Save the state; an earlier one is replaced")->callback([&session] { save(session); });
-  static bool now = false;
-  CLI::App* loading = state->add_subcommand("load", "Restore the saved files; the next change overwrites them");
-  loading->add_flag("--now", now, "Build the store anew from them at once, and restart the engine");
-  loading->callback([&session] { load(session, now); });
-  state->add_subcommand("list", "What is saved")->callback([&session] { session.show(stateRows()); });
+std::vector<Command> stateCommands() {
+  return {group("state", "Whole saved states"),
+          command("state save", "Save the state; an earlier one is replaced", save),
+          command("state load", "Restore the saved files; the next change overwrites them", load,
+                  {flag("--now", &LoadLine::now, "Build the store anew from them at once, and restart the engine")}),
+          command("state list", "What is saved", list)};
 }
 
 }  // namespace ctl

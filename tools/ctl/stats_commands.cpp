@@ -25,38 +25,44 @@ Json facts() {
   return result;
 }
 
-int resetNamed(const std::string& which, const Session& session) {
+enum Which : int { kAll, kOptimization, kCompression, kFilter };
+
+constexpr NamedNumber kWhich[] = {
+    {"all", kAll}, {"optimization", kOptimization}, {"compression", kCompression}, {"filter", kFilter}};
+
+struct ResetLine {
+  int which = kAll;
+};
+
+int resetNamed(int which, const Session& session) {
   const char* user = session.userName();
-  if (which == "optimization") return resetOptimizationStats(session.source, user);
-  if (which == "compression") return resetCompressionRatio(session.source, user);
-  return which == "filter" ? resetFilterStats() : resetStats(session.source, user);
+  switch (which) {
+    case kOptimization: return resetOptimizationStats(session.source, user);
+    case kCompression: return resetCompressionRatio(session.source, user);
+    case kFilter: return resetFilterStats();
+    default: return resetStats(session.source, user);
+  }
 }
 
-void reset(const Session& session, const std::string& which) {
+void reset(const Session& session, const ResetLine& line) {
+  const std::string which = nameOf(kWhich, static_cast<uint32_t>(line.which));
   requireStore(session);
   awaitLock(session);
   shm_errno = SHM_OK;
   errno = 0;
-  accept(resetNamed(which, session), which + " statistics");
+  accept(resetNamed(line.which, session), which + " statistics");
   // The counters are no part of the configuration: what may have failed is the file of the event log.
   const bool unlogged = shm_errno == SHM_EOPEN || shm_errno == SHM_EIO;
   if (unlogged) warn("reset; the event log's file cannot be written: " + reasonText());
-  session.done((which == "all" ? "statistics" : which + " statistics") + " reset");
+  session.done((line.which == kAll ? "statistics" : which + " statistics") + " reset");
 }
 
 }  // namespace
 
-void addStatsCommands(CLI::App& app, Session& session) {
-  CLI::App* stats = app.add_subcommand("stats", "Counters of the engine and the interfaces");
-  stats->require_subcommand(0, 1);
-  CLI::App* resetting = stats->add_subcommand("reset", "Start the counters anew");
-  static std::string which = "all";
-  resetting->add_option("WHICH", which, "all, optimization, compression or filter")
-      ->check(CLI::IsMember({"all", "optimization", "compression", "filter"}));
-  resetting->callback([&session] { reset(session, which); });
-  stats->callback([&session, resetting] {
-    if (!resetting->parsed()) showRead(session, facts);
-  });
+std::vector<Command> statsCommands() {
+  return {command("stats", "Counters of the engine and the interfaces", showing<facts>),
+          command("stats reset", "Start the counters anew", reset,
+                  {option("WHICH", &ResetLine::which, takes::word(kWhich), "Which of them")})};
 }
 
 }  // namespace ctl

@@ -99,13 +99,10 @@ void check(const Session& session) {
 
 }  // namespace
 
-void addStoreCommands(CLI::App& app, Session& session) {
-  app.add_subcommand("status", "Store, state, size, attached processes, holder of the lock; never waits")
-      ->callback([&session] { status(session); });
-  app.add_subcommand("save", "Write the configuration file")->callback([&session] { save(session); });
-  app.add_subcommand("check", "Check the invariants of every table, changing nothing")->callback([&session] {
-    check(session);
-  });
+std::vector<Command> storeCommands() {
+  return {command("status", "Store, state, size, attached processes, holder of the lock; never waits", status),
+          command("save", "Write the configuration file", save),
+          command("check", "Check the invariants of every table, changing nothing", check)};
 }
 
 }  // namespace ctl

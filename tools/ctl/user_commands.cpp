@@ -29,11 +29,13 @@ constexpr char kPasswordRule[] =
     "_!-.;:<>,[]{}\\|()*&^%$#@`~'+=?/\"";
 constexpr char kDistanceRule[] = "at least 4 characters must differ from the old password";
 
-std::string name;
-bool administrator = false;
+struct UserLine {
+  std::string name;
+  bool administrator = false;
+};
 
 // A hint behind a name that the store does not have.
-std::string nearUser() {
+std::string nearUser(const std::string& name) {
   std::vector<std::string> names;
   UserAccount account;
   for (int i = 0; i < SHM_USERS && getUserTableEntry(i, &account) == 0; ++i) names.push_back(text(account.username));
@@ -42,10 +44,10 @@ std::string nearUser() {
 }
 
 // By its exact name: the library's log-in check alone would accept the beginning of one.
-UserAccount exactUser() {
+UserAccount exactUser(const std::string& name) {
   UserAccount account;
   if (name.empty() || getUserAccount(name.c_str(), &account) != 0) {
-    throw Refusal(kRefused, name + ": " + shm_strerror(SHM_ENOUSER) + nearUser(), SHM_ENOUSER);
+    throw Refusal(kRefused, name + ": " + shm_strerror(SHM_ENOUSER) + nearUser(name), SHM_ENOUSER);
   }
   return account;
 }
@@ -55,7 +57,7 @@ void refuseEmpty(const Secret& password) {
 }
 
 // 1 when the password is the user's own; the refusal otherwise.
-void authenticate(const Session& session, const Secret& password) {
+void authenticate(const Session& session, const std::string& name, const Secret& password) {
   refuseEmpty(password);
   awaitLock(session);
   if (accept(authenticateUser(name.c_str(), password.text()), name) != 1) throw refusal(name);
@@ -82,7 +84,7 @@ Json rows() {
 
 bool letterOrDigit(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); }
 
-void refuseName() {
+void refuseName(const std::string& name) {
   const bool plain = std::all_of(name.begin(), name.end(), letterOrDigit);
   const bool fits = name.size() >= 5 && name.size() < sizeof UserAccount::username;
   if (plain && fits) return;
@@ -91,7 +93,7 @@ void refuseName() {
 }
 
 // An account of the machine itself, which the library would take for one of its own.
-void refuseMachineAccount() {
+void refuseMachineAccount(const std::string& name) {
   UserAccount account;
   if (!getpwnam(name.c_str()) || getUserAccount(name.c_str(), &account) == 0) return;
   throw Refusal(kRefused,
@@ -108,16 +110,16 @@ void acceptPassword(int result, const std::string& what) {
                 refused.code());
 }
 
-UserAccount newAccount() {
+UserAccount newAccount(const UserLine& line) {
   UserAccount account = {};
-  memcpy(account.username, name.data(), name.size());
-  account.superUser = administrator ? 1 : 2;
+  memcpy(account.username, line.name.data(), line.name.size());
+  account.superUser = line.administrator ? 1 : 2;
   account.lastPasswdChange = static_cast<int32_t>(time(nullptr));
   return account;
 }
 
 // Asked behind a step that failed: its codes stay.
-bool inStore() {
+bool inStore(const std::string& name) {
   const uint32_t code = shm_errno;
   const int error = errno;
   UserAccount present;
@@ -127,27 +129,29 @@ bool inStore() {
   return there;
 }
 
-void add(const Session& session) {
-  refuseName();
+void add(const Session& session, const UserLine& line) {
+  const std::string& name = line.name;
+  refuseName(name);
   requireStore(session);
-  refuseMachineAccount();
+  refuseMachineAccount(name);
   Secret password("Password", Secret::Kind::kNew);
   refuseEmpty(password);
   Change change(session);
   acceptPassword(validatePasswordComplexity(password.text(), nullptr), "password");
-  UserAccount account = newAccount();
-  refuseMachineAccount();
+  UserAccount account = newAccount(line);
+  refuseMachineAccount(name);
   change.made(addUser(&account, password.text()), name);
   change.done("user " + name + " added");
 }
 
-void remove(const Session& session) {
+void remove(const Session& session, const UserLine& line) {
+  const std::string& name = line.name;
   requireStore(session);
   Change change(session);
-  exactUser();
+  exactUser(name);
   const int result = removeUser(name.c_str());
   // The record goes first: a password file that cannot be written leaves the line, and nothing is saved.
-  if (result < 0 && !inStore()) {
+  if (result < 0 && !inStore(name)) {
     throw Refusal(kNotSaved,
                   name + ": gone from the store, but its password line stays and nothing is saved: " + reasonText(),
                   static_cast<int>(shm_errno));
@@ -156,7 +160,7 @@ void remove(const Session& session) {
   change.done("user " + name + " removed");
 }
 
-std::string passwordLine() {
+std::string passwordLine(const std::string& name) {
   std::ifstream file(kPasswordFile);
   for (std::string line; std::getline(file, line);) {
     if (line.compare(0, name.size() + 1, name + ":") == 0) return line + "\n";
@@ -173,6 +177,7 @@ bool appendPasswordLine(const std::string& line) {
 
 // The record first, then the line; says what could not be put back.
 [[noreturn]] void putBack(const UserAccount& account, const std::string& line, const Refusal& reason) {
+  const std::string name = text(account.username);
   UserAccount present;
   char hash[256] = {};
   std::string left;
@@ -185,19 +190,20 @@ bool appendPasswordLine(const std::string& line) {
 }
 
 // The library has no change of password: the user is removed and added with the same record.
-void changePassword(const Session& session) {
+void changePassword(const Session& session, const UserLine& given) {
+  const std::string& name = given.name;
   requireStore(session);
-  UserAccount account = exactUser();
+  UserAccount account = exactUser(name);
   Secret oldPassword("Old password");
-  authenticate(session, oldPassword);
+  authenticate(session, name, oldPassword);
   Secret newPassword("New password", Secret::Kind::kNew);
   refuseEmpty(newPassword);
   Change change(session);
-  account = exactUser();
+  account = exactUser(name);
   acceptPassword(validatePasswordComplexity(newPassword.text(), oldPassword.text()), "new password");
 
   const UserAccount before = account;
-  const std::string line = passwordLine();
+  const std::string line = passwordLine(name);
   account.lastPasswdChange = static_cast<int32_t>(time(nullptr));
   if (removeUser(name.c_str()) != 1) putBack(before, line, refusal(name));
   const int result = addUser(&account, newPassword.text());
@@ -206,34 +212,31 @@ void changePassword(const Session& session) {
   change.done("password of " + name + " changed");
 }
 
-void check(const Session& session) {
+void check(const Session& session, const UserLine& line) {
+  const std::string& name = line.name;
   requireStore(session);
-  exactUser();
+  exactUser(name);
   Secret password("Password");
-  authenticate(session, password);
+  authenticate(session, name, password);
   session.done("the password of " + name + " is right");
 }
 
 }  // namespace
 
-void addUserCommands(CLI::App& app, Session& session) {
-  CLI::App* user = app.add_subcommand("user", "Management accounts; passwords come from a prompt or standard input");
-  user->require_subcommand(1);
-  user->add_subcommand("list", "All accounts")->callback([&session] { showRead(session, rows); });
-  auto named = [user](const char* command, const char* text) {
-    CLI::App* sub = user->add_subcommand(command, text);
-    sub->add_option("NAME", name, "Exact name of the user: 5 to 31 letters and digits")->required();
-    return sub;
-  };
-  CLI::App* adding = named("add", "Add a user; reads the password");
-  adding->add_flag("--admin", administrator, "Make it an administrator");
-  adding->footer(std::string("Rules: ") + kNameRule + ";\n" + kPasswordRule + ".");
-  adding->callback([&session] { add(session); });
-  named("remove", "Remove a user")->callback([&session] { remove(session); });
-  CLI::App* changing = named("passwd", "Change a password; reads the old one, then the new one");
-  changing->footer(std::string("Rules: ") + kPasswordRule + ";\n" + kDistanceRule + ".");
-  changing->callback([&session] { changePassword(session); });
-  named("check", "Check a password")->callback([&session] { check(session); });
+std::vector<Command> userCommands() {
+  const auto known =
+      needed("NAME", &UserLine::name, takes::user(), "Exact name of the user: 5 to 31 letters and digits");
+  auto fresh = known;
+  fresh.type = takes::text();
+  const auto admin = flag("--admin", &UserLine::administrator, "Make it an administrator");
+  return {group("user", "Management accounts; passwords come from a prompt or standard input"),
+          command("user list", "All accounts", showing<rows>),
+          command("user add", "Add a user; reads the password", add, {fresh, admin},
+                  std::string("Rules: ") + kNameRule + ";\n" + kPasswordRule + "."),
+          command("user remove", "Remove a user", remove, {known}),
+          command("user passwd", "Change a password; reads the old one, then the new one", changePassword, {known},
+                  std::string("Rules: ") + kPasswordRule + ";\n" + kDistanceRule + "."),
+          command("user check", "Check a password", check, {known})};
 }
 
 }  // namespace ctl

@@ -1,0 +1,96 @@
+#include "tools/ctl/command_line.h"
+
+#include <memory>
+
+namespace ctl {
+namespace {
+
+bool readable(const Type& type, const std::string& word) {
+  int number = 0;
+  double seconds = 0;
+  if (type.form == Form::kNumber) return readNumber(word, number);
+  return type.form != Form::kSeconds || readSeconds(word, seconds);
+}
+
+// What needs no more than the word itself is refused by the parser, which names the value and adds the usage.
+void addChecks(CLI::Option& option, const Type& type) {
+  if (type.form == Form::kWord) {
+    std::vector<std::string> words;
+    for (const NamedNumber& word : type.words) words.push_back(word.name);
+    option.check(CLI::IsMember(words).description(""));
+  }
+  if (type.form == Form::kNumber && type.limited()) option.check(CLI::Range(type.least, type.most).description(""));
+  if (type.form == Form::kSeconds) {
+    option.check(CLI::Range(double(type.least), double(type.most)).description(""));
+  }
+}
+
+using Take = std::function<void(const std::string&)>;
+
+CLI::Option* addValue(CLI::App& app, const Value& value, const Take& take) {
+  if (value.type.form == Form::kFlag) {
+    return app.add_flag_callback(
+        value.name, [take] { take("true"); }, value.help);
+  }
+  const Type type = value.type;
+  CLI::Option* option = app.add_option(
+      value.name,
+      [type, take](const CLI::results_t& words) {
+        for (const std::string& word : words) {
+          if (!readable(type, word)) return false;
+          take(word);
+        }
+        return true;
+      },
+      value.help);
+  option->type_name(typeText(type))->required(value.needed)->default_str(value.preset);
+  if (value.several) option->expected(CLI::detail::expected_max_vector_size);
+  if (value.lastWins) option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+  addChecks(*option, type);
+  return option;
+}
+
+bool hasBelow(const std::vector<Command>& rows, const Command& row) {
+  for (const Command& other : rows) {
+    if (other.words.size() > row.words.size() && other.words.front() == row.words.front()) return true;
+  }
+  return false;
+}
+
+void addRow(CLI::App& place, const Session& session, const Command& row) {
+  auto given = std::make_shared<Given>(row.values.size());
+  bool rest = false;
+  for (size_t i = 0; i < row.values.size(); ++i) {
+    rest = rest || row.values[i].type.form == Form::kCommandLine;
+    if (rest) continue;
+    addValue(place, row.values[i], [given, i](const std::string& word) { (*given)[i].push_back(word); });
+  }
+  if (rest) place.prefix_command()->fallthrough(false);
+  place.callback([&place, &session, &row, given, rest] {
+    if (!place.get_subcommands().empty()) return;
+    if (rest) given->back() = place.remaining();
+    row.run(session, *given);
+  });
+}
+
+}  // namespace
+
+void addSharedOptions(CLI::App& app, Session& session) {
+  for (const Argument<Session>& argument : sharedOptions()) {
+    addValue(app, argument, [&argument, &session](const std::string& word) { argument.put(session, word); });
+  }
+}
+
+void addCommands(CLI::App& app, const Session& session, const std::vector<Command>& rows) {
+  for (const Command& row : rows) {
+    CLI::App* place = &app;
+    for (size_t i = 0; i + 1 < row.words.size(); ++i) place = place->get_subcommand(row.words[i]);
+    place = place->add_subcommand(row.words.back(), row.help);
+    if (!row.more.empty()) place->footer(row.more);
+    if (row.hidden) place->group("");
+    if (hasBelow(rows, row)) place->require_subcommand(row.run ? 0 : 1, 1);
+    if (row.run) addRow(*place, session, row);
+  }
+}
+
+}  // namespace ctl

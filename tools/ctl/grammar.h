@@ -1,0 +1,127 @@
+// The grammar of kestrovectl: one row for each command, with its words, the values that follow them, its help and what
+// carries it out. The parser, the help and the reference in doc/kestrovectl.md are made from these rows.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "tools/ctl/session.h"
+#include "tools/ctl/values.h"
+
+namespace ctl {
+
+// One value of a command line. Those without "--" stand in the order of the row.
+struct Value {
+  std::string name;  // "POSITION", "--kbps"
+  Type type;
+  const char* help = "";
+  bool needed = false;
+  bool several = false;   // takes every word that is left
+  bool lastWins = false;  // may be given again
+  std::string preset;     // what holds when it is not given; empty where that is nothing to show
+
+  bool isOption() const { return name.starts_with("--"); }
+};
+
+// A value with its place in the record that the handler gets.
+template <typename Line>
+struct Argument : Value {
+  std::function<void(Line&, const std::string&)> put;
+};
+
+// The words that were given for each value of a row, in the row's order; none where a value is absent.
+using Given = std::vector<std::vector<std::string>>;
+
+struct Command {
+  std::vector<std::string> words;  // "rule", "add"
+  const char* help = "";
+  std::vector<Value> values = {};
+  // Makes the handler's record of the words and runs the handler; both throw a Refusal. Empty for a group, which only
+  // has commands below it. A row that has both is what its words alone do.
+  std::function<void(const Session&, const Given&)> run = nullptr;
+  std::string more = {};  // below the help of this command
+  bool hidden = false;    // for the program's own use
+};
+
+// The whole table, groups in front of their commands, in the order in which help lists them.
+const std::vector<Command>& grammar();
+
+// What goes with every command, before or behind its words.
+const std::vector<Argument<Session>>& sharedOptions();
+
+// The builders of rows.
+
+template <typename Line, typename Field>
+Argument<Line> argument(const char* name, Field Line::*field, const Type& type, const char* help) {
+  Argument<Line> made;
+  made.name = name;
+  made.type = type;
+  made.help = help;
+  made.put = [field, type](Line& line, const std::string& word) { convert(type, word, line.*field); };
+  return made;
+}
+
+template <typename Line, typename Field>
+Argument<Line> needed(const char* name, Field Line::*field, const Type& type, const char* help) {
+  Argument<Line> made = argument(name, field, type, help);
+  made.needed = true;
+  return made;
+}
+
+// An option, or a word that may be left out.
+template <typename Line, typename Field>
+Argument<Line> option(const char* name, Field Line::*field, const Type& type, const char* help) {
+  Argument<Line> made = argument(name, field, type, help);
+  made.preset = presetText(type, Line{}.*field);
+  return made;
+}
+
+template <typename Line>
+Argument<Line> flag(const char* name, bool Line::*field, const char* help) {
+  return argument(name, field, takes::flag(), help);
+}
+
+template <typename Line>
+Argument<Line> several(const char* name, std::vector<std::string> Line::*field, const Type& type, const char* help) {
+  Argument<Line> made = argument(name, field, type, help);
+  made.several = true;
+  return made;
+}
+
+// "rule add" as its words.
+std::vector<std::string> wordsOf(const std::string& text);
+
+inline Command group(const std::string& words, const char* help) { return {.words = wordsOf(words), .help = help}; }
+
+inline Command command(const std::string& words, const char* help, void (*handler)(const Session&)) {
+  Command row = group(words, help);
+  row.run = [handler](const Session& session, const Given&) { handler(session); };
+  return row;
+}
+
+template <typename Line>
+Command command(const std::string& words, const char* help, void (*handler)(const Session&, const Line&),
+                std::type_identity_t<std::vector<Argument<Line>>> arguments, const std::string& more = "") {
+  Command row = group(words, help);
+  row.values.assign(arguments.begin(), arguments.end());
+  row.more = more;
+  row.run = [handler, arguments](const Session& session, const Given& given) {
+    Line line;
+    for (size_t i = 0; i < given.size(); ++i) {
+      for (const std::string& word : given[i]) arguments[i].put(line, word);
+    }
+    handler(session, line);
+  };
+  return row;
+}
+
+// Two lists of values as one.
+template <typename Line>
+std::vector<Argument<Line>> operator+(std::vector<Argument<Line>> first, std::vector<Argument<Line>> second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+}  // namespace ctl

@@ -1,0 +1,126 @@
+#include "tools/ctl/values.h"
+
+#include <arpa/inet.h>
+
+#include <cstring>
+
+#include "CLI/TypeTools.hpp"
+#include "kestrove/kestrove.h"
+#include "tools/ctl/session.h"
+
+namespace ctl {
+namespace {
+
+bool digits(const std::string& text, size_t most) {
+  return !text.empty() && text.size() <= most && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+void parseAddress6(const std::string& text, uint8_t (&out)[16]) {
+  if (parseIpv6Address(text.c_str(), out) != 0) {
+    throw Refusal(kUsage, text + ": " + shm_strerror(SHM_EIPV6), SHM_EIPV6);
+  }
+}
+
+uint32_t parseLength6(const std::string& text) {
+  if (digits(text, 3) && std::stoi(text) <= 128) return static_cast<uint32_t>(std::stoi(text));
+  throw Refusal(kUsage, text + ": no prefix length (0 to 128)");
+}
+
+bool isVersion6(const std::string& text, Family family) {
+  return family == Family::kBoth ? text.find(':') != std::string::npos : family == Family::kIpv6;
+}
+
+}  // namespace
+
+uint32_t parseAddress(const std::string& text) {
+  char copy[64] = {};
+  uint32_t address = 0;
+  if (text.size() < sizeof copy) {
+    memcpy(copy, text.data(), text.size());
+    if (parseIpv4Address(copy, &address) == 0) return address;
+  } else {
+    shm_errno = SHM_EINVAL;
+  }
+  throw Refusal(kUsage, text + ": " + shm_strerror(static_cast<int>(shm_errno)), static_cast<int>(shm_errno));
+}
+
+uint32_t parseMask(const std::string& text) {
+  if (!digits(text, 2)) return parseAddress(text);
+  const int length = std::stoi(text);
+  if (length > 32) throw Refusal(kUsage, text + ": " + shm_strerror(SHM_EMASK), SHM_EMASK);
+  return length == 0 ? 0 : htonl(~0u << (32 - length));
+}
+
+Address parseAddress(const std::string& text, Family family) {
+  Address address = {.text = text, .version = isVersion6(text, family) ? 6u : 4u};
+  if (address.version == 6) {
+    parseAddress6(text, address.address6);
+  } else {
+    address.address = parseAddress(text);
+  }
+  return address;
+}
+
+Prefix parsePrefix(const std::string& text, Family family) {
+  const size_t slash = text.find('/');
+  Prefix prefix = {.text = text, .host = parseAddress(text.substr(0, slash), family)};
+  const bool whole = slash == std::string::npos;
+  const std::string length = whole ? "" : text.substr(slash + 1);
+  if (!whole && length.empty()) throw Refusal(kUsage, text + ": no prefix length behind the slash");
+  if (prefix.version() == 6) {
+    prefix.length6 = whole ? 128 : parseLength6(length);
+  } else {
+    prefix.mask = whole ? ~0u : parseMask(length);
+  }
+  return prefix;
+}
+
+int parseWord(const Type& type, const std::string& text) {
+  if (const NamedNumber* word = findName(type.words, text)) return word->number;
+  if (type.form == Form::kName && digits(text, 3) && std::stoi(text) <= type.most) return std::stoi(text);
+  throw Refusal(kUsage, text + ": no " + type.meant);
+}
+
+bool readNumber(const std::string& text, int& out) { return CLI::detail::lexical_cast(text, out); }
+
+bool readSeconds(const std::string& text, double& out) { return CLI::detail::lexical_cast(text, out); }
+
+void convert(const Type&, const std::string& text, std::string& out) { out = text; }
+
+void convert(const Type& type, const std::string& text, int& out) {
+  if (type.form != Form::kNumber) {
+    out = parseWord(type, text);
+  } else if (!readNumber(text, out)) {
+    throw Refusal(kUsage, text + ": no number");
+  }
+}
+
+void convert(const Type& type, const std::string& text, uint32_t& out) {
+  int number = 0;
+  convert(type, text, number);
+  out = static_cast<uint32_t>(number);
+}
+
+void convert(const Type&, const std::string&, bool& out) { out = true; }
+
+void convert(const Type&, const std::string& text, double& out) {
+  if (!readSeconds(text, out)) throw Refusal(kUsage, text + ": no number of seconds");
+}
+
+void convert(const Type& type, const std::string& text, Address& out) { out = parseAddress(text, type.family); }
+
+void convert(const Type& type, const std::string& text, Prefix& out) { out = parsePrefix(text, type.family); }
+
+std::string presetText(const Type& type, int value) {
+  return type.words.empty() ? std::to_string(value) : nameOf(type.words, static_cast<uint32_t>(value));
+}
+
+std::string presetText(const Type& type, uint32_t value) { return presetText(type, static_cast<int>(value)); }
+
+std::string presetText(const Type&, double value) {
+  char text[32];
+  snprintf(text, sizeof text, "%g", value);
+  return text;
+}
+
+}  // namespace ctl
