@@ -44,15 +44,11 @@ const Row kRows[] = {
 bool isOf(const Row& row, const Keyword& keyword) {
   return keyword.place.offset == offsetof(ShmData, config) + row.place && keyword.place.width == row.width;
 }
-bool isOf(const Row& row, const Keyword* keyword) { return isOf(row, *keyword); }
-
-std::string nameOf(const Keyword& keyword) { return std::string(keyword.name); }
-std::string nameOf(const Keyword* keyword) { return nameOf(*keyword); }
 
 // The keyword that a saved file has for a field; empty where it has none.
 std::string writtenFor(const Row& row) {
-  for (const auto& keyword : writtenKeywords()) {
-    if (isOf(row, keyword)) return nameOf(keyword);
+  for (const Keyword& keyword : writtenKeywords()) {
+    if (isOf(row, keyword)) return std::string(keyword.name);
   }
   return "";
 }
