@@ -10,11 +10,9 @@
 namespace ctl {
 namespace {
 
-constexpr int kBridge = 4;
-
 struct AddressLine {
   Prefix address;
-  int kind = kBridge;
+  int kind = SHM_IF_BRIDGE;
   bool ofBridge = false;
 };
 
@@ -49,7 +47,7 @@ ManagementAddress entryOf(const AddressLine& line) {
   entry.ipVersion = line.address.version();
   memcpy(entry.address6, line.address.host.address6, sizeof entry.address6);
   entry.prefixLength6 = line.address.length6;
-  if (entry.ipVersion == 6) return entry;
+  if (entry.ipVersion == SHM_FAMILY_IPV6) return entry;
   requireUsable(line.address);
   entry.address = line.address.host.address;
   entry.mask = line.address.mask;
@@ -57,7 +55,7 @@ ManagementAddress entryOf(const AddressLine& line) {
 }
 
 Ip6Address bridgeEntry(const ManagementAddress& entry) {
-  if (entry.ipVersion != 6) throw Refusal(kUsage, "--br0 takes an IPv6 address");
+  if (entry.ipVersion != SHM_FAMILY_IPV6) throw Refusal(kUsage, "--br0 takes an IPv6 address");
   Ip6Address own = {};
   memcpy(own.address, entry.address6, sizeof own.address);
   own.prefixLength = entry.prefixLength6;

@@ -8,11 +8,8 @@
 namespace ctl {
 namespace {
 
-constexpr int kEngineTask = 4;
-constexpr uint32_t kEngineSource = 1;
-
 Json status() {
-  const int pid = shm_getTaskPid(kEngineTask);
+  const int pid = shm_getTaskPid(SHM_TASK_ENGINE);
   return {{"pid", pid},
           {"process", processLife(pid)},
           {"enabled", switchText(shm->config.kestroveOperState)},
@@ -24,7 +21,8 @@ Json status() {
 
 void restart(const Session& session) {
   // The library takes that source for the engine and ends the process that calls.
-  if (session.source == kEngineSource) throw Refusal(kUsage, "--source 1 is the engine, which cannot restart itself");
+  if (session.source == SHM_SOURCE_ENGINE)
+    throw Refusal(kUsage, "--source 1 is the engine, which cannot restart itself");
   requireStore(session);
   Change change(session);
   const int result = restart_kestrove(session.source, session.userName());

@@ -16,9 +16,6 @@
 namespace ctl {
 namespace {
 
-constexpr int kEngineTask = 4;
-constexpr int kPoweredOn = 1;
-
 std::string readImage(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::string image((std::istreambuf_iterator<char>(file)), {});
@@ -39,10 +36,10 @@ void* makeStore() {
 [[noreturn]] void powerOn() {
   if (shm_lock() != 0) _exit(kNoStore);
   shm->operationalState = SHM_STATE_OPERATIONAL;
-  shm->taskPids[kEngineTask] = 0;
+  shm->taskPids[SHM_TASK_ENGINE] = 0;
   shm_unlock();
   OpModeContext context = {};
-  int result = OpModeState(kPoweredOn, &context);
+  int result = OpModeState(SHM_MODE_EVENT_POWERED_ON, &context);
   _exit(result == 0 && updateKernelRules() == 0 ? kDone : kRefused);
 }
 

@@ -35,22 +35,23 @@ std::string hardwareOf(int number) {
   return buffer;
 }
 
-Json row(const char* role, int number, int hardwareNumber, uint32_t address, uint32_t mask) {
+Json row(const char* role, int number, uint32_t address, uint32_t mask) {
   return {{"interface", role},
           {"inUse", deviceOf(number, false)},
           {"physical", deviceOf(number, true)},
-          {"hardware", hardwareOf(hardwareNumber)},
+          {"hardware", hardwareOf(number)},
           {"address", addressText(address)},
           {"mask", addressText(mask)}};
 }
 
 Json rows() {
   const ConfigRecord& config = shm->config;
-  return Json::array(
-      {row("LAN", 0, 0, config.lanIpAddress, config.lanIpAddressMask),
-       row("WAN", 1, 1, config.wanIpAddress, config.wanIpAddressMask),
-       row("management", 3, 3, config.managementAddress, config.managementAddressMask),
-       {{"interface", "bridge/router port"}, {"inUse", deviceOf(5, false)}, {"physical", deviceOf(5, true)}}});
+  return Json::array({row("LAN", SHM_IF_LAN, config.lanIpAddress, config.lanIpAddressMask),
+                      row("WAN", SHM_IF_WAN, config.wanIpAddress, config.wanIpAddressMask),
+                      row("management", SHM_IF_MANAGEMENT, config.managementAddress, config.managementAddressMask),
+                      {{"interface", "bridge/router port"},
+                       {"inUse", deviceOf(SHM_IF_BASE, false)},
+                       {"physical", deviceOf(SHM_IF_BASE, true)}}});
 }
 
 void link(const Session& session, const LinkLine& line) {
@@ -70,11 +71,11 @@ Json modeFacts() {
   uint32_t single = 0;
   uint32_t lan = 0;
   uint32_t wan = 0;
-  accept(getKestroveConfigItem(43, &mode), "mode");
+  accept(getKestroveConfigItem(SHM_ITEM_OPERATING_MODE, &mode), "mode");
   accept(getSingleInterfaceMode(&single, &lan, &wan), "mode");
   uint32_t pbr = 0;
-  accept(getKestroveConfigItem(20, &pbr), "mode");
-  return {{"mode", mode <= 2 ? oprmode_str[mode] : "invalid"},
+  accept(getKestroveConfigItem(SHM_ITEM_POLICY_ROUTING, &pbr), "mode");
+  return {{"mode", mode <= SHM_MODE_POLICY_ROUTING ? oprmode_str[mode] : "invalid"},
           {"singleInterface", switchText(single)},
           {"policyRouting", switchText(pbr)},
           {"lanVlan", lan},
@@ -99,7 +100,8 @@ void twoInterfaces(const Session& session) {
 void policyRouting(const Session& session, const RoutingLine& line) {
   requireStore(session);
   Change change(session);
-  change.made(setKestroveConfigItem(20, line.position, session.source, session.userName()), "policy routing");
+  change.made(setKestroveConfigItem(SHM_ITEM_POLICY_ROUTING, line.position, session.source, session.userName()),
+              "policy routing");
   change.show(modeFacts());
 }
 

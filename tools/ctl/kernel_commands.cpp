@@ -9,9 +9,6 @@
 namespace ctl {
 namespace {
 
-constexpr uint32_t kDisabled = 2;
-constexpr uint32_t kActive = 3;
-
 Json kernelFacts(const char* command) {
   tools::Output output = tools::runForOutput(command);
   if (output.status != 0) throw Refusal(kSystem, std::string(command) + ": failed");
@@ -39,13 +36,13 @@ bool holdsRoute(const Json& kernel, const std::string& destination, const std::s
 }
 
 std::string reasonFor(uint32_t status, bool local) {
-  if (status == kDisabled) return "disabled";
+  if (status == SHM_ROUTE_DISABLED) return "disabled";
   if (!local) return "gateway not on a management subnet";
   return "refused by the kernel";
 }
 
 Json compared(const std::string& destination, const std::string& gateway, uint32_t status, bool inKernel, bool local) {
-  bool wanted = status == kActive;
+  bool wanted = status == SHM_ROUTE_ACTIVE;
   Json row = {{"destination", destination},
               {"gateway", gateway},
               {"table", wanted ? "active" : "not active"},
@@ -123,8 +120,9 @@ Json addresses() {
     char interface[16] = {};
     accept(getManagementAddr(i, &entry), "address");
     if (getInterfaceName(entry.interfaceKind, interface, sizeof interface) != 0) interface[0] = '\0';
-    std::string address = entry.ipVersion == 6 ? address6Text(entry.address6) : addressText(entry.address);
-    rows.push_back(addressRow(kernel, text(interface), address, entry.status == 1));
+    std::string address =
+        entry.ipVersion == SHM_FAMILY_IPV6 ? address6Text(entry.address6) : addressText(entry.address);
+    rows.push_back(addressRow(kernel, text(interface), address, entry.status == SHM_ADDRESS_APPLIED));
   }
   count = accept(getIp6Count(), "IPv6 addresses");
   for (int i = 0; i < count && i < SHM_IP6_ADDRESSES; ++i) {

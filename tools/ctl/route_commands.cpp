@@ -10,9 +10,6 @@
 namespace ctl {
 namespace {
 
-constexpr uint32_t kDisabled = 2;
-constexpr uint32_t kActive = 3;
-
 struct RouteLine {
   Prefix destination;
   Prefix newDestination;
@@ -102,7 +99,7 @@ template <typename Table>
 typename Table::Entry wanted(const Prefix& destination, const RouteLine& line) {
   typename Table::Entry route = Table::entry(destination);
   Table::setGateway(route, line.gateway);
-  route.status = line.disabled ? kDisabled : kActive;
+  route.status = line.disabled ? SHM_ROUTE_DISABLED : SHM_ROUTE_ACTIVE;
   return route;
 }
 

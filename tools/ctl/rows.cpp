@@ -13,12 +13,12 @@ namespace {
 constexpr int kBitsPerKilobit = 1000;
 
 std::string endText(const FilterRule& rule, bool source) {
-  if (rule.ipVersion == 6) {
+  if (rule.ipVersion == SHM_FAMILY_IPV6) {
     return address6Text(source ? rule.srcAddr6 : rule.dstAddr6) + "/" +
            std::to_string(source ? rule.srcPrefixLen6 : rule.dstPrefixLen6);
   }
   uint32_t mask = source ? rule.srcMask : rule.dstMask;
-  if (rule.ipVersion != 4 || mask == 0) return "any";
+  if (rule.ipVersion != SHM_FAMILY_IPV4 || mask == 0) return "any";
   return addressText(source ? rule.srcAddr : rule.dstAddr) + "/" + std::to_string(inet_ntocidr(mask));
 }
 
@@ -28,7 +28,9 @@ std::string portsText(int first, int last) {
 }
 
 // Any number but the two is one that accelerates.
-const char* targetText(int target) { return target == 0 ? "drop" : target == -1 ? "bridge" : "accelerate"; }
+const char* targetText(int target) {
+  return target == SHM_TARGET_DROP ? "drop" : target == SHM_TARGET_BRIDGE ? "bridge" : "accelerate";
+}
 
 Json qosRow(const std::string& name, const QosRow& qos) {
   return {{"class", name},
@@ -53,9 +55,9 @@ Json userRow(const UserAccount& account) {
 
 Json ruleRow(int position, const FilterRule& rule) {
   return {{"position", position},
-          {"family", rule.ipVersion == 6   ? "IPv6"
-                     : rule.ipVersion == 4 ? "IPv4"
-                                           : "any"},
+          {"family", rule.ipVersion == SHM_FAMILY_IPV6   ? "IPv6"
+                     : rule.ipVersion == SHM_FAMILY_IPV4 ? "IPv4"
+                                                         : "any"},
           {"source", endText(rule, true)},
           {"destination", endText(rule, false)},
           {"protocol", nameOf(kProtocols, rule.proto)},
@@ -69,11 +71,11 @@ Json ruleRow(int position, const FilterRule& rule) {
 }
 
 Json managementRow(const ManagementAddress& entry) {
-  bool six = entry.ipVersion == 6;
+  bool six = entry.ipVersion == SHM_FAMILY_IPV6;
   return {{"address", six ? address6Text(entry.address6) : addressText(entry.address)},
           {"mask", six ? std::to_string(entry.prefixLength6) : addressText(entry.mask)},
           {"interface", nameOf(kInterfaceKinds, static_cast<uint32_t>(entry.interfaceKind))},
-          {"status", entry.status == 1 ? "applied" : "not applied"}};
+          {"status", entry.status == SHM_ADDRESS_APPLIED ? "applied" : "not applied"}};
 }
 
 Json address6Row(const Ip6Address& entry) {
@@ -132,16 +134,19 @@ Json statisticsObject(const StatisticsBlock& block) {
 }
 
 Json pendingNames(uint32_t bits) {
-  constexpr struct {
-    int bit;
-    const char* name;
-  } kChanges[] = {{0, "LAN rate"}, {1, "WAN rate"},    {2, "LAN MTU"},
-                  {3, "WAN MTU"},  {5, "compression"}, {6, "WAN congestion"},
-                  {7, "rules"},    {10, "item 38"},    {13, "management address"},
-                  {14, "mode"}};
+  constexpr NamedNumber kChanges[] = {{"LAN rate", SHM_CHANGE_LAN_RATE},
+                                      {"WAN rate", SHM_CHANGE_WAN_RATE},
+                                      {"LAN MTU", SHM_CHANGE_LAN_MTU},
+                                      {"WAN MTU", SHM_CHANGE_WAN_MTU},
+                                      {"compression", SHM_CHANGE_COMPRESSION},
+                                      {"WAN congestion", SHM_CHANGE_CONGESTION},
+                                      {"rules", SHM_CHANGE_RULES},
+                                      {"item 38", SHM_CHANGE_ITEM_38},
+                                      {"management address", SHM_CHANGE_MANAGEMENT},
+                                      {"mode", SHM_CHANGE_MODE}};
   Json names = Json::array();
-  for (const auto& change : kChanges) {
-    if (bits & (1u << change.bit)) names.push_back(change.name);
+  for (const NamedNumber& change : kChanges) {
+    if (bits & static_cast<uint32_t>(change.number)) names.push_back(change.name);
   }
   return names;
 }

@@ -12,11 +12,6 @@ namespace ctl {
 namespace {
 
 constexpr int kBitsPerKilobit = 1000;
-constexpr uint32_t kTcp = 6;
-constexpr uint32_t kUdp = 17;
-constexpr uint32_t kAnyFamily = 1;
-constexpr uint32_t kIpv4 = 4;
-constexpr uint32_t kIpv6 = 6;
 
 // What a command line says of a rule: only what is given changes it.
 struct RuleLine {
@@ -61,7 +56,7 @@ Json rows() {
 
 void setEnd(FilterRule& rule, const Prefix& end, bool source) {
   rule.ipVersion = end.version();
-  if (rule.ipVersion == kIpv6) {
+  if (rule.ipVersion == SHM_FAMILY_IPV6) {
     memcpy(source ? rule.srcAddr6 : rule.dstAddr6, end.host.address6, sizeof end.host.address6);
     (source ? rule.srcPrefixLen6 : rule.dstPrefixLen6) = end.length6;
     return;
@@ -81,8 +76,8 @@ void refuseContradictions(const RuleLine& given) {
 }
 
 bool hasEnd(const FilterRule& rule, bool source) {
-  if (rule.ipVersion == kIpv4) return (source ? rule.srcMask : rule.dstMask) != 0;
-  return rule.ipVersion == kIpv6 && (source ? rule.srcPrefixLen6 : rule.dstPrefixLen6) != 0;
+  if (rule.ipVersion == SHM_FAMILY_IPV4) return (source ? rule.srcMask : rule.dstMask) != 0;
+  return rule.ipVersion == SHM_FAMILY_IPV6 && (source ? rule.srcPrefixLen6 : rule.dstPrefixLen6) != 0;
 }
 
 // An end that stays in a rule goes with the family that it has.
@@ -114,7 +109,8 @@ void refuseMeaninglessPorts(const FilterRule& rule) {
   refusePorts(rule.srcPort, rule.srcPortEnd, "--sport");
   refusePorts(rule.destPort, rule.destPortEnd, "--dport");
   const bool ports = rule.srcPort != 0 || rule.destPort != 0;
-  if (ports && rule.proto != kTcp && rule.proto != kUdp) throw Refusal(kUsage, "ports go with --proto tcp or udp");
+  if (ports && rule.proto != SHM_PROTO_TCP && rule.proto != SHM_PROTO_UDP)
+    throw Refusal(kUsage, "ports go with --proto tcp or udp");
 }
 
 bool namesPorts(const RuleLine& given) {
@@ -122,13 +118,14 @@ bool namesPorts(const RuleLine& given) {
 }
 
 bool matchesAll(const FilterRule& rule) {
-  return !hasEnd(rule, true) && !hasEnd(rule, false) && rule.proto == 0 && rule.srcPort == 0 && rule.destPort == 0;
+  return !hasEnd(rule, true) && !hasEnd(rule, false) && rule.proto == SHM_PROTO_ANY && rule.srcPort == 0 &&
+         rule.destPort == 0;
 }
 
 void apply(FilterRule& rule, const RuleLine& given) {
   refuseContradictions(given);
   refuseOtherFamily(rule, given);
-  if (given.any) rule.ipVersion = kAnyFamily;
+  if (given.any) rule.ipVersion = SHM_FAMILY_ANY;
   if (given.source) setEnd(rule, *given.source, true);
   if (given.destination) setEnd(rule, *given.destination, false);
   if (given.protocol) rule.proto = *given.protocol;
@@ -144,11 +141,11 @@ void apply(FilterRule& rule, const RuleLine& given) {
 
 FilterRule freshRule() {
   FilterRule rule = {};
-  rule.ipVersion = kIpv4;
-  rule.target = 1;
+  rule.ipVersion = SHM_FAMILY_IPV4;
+  rule.target = SHM_TARGET_ACCELERATE;
   rule.priority = 8;
   rule.accel = SHM_ON;
-  rule.ruleAction = 3;
+  rule.ruleAction = SHM_RULE_ACTIVE;
   return rule;
 }
 

@@ -13,8 +13,8 @@ Json facts() {
   uint32_t uptime = 0;
   getSystemUptime(&uptime);
   InterfaceCounters counters[2];
-  accept(getInterfaceStats(0, &counters[0]), "interface statistics");
-  accept(getInterfaceStats(1, &counters[1]), "interface statistics");
+  accept(getInterfaceStats(SHM_IF_LAN, &counters[0]), "interface statistics");
+  accept(getInterfaceStats(SHM_IF_WAN, &counters[1]), "interface statistics");
   QosRow qos[SHM_QOS_ROWS];
   accept(readQosStats(qos), "QoS statistics");
   Json result = statisticsObject(shm->statistics);

@@ -52,8 +52,9 @@ uint32_t parseMask(const std::string& text) {
 }
 
 Address parseAddress(const std::string& text, Family family) {
-  Address address = {.text = text, .version = isVersion6(text, family) ? 6u : 4u};
-  if (address.version == 6) {
+  Address address = {.text = text,
+                     .version = isVersion6(text, family) ? uint32_t{SHM_FAMILY_IPV6} : uint32_t{SHM_FAMILY_IPV4}};
+  if (address.version == SHM_FAMILY_IPV6) {
     parseAddress6(text, address.address6);
   } else {
     address.address = parseAddress(text);
@@ -67,7 +68,7 @@ Prefix parsePrefix(const std::string& text, Family family) {
   const bool whole = slash == std::string::npos;
   const std::string length = whole ? "" : text.substr(slash + 1);
   if (!whole && length.empty()) throw Refusal(kUsage, text + ": no prefix length behind the slash");
-  if (prefix.version() == 6) {
+  if (prefix.version() == SHM_FAMILY_IPV6) {
     prefix.length6 = whole ? 128 : parseLength6(length);
   } else {
     prefix.mask = whole ? ~0u : parseMask(length);

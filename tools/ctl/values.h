@@ -11,9 +11,9 @@
 namespace ctl {
 
 struct Address {
-  std::string text;  // as it was given
-  uint32_t version = 0;
-  uint32_t address = 0;  // of version 4; network byte order
+  std::string text;      // as it was given
+  uint32_t version = 0;  // SHM_FAMILY_IPV4 or SHM_FAMILY_IPV6
+  uint32_t address = 0;  // of IPv4; network byte order
   uint8_t address6[16] = {};
 };
 
@@ -21,7 +21,7 @@ struct Address {
 struct Prefix {
   std::string text;  // as it was given
   Address host;
-  uint32_t mask = 0;  // of version 4; network byte order
+  uint32_t mask = 0;  // of IPv4; network byte order
   uint32_t length6 = 0;
 
   uint32_t version() const { return host.version; }

@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 
+#include "kestrove/codes.h"
 #include "kestrove/layout.h"
 
 namespace ctl {
@@ -17,15 +18,23 @@ struct NamedNumber {
 using Vocabulary = std::span<const NamedNumber>;
 
 inline constexpr NamedNumber kSwitches[] = {{"on", SHM_ON}, {"off", SHM_OFF}};
-inline constexpr NamedNumber kProtocols[] = {{"any", 0}, {"tcp", 6}, {"udp", 17}};
-inline constexpr NamedNumber kTargets[] = {{"accelerate", 1}, {"bridge", -1}, {"drop", 0}};
-inline constexpr NamedNumber kRuleStatus[] = {{"undefined", 0}, {"invalid", 1}, {"nis", 2}, {"active", 3}};
-inline constexpr NamedNumber kRouteStatus[] = {{"inactive", 1}, {"disabled", 2}, {"active", 3}};
-inline constexpr NamedNumber kInterfaceKinds[] = {
-    {"lan", 0}, {"wan", 1}, {"management", 3}, {"bridge", 4}, {"router", 5}};
+inline constexpr NamedNumber kProtocols[] = {{"any", SHM_PROTO_ANY}, {"tcp", SHM_PROTO_TCP}, {"udp", SHM_PROTO_UDP}};
+inline constexpr NamedNumber kTargets[] = {
+    {"accelerate", SHM_TARGET_ACCELERATE}, {"bridge", SHM_TARGET_BRIDGE}, {"drop", SHM_TARGET_DROP}};
+inline constexpr NamedNumber kRuleStatus[] = {{"undefined", SHM_RULE_UNDEFINED},
+                                              {"invalid", SHM_RULE_INVALID},
+                                              {"nis", SHM_RULE_NIS},
+                                              {"active", SHM_RULE_ACTIVE}};
+inline constexpr NamedNumber kRouteStatus[] = {
+    {"inactive", SHM_ROUTE_INACTIVE}, {"disabled", SHM_ROUTE_DISABLED}, {"active", SHM_ROUTE_ACTIVE}};
+inline constexpr NamedNumber kInterfaceKinds[] = {{"lan", SHM_IF_LAN},
+                                                  {"wan", SHM_IF_WAN},
+                                                  {"management", SHM_IF_MANAGEMENT},
+                                                  {"bridge", SHM_IF_BRIDGE},
+                                                  {"router", SHM_IF_BASE}};
 
-// Ports by the number that their link status has.
-inline constexpr NamedNumber kPorts[] = {{"lan", 5}, {"wan", 1}, {"management", 3}};
+// Ports by the interface whose link they have: the LAN port is the base of the bridge.
+inline constexpr NamedNumber kPorts[] = {{"lan", SHM_IF_BASE}, {"wan", SHM_IF_WAN}, {"management", SHM_IF_MANAGEMENT}};
 
 // Null where the words do not have it.
 const NamedNumber* findName(Vocabulary words, const std::string& name);
