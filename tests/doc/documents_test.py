@@ -31,7 +31,7 @@ def picture_of_the_floors_is_its_source():
         subprocess.run([SOURCE / "scripts/floors", fresh.name], check=True)
         now = drawn(pathlib.Path(fresh.name).read_text(encoding="utf-8"))
     kept = drawn(text_of("doc/floors.svg"))
-    assert len(kept) > 100, "the picture shows next to nothing"
+    assert len(kept) > 50, "the picture shows next to nothing"
     none([f"not both drawn and in doc/floors.svg: {line}; run scripts/floors" for line in {*now} ^ {*kept}])
     assert now == kept, "the same things in another order: run scripts/floors"
 
