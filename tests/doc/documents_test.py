@@ -107,6 +107,12 @@ def every_link_leads_somewhere():
           if not (document.parent / link).exists()])
 
 
+def every_front_end_is_shorter_than_sixty_lines():
+    lengths = {example.name: len(text_of(example).splitlines()) for example in SOURCE.glob("examples/front_end.*")}
+    assert len(lengths) == 3, lengths
+    none([f"examples/{name} has {length} lines" for name, length in lengths.items() if length >= 60])
+
+
 def chart_belongs_to_the_table():
     now = subprocess.run([SOURCE / "scripts/benchmarks.py", "--chart", SOURCE / "doc/benchmarks.md"], check=True,
                          stdout=subprocess.PIPE, encoding="utf-8").stdout
@@ -118,5 +124,5 @@ def chart_belongs_to_the_table():
 CASES = {"".join(word.capitalize() for word in case.__name__.split("_")): case
          for case in (picture_of_the_floors_is_its_source, every_room_is_in_the_picture, every_step_is_in_its_file,
                       every_path_is_there, every_link_leads_somewhere, chart_belongs_to_the_table,
-                      readme_names_every_file_that_exports)}
+                      readme_names_every_file_that_exports, every_front_end_is_shorter_than_sixty_lines)}
 CASES[sys.argv[2]]()
