@@ -3,6 +3,7 @@
 #include <stddef.h>
 #include <string.h>
 
+#include "tests/config/config_fixture.h"
 #include "tests/support/addresses.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
@@ -11,8 +12,6 @@ namespace kestrove::testing {
 namespace {
 
 using ::testing::ValuesIn;
-
-constexpr char kInput[] = "/tmp/input.conf";
 
 struct Field {
   const char* keyword;
@@ -25,15 +24,6 @@ void PrintTo(const Field& field, std::ostream* out) { *out << field.keyword; }
 
 #define CONFIG(field) offsetof(ShmData, config) + offsetof(ConfigRecord, field), sizeof(ConfigRecord::field)
 #define STORE(field) offsetof(ShmData, field), sizeof(ShmData::field)
-
-std::vector<std::string> load(const std::string& text) {
-  writeFile(kInput, text);
-  clearSyslog();
-  EXPECT_EQ(0, load_shared_memory(kInput));
-  return syslogLines();
-}
-
-const std::vector<std::string> kNoMessages;
 
 char* fieldAt(const Field& field) { return reinterpret_cast<char*>(shm) + field.offset; }
 

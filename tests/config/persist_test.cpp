@@ -6,14 +6,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tests/config/config_fixture.h"
 #include "tests/support/files.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
 namespace kestrove::testing {
 namespace {
-
-constexpr char kInput[] = "/tmp/input.conf";
 
 class LoadTest : public StoreTest {
  protected:

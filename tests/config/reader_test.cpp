@@ -1,23 +1,13 @@
 // Lines of a configuration file, and keywords that do more than fill a field.
 #include <arpa/inet.h>
 
+#include "tests/config/config_fixture.h"
 #include "tests/support/addresses.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
 namespace kestrove::testing {
 namespace {
-
-constexpr char kInput[] = "/tmp/input.conf";
-
-std::vector<std::string> load(const std::string& text) {
-  writeFile(kInput, text);
-  clearSyslog();
-  EXPECT_EQ(0, load_shared_memory(kInput));
-  return syslogLines();
-}
-
-const std::vector<std::string> kNoMessages;
 
 class ReaderTest : public StoreTest {};
 

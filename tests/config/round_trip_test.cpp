@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/config_span.h"
 #include "tests/support/files.h"
 #include "tests/support/random_store.h"
 #include "tests/support/store.h"
@@ -72,24 +73,15 @@ std::unique_ptr<ShmData> readBack() {
   return store;
 }
 
-struct TextField {
-  const char* name;
-  size_t offset;
-  size_t width;
-};
-#define TEXT(field) \
-  { #field, offsetof(ConfigRecord, field), sizeof(ConfigRecord::field) }
-constexpr TextField kTextFields[] = {TEXT(lanInterfaceName), TEXT(wanInterfaceName), TEXT(sysName), TEXT(sysLocation),
-                                     TEXT(sysContact)};
-
-char* fieldOf(ShmData& store, const TextField& field) { return reinterpret_cast<char*>(&store.config) + field.offset; }
+constexpr ConfigSpan kTextFields[] = {CONFIG_SPAN(lanInterfaceName), CONFIG_SPAN(wanInterfaceName),
+                                      CONFIG_SPAN(sysName), CONFIG_SPAN(sysLocation), CONFIG_SPAN(sysContact)};
 
 // Whatever bytes a text holds, saved and read back it changes no other byte of the store.
 TEST(RoundTripTest, AnyTextComesBackAsItselfAtMost) {
   ::testing::internal::CaptureStdout();
   std::mt19937 random(1);
   for (unsigned seed = 0; seed < 200 && !::testing::Test::HasFailure(); ++seed) {
-    for (const TextField& field : kTextFields) {
+    for (const ConfigSpan& field : kTextFields) {
       SCOPED_TRACE(field.name + std::to_string(seed));
       drawStore(seed);
       memset(fieldOf(*shm, field), 0, field.width);

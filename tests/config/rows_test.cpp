@@ -3,6 +3,7 @@
 #include <limits.h>
 #include <string.h>
 
+#include "tests/config/config_fixture.h"
 #include "tests/support/addresses.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
@@ -10,18 +11,11 @@
 namespace kestrove::testing {
 namespace {
 
-constexpr char kInput[] = "/tmp/input.conf";
-
 class RowsTest : public StoreTest {
  protected:
   void SetUp() override {
     StoreTest::SetUp();
     manAddrEnt = {};
-  }
-  static void load(const std::string& text) {
-    writeFile(kInput, text);
-    clearSyslog();
-    EXPECT_EQ(0, load_shared_memory(kInput));
   }
   // Nothing of the store changes and nothing is said.
   static void expectDropped(const std::string& line) {

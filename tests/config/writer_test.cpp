@@ -5,6 +5,7 @@
 
 #include "tests/support/addresses.h"
 #include "tests/support/files.h"
+#include "tests/support/records.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
@@ -106,12 +107,7 @@ void fillStore() {
   shm->managementAddressCount = 1;
   shm->managementAddress[0] = {4, 1, quad("10.0.0.9"), quad("255.255.255.0"), {}, 0, 4};
   shm->routes.slot[0] = {quad("10.2.0.0"), quad("255.255.0.0"), quad("192.168.1.253"), 3, 1, SHM_NO_SLOT};
-  Route6Entry& route = shm->routes6.slot[0];
-  setIp6(route.destination, "2001:db8::");
-  setIp6(route.gateway, "fd00::fe");
-  route.prefixLength = 32;
-  route.status = 1;
-  route.inUse = 1;
+  shm->routes6.slot[0] = linked(route6Record("2001:db8::", 32, "fd00::fe", SHM_ROUTE_INACTIVE));
   shm->filterTable.ruleCount = 2;
   shm->filterTable.rule[1] = shm->filterTable.rule[0];
   FilterRule& rule = shm->filterTable.rule[0];
@@ -358,18 +354,14 @@ FilterRule& addRuleOf(uint32_t family) {
   FilterTable& table = shm->filterTable;
   table.rule[table.ruleCount] = table.rule[table.ruleCount - 1];
   FilterRule& rule = table.rule[table.ruleCount++ - 1];
-  rule = {};
+  rule = tcpRule();
   rule.ipVersion = family;
-  rule.proto = 6;
   rule.srcPort = 1;
   rule.srcPortEnd = 65535;
   rule.destPort = 80;
   rule.destPortEnd = 81;
-  rule.target = 1;
   rule.priority = 5;
   rule.bandwidth = 10000;
-  rule.accel = 1;
-  rule.ruleAction = 3;
   return rule;
 }
 

@@ -8,6 +8,7 @@
 #include "kestrove/dump.h"
 #include "tests/support/addresses.h"
 #include "tests/support/memory_stream.h"
+#include "tests/support/records.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
@@ -40,18 +41,12 @@ inline int countLines(const std::string& text, const std::string& part) {
 
 inline void putRoute(uint32_t slot, const char* destination, const char* mask, const char* gateway, uint32_t status,
                      uint32_t next) {
-  shm->routes.slot[slot] = {quad(destination), quad(mask), quad(gateway), status, 1, next};
+  shm->routes.slot[slot] = linked(routeRecord(destination, mask, gateway, status), next);
 }
 
 inline void putRoute6(uint32_t slot, const char* destination, uint32_t length, const char* gateway, uint32_t status,
                       uint32_t next) {
-  Route6Entry& route = shm->routes6.slot[slot];
-  setIp6(route.destination, destination);
-  setIp6(route.gateway, gateway);
-  route.prefixLength = length;
-  route.status = status;
-  route.inUse = 1;
-  route.next = next;
+  shm->routes6.slot[slot] = linked(route6Record(destination, length, gateway, status), next);
 }
 
 }  // namespace kestrove::testing

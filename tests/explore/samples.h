@@ -7,6 +7,7 @@
 #include "kestrove/kestrove.h"
 #include "tests/support/addresses.h"
 #include "tests/support/files.h"
+#include "tests/support/records.h"
 
 namespace kestrove::explore {
 
@@ -14,7 +15,6 @@ using testing::ip6;
 using testing::kConfigFile;
 using testing::kEventFile;
 using testing::quad;
-using testing::setIp6;
 
 constexpr char kLoadedFile[] = "/etc/config/branch.load";
 constexpr char kLoadedFields[] = "/etc/config/fields.load";
@@ -26,62 +26,34 @@ constexpr uint32_t kRoute6Prefix = 48;
 constexpr int kManagementPort = 3;
 
 inline RouteEntry routeTo(const char* destination) {
-  RouteEntry route = {};
-  route.destination = quad(destination);
-  route.netmask = kRouteMask;
-  route.gateway = quad(kGateway);
-  route.status = 3;
-  return route;
+  return testing::routeRecord(destination, "255.255.0.0", kGateway, SHM_ROUTE_ACTIVE);
 }
 
 inline Route6Entry route6To(const char* destination) {
-  Route6Entry route = {};
-  setIp6(route.destination, destination);
-  setIp6(route.gateway, kGateway6);
-  route.prefixLength = kRoute6Prefix;
-  route.status = 3;
-  return route;
+  return testing::route6Record(destination, kRoute6Prefix, kGateway6, SHM_ROUTE_ACTIVE);
 }
 
-inline Ip6Address bridgeAddress6(const char* text) {
-  Ip6Address entry = {};
-  setIp6(entry.address, text);
-  entry.prefixLength = 64;
-  return entry;
-}
+inline Ip6Address bridgeAddress6(const char* text) { return testing::ip6Record(text); }
 
 inline ManagementAddress managementAddress(const char* address) {
-  ManagementAddress entry = {};
-  entry.ipVersion = 4;
-  entry.status = 1;
-  entry.address = quad(address);
-  entry.mask = quad("255.255.255.0");
-  entry.interfaceKind = kManagementPort;
+  ManagementAddress entry = testing::managementRecord(address, kManagementPort);
+  entry.status = SHM_ADDRESS_APPLIED;
   return entry;
 }
 
 inline ManagementAddress managementAddress6(const char* address) {
-  ManagementAddress entry = {};
-  entry.ipVersion = 6;
-  entry.status = 1;
-  setIp6(entry.address6, address);
-  entry.prefixLength6 = 64;
-  entry.interfaceKind = kManagementPort;
+  ManagementAddress entry = testing::management6Record(address, kManagementPort);
+  entry.status = SHM_ADDRESS_APPLIED;
   return entry;
 }
 
 inline FilterRule ruleFor(int port) {
-  FilterRule rule = {};
-  rule.ipVersion = 4;
+  FilterRule rule = testing::tcpRule();
   rule.srcAddr = quad("10.3.0.0");
   rule.srcMask = quad("255.255.0.0");
-  rule.proto = 6;
   rule.destPort = rule.destPortEnd = port;
-  rule.target = 1;
   rule.priority = 4;
   rule.bandwidth = 20000;
-  rule.accel = 1;
-  rule.ruleAction = 3;
   return rule;
 }
 

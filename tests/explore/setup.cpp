@@ -7,6 +7,7 @@
 
 #include "tests/explore/operations.h"
 #include "tests/explore/samples.h"
+#include "tests/support/ports.h"
 
 namespace kestrove::explore {
 namespace {
@@ -56,19 +57,12 @@ void prepareSystem() {
   writeText(kLoadedFields, kLoadedWords);
 }
 
-void nameInterfaces(ConfigRecord& config) {
+void setFields(ConfigRecord& config) {
+  testing::namePorts("base0", "plan0", "pwan0");
+  testing::numberVlans(12, 13);
   strcpy(config.managementInterfaceName, "eth2");
-  strcpy(config.bridgeRouterPhysicalName, "base0");
-  strcpy(config.physicalLanInterfaceName, "plan0");
-  strcpy(config.physicalWanInterfaceName, "pwan0");
   strcpy(config.lanInterfaceName, "lan0");
   strcpy(config.wanInterfaceName, "wan0");
-  config.lanVlanId = 12;
-  config.wanVlanId = 13;
-}
-
-void setFields(ConfigRecord& config) {
-  nameInterfaces(config);
   config.loggingOperState = SHM_ON;
   config.singleInterfaceMode = SHM_OFF;
   config.pbrOperState = SHM_OFF;

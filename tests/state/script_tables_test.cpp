@@ -1,29 +1,18 @@
 // The script's management addresses and routes.
 
 #include "tests/state/script_fixture.h"
+#include "tests/support/records.h"
 
 namespace kestrove::testing {
 namespace {
 
-ManagementAddress address4(const char* address, const char* mask, int32_t kind) {
-  ManagementAddress entry = {};
-  entry.ipVersion = 4;
-  entry.address = quad(address);
-  entry.mask = quad(mask);
-  entry.interfaceKind = kind;
-  return entry;
-}
-
 TEST_F(ScriptTest, ManagementAddresses) {
   ManagementAddress* entry = shm->managementAddress;
-  entry[0] = address4("10.0.0.1", "255.0.0.0", 0);
-  entry[1] = address4("10.0.0.2", "255.255.255.255", 5);
-  entry[2] = address4("10.0.0.3", "0.0.0.0", 3);
-  entry[3] = address4("255.255.255.255", "255.0.0.0", -1);
-  entry[4].ipVersion = 6;
-  setIp6(entry[4].address6, "2001:db8::5");
-  entry[4].prefixLength6 = 64;
-  entry[4].interfaceKind = 4;
+  entry[0] = managementRecord("10.0.0.1", 0, "255.0.0.0");
+  entry[1] = managementRecord("10.0.0.2", 5, "255.255.255.255");
+  entry[2] = managementRecord("10.0.0.3", 3, "0.0.0.0");
+  entry[3] = managementRecord("255.255.255.255", -1, "255.0.0.0");
+  entry[4] = management6Record("2001:db8::5", 4);
   entry[5].ipVersion = 5;
   entry[6].ipVersion = 6;
   entry[6].prefixLength6 = 0xFFFFFFFF;
@@ -45,7 +34,7 @@ TEST_F(ScriptTest, RoutesOfTheTable) {
 }
 
 TEST_F(ScriptTest, DamagedManagementCount) {
-  for (int i = 0; i < 7; ++i) shm->managementAddress[i] = address4("10.0.0.1", "255.0.0.0", 4);
+  for (int i = 0; i < 7; ++i) shm->managementAddress[i] = managementRecord("10.0.0.1", 4, "255.0.0.0");
   for (int32_t count : {0, -1, INT32_MIN}) {
     shm->managementAddressCount = count;
     EXPECT_EQ("", printed(__saveManagement));
@@ -68,22 +57,12 @@ TEST_F(ScriptTest, RoutesInListOrder) {
       printed(__saveRoutes));
 }
 
-Route6Entry route6(const char* destination, uint32_t length, const char* gateway, uint32_t status, uint32_t next) {
-  Route6Entry route = {};
-  setIp6(route.destination, destination);
-  setIp6(route.gateway, gateway);
-  route.prefixLength = length;
-  route.status = status;
-  route.inUse = 1;
-  route.next = next;
-  return route;
-}
-
 TEST_F(ScriptTest, Ipv6RoutesInListOrder) {
   shm->routes6.head6 = 2;
-  shm->routes6.slot[2] = route6("2001:db8:1::", 48, "fe80::1", 2, 0);
-  shm->routes6.slot[0] = route6("::ffff:1.2.3.4", 128, "::", 1, 1);
-  shm->routes6.slot[1] = route6("ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff", 0xFFFFFFFF, "::1", 3, SHM_NO_SLOT);
+  shm->routes6.slot[2] = linked(route6Record("2001:db8:1::", 48, "fe80::1", 2), 0);
+  shm->routes6.slot[0] = linked(route6Record("::ffff:1.2.3.4", 128, "::", 1), 1);
+  shm->routes6.slot[1] =
+      linked(route6Record("ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff", 0xFFFFFFFF, "::1", 3), SHM_NO_SLOT);
   EXPECT_EQ(
       "route6 add 2001:db8:1:: 48 fe80::1 -n\n"
       "route6 add ::ffff:1.2.3.4 128 :: \n"
@@ -95,9 +74,9 @@ TEST_F(ScriptTest, SingleRouteLines) {
   RouteEntry route = {quad("10.1.0.0"), quad("255.255.0.0"), quad("192.168.1.254"), 2, 0, 0};
   EXPECT_EQ("route add 10.1.0.0 255.255.0.0 192.168.1.254 -n\n",
             printed([&](FILE* stream) { return __printRoute(stream, &route); }));
-  Route6Entry route6Entry = route6("2001:db8::", 32, "fe80::1", 3, 0);
+  Route6Entry route6 = route6Record("2001:db8::", 32, "fe80::1", 3);
   EXPECT_EQ("route6 add 2001:db8:: 32 fe80::1 \n",
-            printed([&](FILE* stream) { return __printIpv6Route(stream, &route6Entry); }));
+            printed([&](FILE* stream) { return __printIpv6Route(stream, &route6); }));
 }
 
 TEST_F(ScriptTest, DamagedRouteChainsEnd) {
@@ -108,7 +87,7 @@ TEST_F(ScriptTest, DamagedRouteChainsEnd) {
   }
   shm->routes.head = shm->routes6.head6 = 5;
   shm->routes.slot[5] = {0, 0, 0, 3, 1, 5};
-  shm->routes6.slot[5] = route6("::", 0, "::", 3, 5);
+  shm->routes6.slot[5] = linked(route6Record("::", 0, "::", 3), 5);
   EXPECT_EQ(1024 * strlen("route add 0.0.0.0 0.0.0.0 0.0.0.0 \n"), printed(__saveRoutes).size());
   EXPECT_EQ(1024 * strlen("route6 add :: 0 :: \n"), printed(__saveIpv6Routes).size());
   shm->routes.slot[5].next = 1024;

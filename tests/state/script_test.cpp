@@ -1,6 +1,7 @@
 // The command script whole, its settings, and its failures.
 
 #include "tests/state/script_fixture.h"
+#include "tests/support/records.h"
 
 namespace kestrove::testing {
 namespace {
@@ -47,14 +48,7 @@ TEST_F(ScriptTest, WholeScriptInItsOrder) {
   shm->managementAddress[0].mask = quad("255.255.0.0");
   shm->managementAddress[0].interfaceKind = 4;
   shm->routes.slot[0] = {quad("10.1.0.0"), quad("255.255.0.0"), quad("192.168.1.254"), 2, 1, SHM_NO_SLOT};
-  Route6Entry& route6 = shm->routes6.slot[0];
-  route6 = {};
-  setIp6(route6.destination, "2001:db8::");
-  setIp6(route6.gateway, "fe80::1");
-  route6.prefixLength = 32;
-  route6.status = 3;
-  route6.inUse = 1;
-  route6.next = SHM_NO_SLOT;
+  shm->routes6.slot[0] = linked(route6Record("2001:db8::", 32, "fe80::1", SHM_ROUTE_ACTIVE));
   FilterRule rule = {};
   rule.ipVersion = 4;
   rule.bandwidth = 64999;

@@ -5,6 +5,7 @@
 
 #include "store/journal.h"
 #include "store/slots.h"
+#include "tests/support/records.h"
 #include "tests/support/single_step.h"
 #include "tests/support/store.h"
 #include "tools/ctl/check.h"
@@ -170,15 +171,10 @@ void DeathProof::endOfWork() {
 }
 
 FilterRule ruleNamed(int32_t port) {
-  FilterRule rule = {};
-  rule.ipVersion = 4;
-  rule.proto = 6;
+  FilterRule rule = tcpRule();
   rule.srcPort = rule.srcPortEnd = rule.destPort = rule.destPortEnd = port;
-  rule.target = 1;
   rule.priority = port;
   rule.bandwidth = 1000000 + port;
-  rule.accel = 1;
-  rule.ruleAction = 3;
   return rule;
 }
 

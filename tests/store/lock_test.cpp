@@ -110,13 +110,16 @@ TEST_F(Lock, InnerUnlockLetsAnotherProcessIn) {
   shm_unlock();
 }
 
+// Until its parent speaks or ends it.
+int holdLock(const Peer::Line& line) {
+  shm_lock();
+  line.say('l');
+  line.hear();
+  return 0;
+}
+
 TEST_F(Lock, HolderThatDiesLeavesItFree) {
-  Peer holder([](const Peer::Line& line) {
-    shm_lock();
-    line.say('l');
-    line.hear();
-    return 0;
-  });
+  Peer holder(holdLock);
   ASSERT_EQ('l', holder.line().hear());
   EXPECT_TRUE(fileLockHeld());
   holder.kill();
@@ -126,12 +129,7 @@ TEST_F(Lock, HolderThatDiesLeavesItFree) {
 }
 
 TEST_F(Lock, WaiterGetsItWhenTheHolderDies) {
-  Peer holder([](const Peer::Line& line) {
-    shm_lock();
-    line.say('l');
-    line.hear();
-    return 0;
-  });
+  Peer holder(holdLock);
   ASSERT_EQ('l', holder.line().hear());
   Peer waiter([](const Peer::Line& line) {
     int result = shm_lock();

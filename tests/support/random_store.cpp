@@ -10,52 +10,45 @@
 #include <vector>
 
 #include "tests/support/addresses.h"
+#include "tests/support/config_span.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
 namespace {
 
-struct Span {
-  const char* name;
-  size_t offset;
-  size_t width;
-};
-
-#define CONFIG(field) \
-  { #field, offsetof(ConfigRecord, field), sizeof(ConfigRecord::field) }
-
 // Every field of the configuration that the file carries, by what it can hold.
-constexpr Span kNumbers[] = {
-    CONFIG(lanLinkRate),
-    CONFIG(lanIpAddress),
-    CONFIG(lanIpAddressMask),
-    CONFIG(lanGateway),
-    CONFIG(lanLinkSetting),
-    CONFIG(managementLinkSetting),
-    CONFIG(lanMaximumTransferUnit),
-    CONFIG(lanVlanId),
-    CONFIG(wanLinkRate),
-    CONFIG(wanCongestionControl),
-    CONFIG(wanMaximumTransferUnit),
-    CONFIG(wanVlanId),
-    CONFIG(wanIpAddress),
-    CONFIG(wanIpAddressMask),
-    CONFIG(wanGateway),
-    CONFIG(wanLinkSetting),
-    CONFIG(managementAddressMask),
-    CONFIG(failToWireConfig),
-    CONFIG(snmpVersion),
-    CONFIG(kestroveRebootCount),
+constexpr ConfigSpan kNumbers[] = {
+    CONFIG_SPAN(lanLinkRate),
+    CONFIG_SPAN(lanIpAddress),
+    CONFIG_SPAN(lanIpAddressMask),
+    CONFIG_SPAN(lanGateway),
+    CONFIG_SPAN(lanLinkSetting),
+    CONFIG_SPAN(managementLinkSetting),
+    CONFIG_SPAN(lanMaximumTransferUnit),
+    CONFIG_SPAN(lanVlanId),
+    CONFIG_SPAN(wanLinkRate),
+    CONFIG_SPAN(wanCongestionControl),
+    CONFIG_SPAN(wanMaximumTransferUnit),
+    CONFIG_SPAN(wanVlanId),
+    CONFIG_SPAN(wanIpAddress),
+    CONFIG_SPAN(wanIpAddressMask),
+    CONFIG_SPAN(wanGateway),
+    CONFIG_SPAN(wanLinkSetting),
+    CONFIG_SPAN(managementAddressMask),
+    CONFIG_SPAN(failToWireConfig),
+    CONFIG_SPAN(snmpVersion),
+    CONFIG_SPAN(kestroveRebootCount),
 };
-constexpr Span kSwitches[] = {
-    CONFIG(compression),         CONFIG(loggingOperState),  CONFIG(snmpOperState), CONFIG(httpOperState),
-    CONFIG(cliOperState),        CONFIG(kestroveOperState), CONFIG(sshdOperState), CONFIG(bannerOperState),
-    CONFIG(singleInterfaceMode), CONFIG(pbrOperState),
+constexpr ConfigSpan kSwitches[] = {
+    CONFIG_SPAN(compression),   CONFIG_SPAN(loggingOperState), CONFIG_SPAN(snmpOperState),
+    CONFIG_SPAN(httpOperState), CONFIG_SPAN(cliOperState),     CONFIG_SPAN(kestroveOperState),
+    CONFIG_SPAN(sshdOperState), CONFIG_SPAN(bannerOperState),  CONFIG_SPAN(singleInterfaceMode),
+    CONFIG_SPAN(pbrOperState),
 };
-constexpr Span kNames[] = {CONFIG(lanInterfaceName), CONFIG(wanInterfaceName)};
-constexpr Span kTexts[] = {CONFIG(sysName), CONFIG(sysLocation), CONFIG(sysContact)};
+constexpr ConfigSpan kNames[] = {CONFIG_SPAN(lanInterfaceName), CONFIG_SPAN(wanInterfaceName)};
+constexpr ConfigSpan kTexts[] = {CONFIG_SPAN(sysName), CONFIG_SPAN(sysLocation), CONFIG_SPAN(sysContact)};
 
-char* fieldAt(const Span& span) { return reinterpret_cast<char*>(&shm->config) + span.offset; }
+char* fieldAt(const ConfigSpan& span) { return fieldOf(*shm, span); }
 
 class Dice {
  public:
@@ -86,13 +79,13 @@ class Dice {
 };
 
 void drawScalars(Dice& dice) {
-  for (const Span& span : kNumbers) {
+  for (const ConfigSpan& span : kNumbers) {
     uint32_t value = dice.word();
     memcpy(fieldAt(span), &value, span.width);
   }
-  for (const Span& span : kSwitches) *fieldAt(span) = static_cast<char>(dice.below(4));
-  for (const Span& span : kNames) strcpy(fieldAt(span), dice.text(14).c_str());
-  for (const Span& span : kTexts) {
+  for (const ConfigSpan& span : kSwitches) *fieldAt(span) = static_cast<char>(dice.below(4));
+  for (const ConfigSpan& span : kNames) strcpy(fieldAt(span), dice.text(14).c_str());
+  for (const ConfigSpan& span : kTexts) {
     std::string text = dice.text(256);
     memcpy(fieldAt(span), text.data(), text.size());
   }
@@ -186,8 +179,9 @@ std::vector<std::string> listOf(const Table&, const Record (&slot)[N], uint32_t 
 
 void expectSameScalars(const ConfigRecord& saved) {
   const char* bytes = reinterpret_cast<const char*>(&saved);
-  auto compare = [bytes](std::span<const Span> spans) {
-    for (const Span& span : spans) EXPECT_EQ(0, memcmp(bytes + span.offset, fieldAt(span), span.width)) << span.name;
+  auto compare = [bytes](std::span<const ConfigSpan> spans) {
+    for (const ConfigSpan& span : spans)
+      EXPECT_EQ(0, memcmp(bytes + span.offset, fieldAt(span), span.width)) << span.name;
   };
   compare(kNumbers);
   compare(kSwitches);

@@ -15,6 +15,8 @@
 #include <set>
 #include <sstream>
 
+#include "tests/support/peer.h"
+
 namespace kestrove::sys {
 namespace {
 
@@ -194,18 +196,19 @@ TEST_F(ReplaceTest, FailureIsRememberedWithItsReason) {
   EXPECT_EQ(ENOSPC, errno);
 }
 
+// By somebody who may write to the file and is neither its owner nor root.
+void replaceAsNobody() {
+  EXPECT_EQ(0, testing::inOtherProcess([] {
+              if (setgid(65534) != 0 || setuid(65534) != 0) return 2;
+              return replace(kFile, kNew) ? 0 : 1;
+            }));
+}
+
 // A folder that only its owner may write to, seen by somebody else who may write to the file.
 TEST_F(ReplaceTest, FileInAFolderThatRefusesIsWrittenInPlace) {
   ASSERT_EQ(0, chmod(kFile, 0666));
   ino_t inode = statusOf(kFile).st_ino;
-  pid_t child = fork();
-  if (child == 0) {
-    if (setgid(65534) != 0 || setuid(65534) != 0) _exit(2);
-    _exit(replace(kFile, kNew) ? 0 : 1);
-  }
-  int status = 0;
-  ASSERT_EQ(child, waitpid(child, &status, 0));
-  EXPECT_EQ(0, WEXITSTATUS(status));
+  replaceAsNobody();
   EXPECT_EQ(kNew, contentsOf(kFile));
   EXPECT_EQ(inode, statusOf(kFile).st_ino);
 }
@@ -215,14 +218,7 @@ TEST_F(ReplaceTest, FileOfSomebodyElseIsWrittenInPlace) {
   ASSERT_EQ(0, chmod(kFolder, 0777));
   ASSERT_EQ(0, chmod(kFile, 0666));
   ino_t inode = statusOf(kFile).st_ino;
-  pid_t child = fork();
-  if (child == 0) {
-    if (setgid(65534) != 0 || setuid(65534) != 0) _exit(2);
-    _exit(replace(kFile, kNew) ? 0 : 1);
-  }
-  int status = 0;
-  ASSERT_EQ(child, waitpid(child, &status, 0));
-  EXPECT_EQ(0, WEXITSTATUS(status));
+  replaceAsNobody();
   EXPECT_EQ(kNew, contentsOf(kFile));
   EXPECT_EQ(inode, statusOf(kFile).st_ino);
   EXPECT_EQ(0u, statusOf(kFile).st_uid);

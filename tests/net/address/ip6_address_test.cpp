@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tests/support/addresses.h"
+#include "tests/support/records.h"
 #include "tests/support/save_counter.h"
 
 namespace kestrove::testing {
@@ -17,13 +18,6 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
-
-Ip6Address entry(const std::string& address, uint32_t prefix = 64) {
-  Ip6Address out;
-  setIp6(out.address, address);
-  out.prefixLength = prefix;
-  return out;
-}
 
 std::string numbered(int i) { return "2001:db8::" + std::to_string(i); }
 
@@ -41,7 +35,7 @@ class Ip6Addresses : public StoreTest {
   }
 
   static int add(const std::string& address, uint32_t prefix = 64) {
-    Ip6Address value = entry(address, prefix);
+    Ip6Address value = ip6Record(address, prefix);
     return shm_addIp6(&value);
   }
   static int remove(const std::string& address) { return removeIp6(ip6(address).data()); }
@@ -114,7 +108,7 @@ TEST_F(Ip6Addresses, WhatTheBridgeRefusesIsNotStored) {
 }
 
 TEST_F(Ip6Addresses, AddFoldsTheResult) {
-  Ip6Address value = entry(numbered(1));
+  Ip6Address value = ip6Record(numbered(1));
   EXPECT_EQ(0, addIp6(&value));
   EXPECT_FAILS_WITH(SHM_EEXIST, addIp6(&value));
 }
@@ -151,7 +145,7 @@ TEST_F(Ip6Addresses, AnIndexOutOfRangeIsRefusedFirstOfAll) {
   for (int index : {-1, 1, 6, 0x7FFFFFFF, -0x7FFFFFFF - 1}) {
     EXPECT_FAILS_WITH(SHM_EINVAL, edit(index, numbered(1)));
     EXPECT_FAILS_WITH(SHM_EINVAL, shm_editIp6Prefix(index, 48));
-    Ip6Address out = entry("1::", 7);
+    Ip6Address out = ip6Record("1::", 7);
     EXPECT_FAILS_WITH(SHM_EINVAL, getIp6TableEntry(index, &out));
     EXPECT_EQ(7u, out.prefixLength);
   }
@@ -239,7 +233,7 @@ TEST_F(Ip6Addresses, OfEqualEntriesTheLastIsFoundByText) {
   shm->operationalState = SHM_STATE_CONFIGURATION;
   add(numbered(1), 61);
   add(numbered(2), 62);
-  shm->ip6Address[1] = entry(numbered(1), 63);
+  shm->ip6Address[1] = ip6Record(numbered(1), 63);
   Ip6Address out = {};
   EXPECT_EQ(0, getIp6TableEntryByAddr("2001:db8::1", &out));
   EXPECT_EQ(63u, out.prefixLength);

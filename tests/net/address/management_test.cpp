@@ -7,6 +7,7 @@
 #include "tests/support/addresses.h"
 #include "tests/support/files.h"
 #include "tests/support/kernel.h"
+#include "tests/support/records.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
 
@@ -23,21 +24,11 @@ enum : uint32_t { kDual = 0, kSingle = 1, kPolicyRouting = 2 };
 enum : int { kLan = 0, kWan = 1, kManagement = 3, kBridgeKind = 4, kBase = 5 };
 
 ManagementAddress entry4(const char* address, const char* mask = "255.255.255.0", int kind = kWan) {
-  ManagementAddress entry = {};
-  entry.ipVersion = 4;
-  entry.address = quad(address);
-  entry.mask = quad(mask);
-  entry.interfaceKind = kind;
-  return entry;
+  return managementRecord(address, kind, mask);
 }
 
 ManagementAddress entry6(const char* address, uint32_t prefix = 64, int kind = kWan) {
-  ManagementAddress entry = {};
-  entry.ipVersion = 6;
-  setIp6(entry.address6, address);
-  entry.prefixLength6 = prefix;
-  entry.interfaceKind = kind;
-  return entry;
+  return management6Record(address, kind, prefix);
 }
 
 class ManagementList : public StoreTest {

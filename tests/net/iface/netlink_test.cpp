@@ -46,6 +46,13 @@ std::string otherMessage() {
   return std::string(reinterpret_cast<char*>(&header), sizeof header);
 }
 
+// eth0 and 10.1.2.3, as every message has them.
+const std::string kLabelAndLocal =
+    "09000300"
+    "6574683000000000"
+    "08000200"
+    "0a010203";
+
 class Netlink : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -63,11 +70,7 @@ TEST_F(Netlink, AddingSendsLabelLocalAndBroadcast) {
                                           "01000000"  // the first of this process
                                           "00000000"
                                           "02108000" +
-                                          indexOf("eth0") +
-                                          "09000300"
-                                          "6574683000000000"
-                                          "08000200"
-                                          "0a010203"
+                                          indexOf("eth0") + kLabelAndLocal +
                                           "08000400"
                                           "0a01ffff"));
   EXPECT_THAT(socketsOpened(), ElementsAre("16/3/0"));
@@ -83,11 +86,7 @@ TEST_F(Netlink, DeletingSendsNoBroadcast) {
       "02000000"
       "00000000"
       "02108000" +
-          indexOf("eth0") +
-          "09000300"
-          "6574683000000000"
-          "08000200"
-          "0a010203",
+          indexOf("eth0") + kLabelAndLocal,
       messagesSent().at(1));
 }
 

@@ -6,6 +6,7 @@
 
 #include "tests/support/addresses.h"
 #include "tests/support/kernel_calls.h"
+#include "tests/support/ports.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
@@ -24,13 +25,10 @@ class ModeTest : public StoreTest {
     StoreTest::SetUp();
     watchKernel(Kernel::kPretend);
     ConfigRecord& config = shm->config;
-    strcpy(config.bridgeRouterPhysicalName, "base0");
-    strcpy(config.physicalLanInterfaceName, "plan0");
-    strcpy(config.physicalWanInterfaceName, "pwan0");
+    namePorts("base0", "plan0", "pwan0");
     strcpy(config.lanInterfaceName, "lan?");
     strcpy(config.wanInterfaceName, "wan?");
-    config.lanVlanId = 12;
-    config.wanVlanId = 13;
+    numberVlans(12, 13);
     config.lanIpAddress = quad("10.1.0.1");
     config.lanIpAddressMask = quad("255.255.0.0");
     config.lanBroadcastAddress = quad("10.1.0.255");

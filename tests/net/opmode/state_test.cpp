@@ -9,6 +9,7 @@
 #include "tests/net/opmode/opmode_fixture.h"
 #include "tests/support/files.h"
 #include "tests/support/kernel.h"
+#include "tests/support/records.h"
 
 namespace kestrove::testing {
 namespace {
@@ -52,13 +53,9 @@ class State : public ModeTest {
     return list;
   }
   void addRoute6(uint32_t slot, const char* gateway, uint32_t status) {
-    Route6Entry& route = shm->routes6.slot[slot];
-    setIp6(route.destination, "fd00:77::");
+    Route6Entry route = route6Record("fd00:77::", 128, gateway, status);
     route.destination[15] = static_cast<uint8_t>(slot);
-    setIp6(route.gateway, gateway);
-    route.prefixLength = 128;
-    route.status = status;
-    route.inUse = 1;
+    shm->routes6.slot[slot] = linked(route, shm->routes6.slot[slot].next);
   }
 };
 

@@ -9,6 +9,7 @@
 #include "tests/net/opmode/opmode_fixture.h"
 #include "tests/support/kernel.h"
 #include "tests/support/lock_watch.h"
+#include "tests/support/records.h"
 
 namespace kestrove::testing {
 namespace {
@@ -23,9 +24,7 @@ class Traffic : public ModeTest {
   void SetUp() override {
     ModeTest::SetUp();
     watchKernel(Kernel::kReal);
-    strcpy(shm->config.bridgeRouterPhysicalName, "eth0");
-    strcpy(shm->config.physicalWanInterfaceName, "eth0");
-    strcpy(shm->config.physicalLanInterfaceName, "eth1");
+    namePorts("eth0", "eth1", "eth0");
   }
 
   static std::string on(const char* host, const std::string& line) {
@@ -116,20 +115,13 @@ TEST_F(Traffic, ThroughAllModesAndBack) {
 }
 
 TEST_F(Traffic, AddressesAndRoutesAreBackAfterAMove) {
-  shm->managementAddress[0] = {4, 0, quad("10.9.0.1"), quad("255.255.255.0"), {}, 0, 4};
-  shm->managementAddress[1] = {6, 0, 0, 0, {}, 64, 4};
-  setIp6(shm->managementAddress[1].address6, "fd00:9::1");
+  shm->managementAddress[0] = managementRecord("10.9.0.1", SHM_IF_BRIDGE);
+  shm->managementAddress[1] = management6Record("fd00:9::1", SHM_IF_BRIDGE);
   shm->managementAddressCount = 2;
-  setIp6(shm->ip6Address[0].address, "fd00:50::1");
-  shm->ip6Address[0].prefixLength = 64;
+  shm->ip6Address[0] = ip6Record("fd00:50::1");
   shm->ip6Count = 1;
   shm->routes.slot[0] = {quad("10.77.0.0"), quad("255.255.0.0"), quad("10.9.0.5"), 3, 1, SHM_NO_SLOT};
-  Route6Entry& route = shm->routes6.slot[0];
-  setIp6(route.destination, "fd00:77::");
-  setIp6(route.gateway, "fd00:9::5");
-  route.prefixLength = 48;
-  route.status = 3;
-  route.inUse = 1;
+  shm->routes6.slot[0] = linked(route6Record("fd00:77::", 48, "fd00:9::5", SHM_ROUTE_ACTIVE));
   shm->routes6.head6 = 0;
   for (int event : {1, 2, 3}) {
     ASSERT_EQ(0, raise(event));
@@ -138,7 +130,7 @@ TEST_F(Traffic, AddressesAndRoutesAreBackAfterAMove) {
     EXPECT_THAT(tried("/sbin/ip route"), HasSubstr("10.77.0.0/16 via 10.9.0.5 dev br0"));
     EXPECT_THAT(tried("/sbin/ip -6 route"), HasSubstr("fd00:77::/48 dev br0"));
     EXPECT_EQ(3u, shm->routes.slot[0].status);
-    EXPECT_EQ(3u, route.status);
+    EXPECT_EQ(3u, shm->routes6.slot[0].status);
   }
 }
 

@@ -32,6 +32,13 @@ class Transitions : public ModeTest {
     EXPECT_EQ(newMode, context_.mode);
     EXPECT_EQ(0, shm_lock_count);
   }
+  // 22 and 23 in place of 32 and 33.
+  void renumberVlans() {
+    context_.lanVlanId = 22;
+    context_.wanVlanId = 23;
+    context_.lanVlanIdCopy = 32;
+    context_.wanVlanIdCopy = 33;
+  }
 };
 
 TEST_F(Transitions, DualPoweredOn) {
@@ -76,10 +83,7 @@ TEST_F(Transitions, SingleToPolicyRouting) {
 }
 
 TEST_F(Transitions, SingleWithNewVlans) {
-  context_.lanVlanId = 22;
-  context_.wanVlanId = 23;
-  context_.lanVlanIdCopy = 32;
-  context_.wanVlanIdCopy = 33;
+  renumberVlans();
   expectMove(kSingle, 6,
              unbridged("base0.32") + down("base0.32") + down("base0.33") + down("plan0") + vlansRemoved("32", "33") +
                  vlansAdded("22", "23") + cleared("base0.22") + cleared("base0.23") + cleared("plan0") +
@@ -128,10 +132,7 @@ TEST_F(Transitions, PolicyRoutingToSingle) {
 }
 
 TEST_F(Transitions, PolicyRoutingWithNewVlansUsesTheConfigurationsIdsInItsRules) {
-  context_.lanVlanId = 22;
-  context_.wanVlanId = 23;
-  context_.lanVlanIdCopy = 32;
-  context_.wanVlanIdCopy = 33;
+  renumberVlans();
   expectMove(kPolicyRouting, 6,
              forwarding("0", "base0.32") + policyReset() + down("base0.32") + down("base0.33") + down("plan0") +
                  vlansRemoved("32", "33") + vlansAdded("22", "23") + lanAddress("base0.22") + wanAddress() +

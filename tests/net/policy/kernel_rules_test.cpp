@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tests/net/policy/policy_fixture.h"
 #include "tests/support/peer.h"
 #include "tests/support/recorder.h"
 #include "tests/support/store.h"
@@ -18,26 +19,21 @@ using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
 constexpr char kRestoreFile[] = "/tmp/restore_file";
-constexpr char kTwelveLines[] =
+const std::string kClosingLines =
+    "COMMIT\n"
+    "*filter\n"
+    ":INPUT ACCEPT [0:0]\n"
+    ":FORWARD ACCEPT [0:0]\n"
+    ":OUTPUT ACCEPT [0:0]\n"
+    "COMMIT\n";
+const std::string kTwelveLines =
     "*mangle\n"
     ":PREROUTING ACCEPT [0:0]\n"
     ":INPUT ACCEPT [0:0]\n"
     ":FORWARD ACCEPT [0:0]\n"
     ":OUTPUT ACCEPT [0:0]\n"
-    ":POSTROUTING ACCEPT [0:0]\n"
-    "COMMIT\n"
-    "*filter\n"
-    ":INPUT ACCEPT [0:0]\n"
-    ":FORWARD ACCEPT [0:0]\n"
-    ":OUTPUT ACCEPT [0:0]\n"
-    "COMMIT\n";
-constexpr char kClosingLines[] =
-    "COMMIT\n"
-    "*filter\n"
-    ":INPUT ACCEPT [0:0]\n"
-    ":FORWARD ACCEPT [0:0]\n"
-    ":OUTPUT ACCEPT [0:0]\n"
-    "COMMIT\n";
+    ":POSTROUTING ACCEPT [0:0]\n" +
+    kClosingLines;
 
 class PacketFilter : public ::testing::Test {};
 
@@ -151,7 +147,7 @@ TEST_F(PacketFilter, ALineIsAddedToTheOpenFile) {
   EXPECT_EQ(1, addToRestoreFile(""));
   EXPECT_EQ(9, addToRestoreFile("%s %n %d")) << "no format";
   EXPECT_EQ(0, commitHandler());
-  EXPECT_THAT(inputsOf("iptables-restore"), ElementsAre(std::string("abc\n\n%s %n %d\n") + kClosingLines));
+  EXPECT_THAT(inputsOf("iptables-restore"), ElementsAre("abc\n\n%s %n %d\n" + kClosingLines));
   EXPECT_EQ(nullptr, fp);
 }
 
@@ -230,29 +226,7 @@ std::vector<std::string> afterReset(std::vector<std::string> lines) {
   return lines;
 }
 
-uint32_t ipv4(const char* text) {
-  char copy[32];
-  uint32_t address = 0;
-  strcpy(copy, text);
-  EXPECT_EQ(0, parseIpv4Address(copy, &address));
-  return address;
-}
-
-class PolicyRouting : public StoreTest {
- protected:
-  void SetUp() override {
-    StoreTest::SetUp();
-    ConfigRecord& config = shm->config;
-    strcpy(config.physicalLanInterfaceName, "eth1");
-    strcpy(config.bridgeRouterPhysicalName, "eth0");
-    config.lanVlanId = 12;
-    config.wanVlanId = 13;
-    config.lanGateway = ipv4("10.1.2.254");
-    config.lanIpAddressMask = ipv4("255.255.255.0");
-    config.wanGateway = ipv4("172.16.9.1");
-    config.wanIpAddressMask = ipv4("255.255.0.0");
-  }
-};
+class PolicyRouting : public PolicyTest {};
 
 TEST(PolicyRoutingReset, RunsSevenCommands) {
   EXPECT_EQ(0, resetPolicyRules());
@@ -290,7 +264,7 @@ TEST_F(PolicyRouting, FailingCommandsStopNothing) {
 
 TEST_F(PolicyRouting, AMaskWithoutASubnetLeavesTheTextEmpty) {
   shm->config.lanIpAddressMask = 0;
-  shm->config.wanIpAddressMask = ipv4("255.0.255.0");
+  shm->config.wanIpAddressMask = quad("255.0.255.0");
   shm->config.lanGateway = 0;
   pbrPolicyRule(0);
   std::vector<std::string> lines = shellLines();
@@ -336,7 +310,7 @@ TEST_F(PolicyRouting, ALineOfTheRestoreFileMayLieInTheStore) {
   fp = fopen(kRestoreFile, "w");
   EXPECT_EQ(19, addToRestoreFile(shm->config.sysName));
   EXPECT_EQ(0, commitHandler());
-  EXPECT_THAT(inputsOf("iptables-restore"), ElementsAre(std::string("-A INPUT -j ACCEPT\n") + kClosingLines));
+  EXPECT_THAT(inputsOf("iptables-restore"), ElementsAre("-A INPUT -j ACCEPT\n" + kClosingLines));
 }
 
 TEST_F(PolicyRouting, AnOptionIsNoName) {

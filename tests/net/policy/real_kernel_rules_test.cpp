@@ -3,6 +3,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include "tests/net/policy/policy_fixture.h"
 #include "tests/support/addresses.h"
 #include "tests/support/kernel.h"
 #include "tests/support/store.h"
@@ -41,22 +42,14 @@ TEST_F(RealKernelRules, ForwardedIpv6IsDropped) {
   EXPECT_THAT(outputOf("ip6tables-save -t filter"), HasSubstr("-A FORWARD -j DROP"));
 }
 
-class RealPolicyRouting : public StoreTest {
+class RealPolicyRouting : public PolicyTest {
  protected:
   void SetUp() override {
-    StoreTest::SetUp();
+    PolicyTest::SetUp();
     run("vconfig add eth0 12 > /dev/null 2>&1");
     for (const char* name : {"eth0", "eth1", "eth0.12"}) run(std::string("ip link set ") + name + " up");
     run("ip addr flush dev eth0 && ip addr flush dev eth1");
     run("ip addr add 10.1.2.1/24 dev eth0.12 && ip addr add 172.16.9.2/16 dev eth1");
-    ConfigRecord& config = shm->config;
-    strcpy(config.physicalLanInterfaceName, "eth1");
-    strcpy(config.bridgeRouterPhysicalName, "eth0");
-    config.lanVlanId = 12;
-    config.lanGateway = quad("10.1.2.254");
-    config.lanIpAddressMask = quad("255.255.255.0");
-    config.wanGateway = quad("172.16.9.1");
-    config.wanIpAddressMask = quad("255.255.0.0");
   }
 };
 

@@ -10,19 +10,15 @@
 #include "kestrove/kestrove.h"
 #include "tests/support/engine.h"
 #include "tests/support/files.h"
+#include "tests/support/records.h"
 #include "tests/support/store.h"
 
 namespace kestrove::testing {
 
 inline FilterRule ruleNamed(int32_t name) {
-  FilterRule rule = {};
-  rule.ipVersion = 4;
-  rule.proto = 6;
+  FilterRule rule = tcpRule();
   rule.srcPort = rule.srcPortEnd = name;
-  rule.target = 1;
   rule.bandwidth = 50000;
-  rule.accel = 1;
-  rule.ruleAction = 3;
   return rule;
 }
 

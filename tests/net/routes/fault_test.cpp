@@ -7,6 +7,7 @@
 
 #include "tests/net/routes/routes_fixture.h"
 #include "tests/support/fault.h"
+#include "tests/support/records.h"
 
 namespace kestrove::testing {
 namespace {
@@ -15,26 +16,18 @@ constexpr char kOldRoute[] = "10.1.0.0";
 constexpr char kNewRoute[] = "10.2.0.0";
 
 RouteEntry route4(const char* net, uint32_t status = kActive) {
-  return {quad(net), quad("255.255.0.0"), quad("192.168.5.254"), status, 0, 0};
+  return routeRecord(net, "255.255.0.0", "192.168.5.254", status);
 }
 
 Route6Entry route6() {
-  Route6Entry route = {};
-  setIp6(route.destination, "2001:db8:9::");
-  setIp6(route.gateway, "2001:db8:5::fe");
-  route.prefixLength = 64;
-  route.status = kActive;
+  Route6Entry route = route6Record("2001:db8:9::", 64, "2001:db8:5::fe", kActive);
   strcpy(route.interfaceName, "eth0");
   return route;
 }
 
 ManagementAddress management(const char* address) {
-  ManagementAddress entry = {};
-  entry.ipVersion = 4;
-  entry.status = 1;
-  entry.address = quad(address);
-  entry.mask = quad("255.255.255.0");
-  entry.interfaceKind = 1;
+  ManagementAddress entry = managementRecord(address, SHM_IF_WAN);
+  entry.status = SHM_ADDRESS_APPLIED;
   return entry;
 }
 

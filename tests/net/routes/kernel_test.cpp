@@ -12,6 +12,7 @@
 
 #include "tests/net/routes/routes_fixture.h"
 #include "tests/support/kernel.h"
+#include "tests/support/records.h"
 #include "tests/support/save_counter.h"
 
 namespace kestrove::testing {
@@ -51,15 +52,8 @@ class KernelRoutes : public StoreTest {
     run("ip addr add 192.168.5.1/24 dev eth0");
     run("ip -6 addr add 2001:db8:5::1/64 dev eth0 nodad");
     strcpy(shm->config.wanInterfaceName, "eth0");
-    ManagementAddress* entry = shm->managementAddress;
-    entry[0].ipVersion = 4;
-    entry[0].address = quad("192.168.5.1");
-    entry[0].mask = quad("255.255.255.0");
-    entry[0].interfaceKind = 1;
-    entry[1].ipVersion = 6;
-    setIp6(entry[1].address6, "2001:db8:5::1");
-    entry[1].prefixLength6 = 64;
-    entry[1].interfaceKind = 1;
+    shm->managementAddress[0] = managementRecord("192.168.5.1", SHM_IF_WAN);
+    shm->managementAddress[1] = management6Record("2001:db8:5::1", SHM_IF_WAN);
     shm->managementAddressCount = 2;
     descriptor_ = lowestDescriptor();
   }
@@ -76,7 +70,7 @@ class KernelRoutes4 : public KernelRoutes {
  protected:
   static RouteEntry route(const char* net, const char* mask = "255.255.0.0", uint32_t status = kActive,
                           const char* gateway = "192.168.5.254") {
-    return {quad(net), quad(mask), quad(gateway), status, 0, 0};
+    return routeRecord(net, mask, gateway, status);
   }
   static int add(const char* net, const char* mask = "255.255.0.0", uint32_t status = kActive,
                  const char* gateway = "192.168.5.254") {
@@ -314,12 +308,7 @@ class KernelRoutes6 : public KernelRoutes {
  protected:
   static Route6Entry route(const char* net, uint32_t prefix = 64, uint32_t status = kActive,
                            const char* gateway = "2001:db8:5::fe") {
-    Route6Entry out = {};
-    setIp6(out.destination, net);
-    setIp6(out.gateway, gateway);
-    out.prefixLength = prefix;
-    out.status = status;
-    return out;
+    return route6Record(net, prefix, gateway, status);
   }
   static int add(const char* net, uint32_t prefix = 64, uint32_t status = kActive,
                  const char* gateway = "2001:db8:5::fe") {

@@ -5,6 +5,7 @@
 
 #include "tests/net/routes/routes_fixture.h"
 #include "tests/support/files.h"
+#include "tests/support/records.h"
 
 namespace kestrove::testing {
 namespace {
@@ -13,7 +14,7 @@ using ::testing::ElementsAre;
 
 RouteEntry route(const char* destination, const char* mask, const char* gateway = "192.168.5.254",
                  uint32_t status = kDisabled) {
-  return {quad(destination), quad(mask), quad(gateway), status, 0, 0};
+  return routeRecord(destination, mask, gateway, status);
 }
 
 class Route4 : public StoreTest {

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "tests/net/routes/routes_fixture.h"
+#include "tests/support/records.h"
 
 namespace kestrove::testing {
 namespace {
@@ -12,12 +13,7 @@ using ::testing::ElementsAre;
 
 Route6Entry route(const char* destination, uint32_t prefix, const char* gateway = "2001:db8:5::fe",
                   uint32_t status = kDisabled) {
-  Route6Entry out = {};
-  setIp6(out.destination, destination);
-  setIp6(out.gateway, gateway);
-  out.prefixLength = prefix;
-  out.status = status;
-  return out;
+  return route6Record(destination, prefix, gateway, status);
 }
 
 class Route6 : public StoreTest {
