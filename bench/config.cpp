@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "bench/file_text.h"
 #include "bench/full_tables.h"
 #include "bench/turns.h"
 #include "kestrove/kestrove.h"
@@ -127,15 +128,6 @@ void writeRoutesByHand(HandWriter& out) {
   }
 }
 
-std::string contentsOf(const char* path) {
-  std::string text;
-  FILE* file = fopen(path, "r");
-  char piece[65536];
-  for (size_t count; file && (count = fread(piece, 1, sizeof piece, file)) > 0;) text.append(piece, count);
-  if (file) fclose(file);
-  return text;
-}
-
 // The lines before the tables are taken ready-made from the saved file.
 std::string scalarLines(const std::string& saved) { return saved.substr(0, saved.find("\nROUTE ") + 1); }
 
@@ -151,13 +143,13 @@ void saveByHand(const char* path, const std::string& scalars) {
 void save(benchmark::State& state) {
   const char* path = kFiles[state.range(0)];
   FullStore store(path);
-  std::string saved = contentsOf(path);
+  std::string saved = bench::fileText(path);
   std::string scalars = scalarLines(saved);
   auto work = [&state] {
     if (save_shared_memory() != 0) state.SkipWithError("not saved");
   };
   bench::inTurns(state, bench::byProcessor(work), bench::byProcessor([&] { saveByHand(path, scalars); }));
-  if (contentsOf(path) != saved) state.SkipWithError("the floor writes another file");
+  if (bench::fileText(path) != saved) state.SkipWithError("the floor writes another file");
 }
 BENCH_ROW(save)->Arg(kMemory)->Arg(kDisk);
 
@@ -178,7 +170,8 @@ long sumOfNumbers(const char* text) {
 // The whole text, read at once into memory that is kept.
 class ReadByHand {
  public:
-  explicit ReadByHand(const char* path) : path_(path), size_(contentsOf(path).size()), text_(new char[size_ + 1]()) {}
+  explicit ReadByHand(const char* path)
+      : path_(path), size_(bench::fileText(path).size()), text_(new char[size_ + 1]()) {}
   void run() {
     int fd = open(path_, O_RDONLY | O_CLOEXEC);
     if (read(fd, text_.get(), size_) != static_cast<ssize_t>(size_)) exit(2);

@@ -8,10 +8,9 @@
 #include <time.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 
+#include "bench/file_text.h"
 #include "bench/floors.h"
 #include "bench/full_tables.h"
 #include "bench/turns.h"
@@ -24,11 +23,6 @@ namespace sys = kestrove::sys;
 
 constexpr char kWorkFile[] = "/tmp/dump";
 constexpr char kFloorFile[] = "/tmp/floor";
-
-std::string fileText(const char* path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // The floor knows what it will print: every column has its width, every word its length.
 class Floor {
@@ -151,9 +145,9 @@ void dumping(benchmark::State& state) {
   bench::fillEvents();
   FILE* stream = fopen(kWorkFile, "w");
   dumpTo(stream);
-  Floor floor(fileText(kWorkFile));
+  Floor floor(bench::fileText(kWorkFile));
   floor.run();
-  if (fileText(kWorkFile) != fileText(kFloorFile)) state.SkipWithError("the floor prints other bytes");
+  if (bench::fileText(kWorkFile) != bench::fileText(kFloorFile)) state.SkipWithError("the floor prints other bytes");
   auto work = [stream] { dumpTo(stream); };
   bench::inTurns(state, bench::byProcessor(work), bench::byProcessor([&floor] { floor.run(); }));
   fclose(stream);

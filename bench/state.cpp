@@ -7,9 +7,9 @@
 #include <unistd.h>
 
 #include <fstream>
-#include <iterator>
 #include <string>
 
+#include "bench/file_text.h"
 #include "bench/floors.h"
 #include "bench/full_tables.h"
 #include "bench/turns.h"
@@ -132,11 +132,6 @@ void writeFloor() {
   for (int i = 0; i < SHM_RULES - 1; ++i) floor.rule(i + 1, shm->filterTable.rule[i]);
 }
 
-std::string contents(const char* path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 void stateScript(benchmark::State& state) {
   PlainSettings settings;
   fillTables();
@@ -144,7 +139,7 @@ void stateScript(benchmark::State& state) {
     if (__saveCliState("now") != 0) state.SkipWithError("refused");
   };
   bench::inTurns(state, bench::byProcessor(work), bench::byProcessor(writeFloor));
-  if (contents(kScript) != contents(kFloorScript)) state.SkipWithError("the floor writes something else");
+  if (bench::fileText(kScript) != bench::fileText(kFloorScript)) state.SkipWithError("the floor writes something else");
   emptyTables();
 }
 BENCH_ROW(stateScript)->Unit(benchmark::kMicrosecond);

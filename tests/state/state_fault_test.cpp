@@ -20,10 +20,6 @@ class StateFaultTest : public StateTest {
   static int save() { return saveSystemState(0, "--"); }
   static int load() { return loadSystemState(0, "--"); }
 
-  static void expectLockFree() {
-    EXPECT_EQ(0, shm_lock());
-    EXPECT_EQ(0, shm_unlock());
-  }
   static void changeFiles() {
     for (const char* path : {kConfigFile, kAgentFile, kAgentStateFile}) writeFile(path, "changed\n");
   }

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "kestrove/kestrove.h"
+
 namespace kestrove::testing {
 
 constexpr int kKilled = 0;  // in place of an error
@@ -41,6 +43,12 @@ void sweepFaults(const std::vector<int>& errors, const std::function<void()>& pr
 
 // SIGKILL, EIO, ENOSPC, EMFILE and EINTR.
 std::vector<int> usualFaults();
+
+// Whoever was struck has not kept the lock.
+inline void expectLockFree() {
+  EXPECT_EQ(0, shm_lock());
+  EXPECT_EQ(0, shm_unlock());
+}
 
 // For SCOPED_TRACE.
 std::string describe(const Strike& strike, const Aftermath& aftermath);

@@ -13,26 +13,18 @@
 
 #include <fstream>
 #include <set>
-#include <sstream>
 
 #include "tests/support/peer.h"
+#include "tests/support/store.h"
 
 namespace kestrove::sys {
 namespace {
 
+using testing::readFile;
+using testing::writeFile;
+
 constexpr char kFolder[] = "/tmp/replace";
 constexpr char kFile[] = "/tmp/replace/file";
-
-std::string contentsOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-
-void fill(const std::string& path, const std::string& text) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
-}
 
 std::set<std::string> namesIn(const char* folder) {
   std::set<std::string> names;
@@ -62,7 +54,7 @@ class ReplaceTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(0, mkdir(kFolder, 0755));
-    fill(kFile, kOld);
+    writeFile(kFile, kOld);
   }
   void TearDown() override { EXPECT_EQ(names_, namesIn(kFolder)); }
   std::set<std::string> names_ = {"file"};  // what there must be in the end
@@ -72,9 +64,9 @@ TEST_F(ReplaceTest, OldContentsStandUntilTheCommit) {
   Replacement file(kFile);
   ASSERT_TRUE(file);
   ASSERT_TRUE(file.write(kNew.data(), kNew.size()));
-  EXPECT_EQ(kOld, contentsOf(kFile));
+  EXPECT_EQ(kOld, readFile(kFile));
   ASSERT_TRUE(file.commit());
-  EXPECT_EQ(kNew, contentsOf(kFile));
+  EXPECT_EQ(kNew, readFile(kFile));
 }
 
 TEST_F(ReplaceTest, OldContentsStandWithoutACommit) {
@@ -82,7 +74,7 @@ TEST_F(ReplaceTest, OldContentsStandWithoutACommit) {
     Replacement file(kFile);
     ASSERT_TRUE(file.write(kNew.data(), kNew.size()));
   }
-  EXPECT_EQ(kOld, contentsOf(kFile));
+  EXPECT_EQ(kOld, readFile(kFile));
 }
 
 TEST_F(ReplaceTest, OpenReaderKeepsTheOldContents) {
@@ -106,7 +98,7 @@ TEST_F(ReplaceTest, NewFileFollowsTheMask) {
   unlink(kFile);
   umask(027);
   ASSERT_TRUE(replace(kFile, kNew));
-  EXPECT_EQ(kNew, contentsOf(kFile));
+  EXPECT_EQ(kNew, readFile(kFile));
   EXPECT_EQ(0100640u, statusOf(kFile).st_mode);
 }
 
@@ -121,13 +113,13 @@ TEST_F(ReplaceTest, NewFileWithoutACommitIsNotThere) {
 
 TEST_F(ReplaceTest, EmptyContentsAreContents) {
   ASSERT_TRUE(replace(kFile, ""));
-  EXPECT_EQ("", contentsOf(kFile));
+  EXPECT_EQ("", readFile(kFile));
 }
 
 TEST_F(ReplaceTest, NameWithoutAFolder) {
   ASSERT_EQ(0, chdir(kFolder));
   ASSERT_TRUE(replace("file", kNew));
-  EXPECT_EQ(kNew, contentsOf(kFile));
+  EXPECT_EQ(kNew, readFile(kFile));
 }
 
 TEST_F(ReplaceTest, FileOfTwoNamesIsWrittenInPlace) {
@@ -135,7 +127,7 @@ TEST_F(ReplaceTest, FileOfTwoNamesIsWrittenInPlace) {
   ino_t inode = statusOf(kFile).st_ino;
   ASSERT_TRUE(replace(kFile, kNew));
   EXPECT_EQ(inode, statusOf(kFile).st_ino);
-  EXPECT_EQ(kNew, contentsOf("/tmp/replace/other"));
+  EXPECT_EQ(kNew, readFile("/tmp/replace/other"));
   names_.insert("other");
 }
 
@@ -144,7 +136,7 @@ TEST_F(ReplaceTest, LinkStaysALinkAndItsFileIsWrittenInPlace) {
   ASSERT_EQ(0, symlink("real", kFile));
   ASSERT_TRUE(replace(kFile, kNew));
   EXPECT_TRUE(S_ISLNK(statusOf(kFile).st_mode));
-  EXPECT_EQ(kNew, contentsOf("/tmp/replace/real"));
+  EXPECT_EQ(kNew, readFile("/tmp/replace/real"));
   names_.insert("real");
 }
 
@@ -153,28 +145,28 @@ TEST_F(ReplaceTest, LinkToNothingMakesItsFile) {
   ASSERT_EQ(0, symlink("real", kFile));
   ASSERT_TRUE(replace(kFile, kNew));
   EXPECT_TRUE(S_ISLNK(statusOf(kFile).st_mode));
-  EXPECT_EQ(kNew, contentsOf("/tmp/replace/real"));
+  EXPECT_EQ(kNew, readFile("/tmp/replace/real"));
   names_.insert("real");
 }
 
 TEST_F(ReplaceTest, MountPointIsWrittenInPlace) {
-  fill("/tmp/behind", kOld);
+  writeFile("/tmp/behind", kOld);
   ASSERT_EQ(0, mount("/tmp/behind", kFile, nullptr, MS_BIND, nullptr));
   EXPECT_TRUE(replace(kFile, kNew));
-  EXPECT_EQ(kNew, contentsOf("/tmp/behind"));
+  EXPECT_EQ(kNew, readFile("/tmp/behind"));
   ASSERT_EQ(0, umount(kFile));
-  EXPECT_EQ(kOld, contentsOf(kFile));
+  EXPECT_EQ(kOld, readFile(kFile));
 }
 
 TEST_F(ReplaceTest, MountPointOnAFullDiskKeepsItsContents) {
   ASSERT_EQ(0, mkdir("/tmp/small", 0755));
   ASSERT_EQ(0, mount("none", "/tmp/small", "tmpfs", 0, "size=64k"));
-  fill("/tmp/small/behind", kOld);
-  fill("/tmp/small/ballast", std::string(100 * 1024, 'x'));
+  writeFile("/tmp/small/behind", kOld);
+  std::ofstream("/tmp/small/ballast") << std::string(100 * 1024, 'x');  // as much of it as fits
   ASSERT_EQ(0, mount("/tmp/small/behind", kFile, nullptr, MS_BIND, nullptr));
   EXPECT_FALSE(replace(kFile, std::string(32 * 1024, 'n')));
   EXPECT_EQ(ENOSPC, errno);
-  EXPECT_EQ(kOld, contentsOf(kFile));
+  EXPECT_EQ(kOld, readFile(kFile));
   ASSERT_EQ(0, umount(kFile));
   ASSERT_EQ(0, umount("/tmp/small"));
 }
@@ -209,7 +201,7 @@ TEST_F(ReplaceTest, FileInAFolderThatRefusesIsWrittenInPlace) {
   ASSERT_EQ(0, chmod(kFile, 0666));
   ino_t inode = statusOf(kFile).st_ino;
   replaceAsNobody();
-  EXPECT_EQ(kNew, contentsOf(kFile));
+  EXPECT_EQ(kNew, readFile(kFile));
   EXPECT_EQ(inode, statusOf(kFile).st_ino);
 }
 
@@ -219,7 +211,7 @@ TEST_F(ReplaceTest, FileOfSomebodyElseIsWrittenInPlace) {
   ASSERT_EQ(0, chmod(kFile, 0666));
   ino_t inode = statusOf(kFile).st_ino;
   replaceAsNobody();
-  EXPECT_EQ(kNew, contentsOf(kFile));
+  EXPECT_EQ(kNew, readFile(kFile));
   EXPECT_EQ(inode, statusOf(kFile).st_ino);
   EXPECT_EQ(0u, statusOf(kFile).st_uid);
 }
@@ -234,17 +226,18 @@ TEST_F(ReplaceTest, TargetThatCannotBeOpened) {
 TEST_F(ReplaceTest, NameTooLongForATemporaryFileIsWrittenInPlace) {
   std::string name(250, 'n');
   std::string path = std::string(kFolder) + "/" + name;
-  fill(path, kOld);
+  writeFile(path, kOld);
   ASSERT_TRUE(replace(path.c_str(), kNew));
-  EXPECT_EQ(kNew, contentsOf(path));
+  EXPECT_EQ(kNew, readFile(path));
   names_.insert(name);
 }
 
 TEST_F(ReplaceTest, LeftoversAreRemovedAndNothingElse) {
-  for (const char* name : {".file.1.1.new", ".file.99999999.12.new"}) fill(std::string(kFolder) + "/" + name, "left");
+  for (const char* name : {".file.1.1.new", ".file.99999999.12.new"})
+    writeFile(std::string(kFolder) + "/" + name, "left");
   for (const char* name : {".file.1.new", ".file.1.1.new.", ".file.1a.1.new", ".file..1.new", ".files.1.1.new",
                            "file.1.1.new", ".fil.1.1.new", ".file.1.1.old"}) {
-    fill(std::string(kFolder) + "/" + name, "other");
+    writeFile(std::string(kFolder) + "/" + name, "other");
     names_.insert(name);
   }
   ASSERT_EQ(0, mkdir("/tmp/replace/.file.2.2.new", 0755));
@@ -255,11 +248,11 @@ TEST_F(ReplaceTest, LeftoversAreRemovedAndNothingElse) {
 
 TEST_F(ReplaceTest, FileThatSomebodyIsStillWritingStays) {
   constexpr char kTheirs[] = "/tmp/replace/.file.1.1.new";
-  fill(kTheirs, "theirs");
+  writeFile(kTheirs, "theirs");
   int fd = open(kTheirs, O_RDWR);
   ASSERT_EQ(0, flock(fd, LOCK_EX));
   ASSERT_TRUE(replace(kFile, kNew));
-  EXPECT_EQ("theirs", contentsOf(kTheirs));
+  EXPECT_EQ("theirs", readFile(kTheirs));
   close(fd);
   removeLeftovers(kFile);
 }
@@ -270,9 +263,9 @@ TEST_F(ReplaceTest, TwoAtOnceDoNotMeet) {
   ASSERT_TRUE(one.write("one", 3));
   ASSERT_TRUE(other.write("other", 5));
   ASSERT_TRUE(one.commit());
-  EXPECT_EQ("one", contentsOf(kFile));
+  EXPECT_EQ("one", readFile(kFile));
   ASSERT_TRUE(other.commit());
-  EXPECT_EQ("other", contentsOf(kFile));
+  EXPECT_EQ("other", readFile(kFile));
 }
 
 // As a tool does that rewrites the password file beside us.
@@ -285,7 +278,7 @@ TEST_F(ReplaceTest, FileThatWasReplacedMeanwhileIsFollowed) {
   close(open(theirs.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
   ASSERT_EQ(0, rename(theirs.c_str(), kFile));
   ASSERT_TRUE(file.commit());
-  EXPECT_EQ("ours", contentsOf(kFile));
+  EXPECT_EQ("ours", readFile(kFile));
   unlink(kLink);
 }
 

@@ -38,10 +38,6 @@ class UsersFaultTest : public UsersTest {
     return file.starts_with(kSystemLines) && last.starts_with("alice:$1$$") && last.ends_with("/serialUi.sh\n") &&
            std::count(last.begin(), last.end(), '\n') == 1;
   }
-  static void expectLockFree() {
-    EXPECT_EQ(0, shm_lock());
-    EXPECT_EQ(0, shm_unlock());
-  }
 };
 
 TEST_F(UsersFaultTest, AddingKilledAtAnyCall) {
