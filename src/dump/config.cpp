@@ -136,7 +136,8 @@ void dumpUser(sys::TextWriter& out, const UserAccount& user) {
 
 void dumpState(sys::TextWriter& out) {
   out.text("Kestrove shared memory:\n\n");
-  print(out, "SHM Operational state: %s\n", shm_getMessage(&kStateNames, static_cast<int>(shm->operationalState)));
+  print(out, "SHM Operational state: %s\n",
+        shm_getMessage(&kOperationalStateNames, static_cast<int>(shm->operationalState)));
 }
 
 void dumpFiles(sys::TextWriter& out) {

@@ -85,7 +85,7 @@ int printSharedMemoryStats(void) {
   return 0;
 }
 
-const char* strOperationalState(int code) { return shm_getMessage(&kStateNames, code); }
+const char* strOperationalState(int code) { return shm_getMessage(&kOperationalStateNames, code); }
 
 const char* strCongestionControl(int code) { return shm_getMessage(&kCongestionNames, code); }
 

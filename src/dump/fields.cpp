@@ -39,8 +39,8 @@ void dumpValue(sys::TextWriter& out, const DumpField& field) {
     case DumpKind::kUnsigned: return print(out, "%u", valueAt<uint32_t>(place));
     case DumpKind::kWide: return print(out, "%llu", static_cast<unsigned long long>(valueAt<uint64_t>(place)));
     case DumpKind::kHex: return print(out, "0x%.2x", valueAt<uint32_t>(place));
-    case DumpKind::kSwitch: return dumpName(out, kStateNames, *place);
-    case DumpKind::kState: return dumpName(out, kStateNames, wordAt(place));
+    case DumpKind::kSwitch: return dumpName(out, kOperationalStateNames, *place);
+    case DumpKind::kState: return dumpName(out, kOperationalStateNames, wordAt(place));
     case DumpKind::kCompression: return dumpName(out, kCompressionNames, wordAt(place));
     case DumpKind::kCongestion: return dumpName(out, kCongestionNames, *place);
     case DumpKind::kLink: return dumpName(out, kLinkNames, wordAt(place));

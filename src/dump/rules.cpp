@@ -80,7 +80,7 @@ char* putFirstLine(char* at, const FilterRule& rule, int32_t position) {
   at = putCutNumber<6>(at, rule.destPort);
   at = putCutNumber<4>(at, rule.priority);
   at = putTarget(at, rule.target);
-  at = putCutText<5>(at, nameOf(kStateNames, rule.accel));
+  at = putCutText<5>(at, nameOf(kOperationalStateNames, rule.accel));
   at = putText(putBandwidth(at, rule.bandwidth), " ");
   return putText(sys::putTextRight<12>(at, nameOf(kRowStatusNames, rule.ruleAction).substr(0, 12)), "\n");
 }

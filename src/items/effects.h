@@ -10,9 +10,9 @@
 
 namespace kestrove {
 
-// Marks what changed and signals the engine. Debug Mode leaves the engine alone. A signal that cannot be sent keeps
-// its level of the lock and does not fail the setter.
-inline void tellEngine(uint32_t pending) {
+// What changed is marked for the engine, which is signalled to fetch it. A signal that cannot be sent keeps its level
+// of the lock and does not fail the setter.
+inline void markAndSignalUnlessDebugging(uint32_t pending) {
   if (pending == 0 || debugMode()) return;
   markPending(pending);
   notifyKestrove();

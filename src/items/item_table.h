@@ -20,7 +20,7 @@ struct Item {
 };
 
 // Null for an id without a row.
-const Item* findItem(int id);
+[[nodiscard]] const Item* findItem(int id);
 
 uint32_t fetchItem(const Item& item);
 void storeItem(const Item& item, uint32_t value);

@@ -13,7 +13,7 @@ int applyChange(const Item& item, uint32_t value, uint32_t source, const char* u
   ChangeSave save;
   if (item.onEvent != 0) logEvent(value == SHM_ON ? item.onEvent : item.offEvent, source, user);
   if (item.save) save.run(save_shared_memory);
-  tellEngine(item.pending);
+  markAndSignalUnlessDebugging(item.pending);
   bool acted = !item.action || item.action(value) == 0;
   int saved = save.result();
   return acted ? saved : -1;

@@ -31,7 +31,7 @@ void refreshServers() { refresh_userinterface_apps(); }
 void readdressWanPort() {
   const ConfigRecord& config = shm->config;
   InterfaceName name;
-  physicalInterfaceName(SHM_IF_WAN, name);
+  static_cast<void>(physicalInterfaceName(SHM_IF_WAN, name));  // the table of numbers has the WAN
   shm_ifconfig(name.text, config.wanIpAddress, config.wanIpAddressMask, config.wanBroadcastAddress);
 }
 
@@ -63,7 +63,7 @@ bool usableMask(uint32_t mask) { return mask != 0 && validateNetmask(&mask) == 0
 
 // The system's own failures do not fail the item: the address is stored, and the next event applies it again.
 int applyChange(const NetworkItem& item, uint32_t source, const char* user) {
-  if (shm->config.pbrOperState == SHM_ON) tellEngine(item.pendingWithPbr);
+  if (shm->config.pbrOperState == SHM_ON) markAndSignalUnlessDebugging(item.pendingWithPbr);
   if (item.modeEvent != 0) {
     OpModeContext context = heldContext();
     OpModeState(item.modeEvent, &context);

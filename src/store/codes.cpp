@@ -5,7 +5,7 @@
 namespace kestrove {
 namespace {
 
-constexpr MessageEntry kStates[] = {
+constexpr MessageEntry kOperationalStates[] = {
     {SHM_STATE_UNINITIALIZED, "Uninitialized"},
     {SHM_STATE_OPERATIONAL, "Operational"},
     {SHM_STATE_DISABLED, "Disabled"},
@@ -29,7 +29,7 @@ constexpr MessageEntry kTasks[] = {
     {4, "kestrove"}, {5, "miscMonitor"}, {6, "monitor"}, {7, "No such task"},
 };
 
-constexpr MessageEntry kRowStates[] = {
+constexpr MessageEntry kRowStatuses[] = {
     {0, "* Undefined *"}, {1, "Invalid"}, {2, "NIS"}, {3, "Active"}, {4, "* No Such Value *"},
 };
 
@@ -44,11 +44,11 @@ constexpr MessageTable endingWithDefault(const MessageEntry (&entries)[N]) {
 
 }  // namespace
 
-constexpr MessageTable kStateNames = endingWithDefault(kStates);
+constexpr MessageTable kOperationalStateNames = endingWithDefault(kOperationalStates);
 constexpr MessageTable kCongestionNames = endingWithDefault(kCongestion);
 constexpr MessageTable kCompressionNames = endingWithDefault(kCompression);
 constexpr MessageTable kTaskNames = endingWithDefault(kTasks);
-constexpr MessageTable kRowStatusNames = endingWithDefault(kRowStates);
+constexpr MessageTable kRowStatusNames = endingWithDefault(kRowStatuses);
 constexpr MessageTable kLinkNames = endingWithDefault(kLinks);
 
 }  // namespace kestrove

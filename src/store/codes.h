@@ -5,11 +5,11 @@
 
 namespace kestrove {
 
-extern const MessageTable kStateNames;        // switches, operationalState, ipv6Support
-extern const MessageTable kCongestionNames;   // lanCongestionControl, wanCongestionControl
-extern const MessageTable kCompressionNames;  // ddupOperState
-extern const MessageTable kTaskNames;         // indexes of taskPids
-extern const MessageTable kRowStatusNames;    // routes and rules
-extern const MessageTable kLinkNames;         // link settings; the speeds that have no name of their own are 10baseT
+extern const MessageTable kOperationalStateNames;  // switches, operationalState, ipv6Support
+extern const MessageTable kCongestionNames;        // lanCongestionControl, wanCongestionControl
+extern const MessageTable kCompressionNames;       // ddupOperState
+extern const MessageTable kTaskNames;              // indexes of taskPids
+extern const MessageTable kRowStatusNames;         // routes and rules
+extern const MessageTable kLinkNames;  // link settings; the speeds that have no name of their own are 10baseT
 
 }  // namespace kestrove

@@ -22,14 +22,14 @@ void expectRows(const MessageTable& table, const Row (&rows)[N]) {
 }
 
 TEST(Codes, States) {
-  expectRows(kStateNames, {{0, "Uninitialized"},
-                           {1, "Operational"},
-                           {2, "Disabled"},
-                           {3, "Unconfigured"},
-                           {4, "Configuration Mode"},
-                           {5, "Debug Mode"},
-                           {6, "Invalid Mode"}});
-  EXPECT_STREQ("Invalid Mode", shm_getMessage(&kStateNames, 9));
+  expectRows(kOperationalStateNames, {{0, "Uninitialized"},
+                                      {1, "Operational"},
+                                      {2, "Disabled"},
+                                      {3, "Unconfigured"},
+                                      {4, "Configuration Mode"},
+                                      {5, "Debug Mode"},
+                                      {6, "Invalid Mode"}});
+  EXPECT_STREQ("Invalid Mode", shm_getMessage(&kOperationalStateNames, 9));
 }
 
 TEST(Codes, Congestion) {

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <set>
 
+#include "kestrove/codes.h"
 #include "kestrove/text.h"
 #include "kestrove/users.h"
 
@@ -14,7 +15,7 @@ class Checker {
   explicit Checker(const ShmData& store) : store_(store) {}
 
   std::vector<Finding> run() {
-    state();
+    modes();
     users();
     addresses();
     management();
@@ -27,12 +28,13 @@ class Checker {
   }
 
  private:
-  void find(const char* table, std::string text) { findings_.push_back({table, std::move(text)}); }
+  void report(const char* table, std::string text) { findings_.push_back({table, std::move(text)}); }
 
   // The number of entries that can be looked at; a count out of its range is a finding.
   uint32_t counted(const char* table, int32_t count, int32_t least, int32_t most) {
     if (count >= least && count <= most) return static_cast<uint32_t>(count);
-    find(table, "count " + std::to_string(count) + " is not " + std::to_string(least) + " to " + std::to_string(most));
+    report(table,
+           "count " + std::to_string(count) + " is not " + std::to_string(least) + " to " + std::to_string(most));
     return count < least ? 0 : static_cast<uint32_t>(most);
   }
 
@@ -41,12 +43,12 @@ class Checker {
     return strnlen(field, N) < N;
   }
 
-  void state() {
+  void modes() {
     if (store_.operationalState > SHM_STATE_DEBUG) {
-      find("store", "operational state " + std::to_string(store_.operationalState) + " is not 0 to 5");
+      report("store", "operational state " + std::to_string(store_.operationalState) + " is not 0 to 5");
     }
-    if (store_.config.opModeState > 2) {
-      find("store", "operating mode " + std::to_string(store_.config.opModeState) + " is not 0 to 2");
+    if (store_.config.opModeState > SHM_MODE_POLICY_ROUTING) {
+      report("store", "operating mode " + std::to_string(store_.config.opModeState) + " is not 0 to 2");
     }
   }
 
@@ -58,24 +60,24 @@ class Checker {
     for (uint32_t i = 0; i < count; ++i) {
       const UserAccount& user = config.users[i];
       std::string name(user.username, strnlen(user.username, sizeof user.username));
-      if (!terminated(user.username)) find("user", "entry " + std::to_string(i) + ": name without terminator");
-      if (name.empty()) find("user", "entry " + std::to_string(i) + ": no name");
-      if (!names.insert(name).second) find("user", "entry " + std::to_string(i) + ": name " + name + " stands twice");
+      if (!terminated(user.username)) report("user", "entry " + std::to_string(i) + ": name without terminator");
+      if (name.empty()) report("user", "entry " + std::to_string(i) + ": no name");
+      if (!names.insert(name).second) report("user", "entry " + std::to_string(i) + ": name " + name + " stands twice");
       admins += user.superUser == 1;
     }
     if (admins != config.adminUserCount) {
-      find("user", "adminUserCount " + std::to_string(config.adminUserCount) + ", but " + std::to_string(admins) +
-                       " administrators");
+      report("user", "adminUserCount " + std::to_string(config.adminUserCount) + ", but " + std::to_string(admins) +
+                         " administrators");
     }
   }
 
   void addresses() {
     uint32_t count = counted("address6", store_.ip6Count, 0, SHM_IP6_ADDRESSES);
     for (uint32_t i = 0; i < count; ++i) {
-      if (store_.ip6Address[i].prefixLength > 128) prefixFinding("address6", i, store_.ip6Address[i].prefixLength);
+      if (store_.ip6Address[i].prefixLength > 128) reportPrefix("address6", i, store_.ip6Address[i].prefixLength);
       for (uint32_t j = 0; j < i; ++j) {
         if (memcmp(store_.ip6Address[i].address, store_.ip6Address[j].address, 16) == 0) {
-          find("address6", "entries " + std::to_string(j) + " and " + std::to_string(i) + " hold the same address");
+          report("address6", "entries " + std::to_string(j) + " and " + std::to_string(i) + " hold the same address");
         }
       }
     }
@@ -86,16 +88,18 @@ class Checker {
     for (uint32_t i = 0; i < count; ++i) {
       const ManagementAddress& entry = store_.managementAddress[i];
       std::string place = "entry " + std::to_string(i) + ": ";
-      if (entry.ipVersion != 4 && entry.ipVersion != 6) {
-        find("management", place + "IP version " + std::to_string(entry.ipVersion));
+      if (entry.ipVersion != SHM_FAMILY_IPV4 && entry.ipVersion != SHM_FAMILY_IPV6) {
+        report("management", place + "IP version " + std::to_string(entry.ipVersion));
       }
-      if (entry.status != 1 && entry.status != 2) find("management", place + "status " + std::to_string(entry.status));
-      if (entry.ipVersion == 6 && entry.prefixLength6 > 128) prefixFinding("management", i, entry.prefixLength6);
+      if (entry.status != SHM_ADDRESS_APPLIED && entry.status != SHM_ADDRESS_KEPT)
+        report("management", place + "status " + std::to_string(entry.status));
+      if (entry.ipVersion == SHM_FAMILY_IPV6 && entry.prefixLength6 > 128)
+        reportPrefix("management", i, entry.prefixLength6);
     }
   }
 
-  void prefixFinding(const char* table, uint32_t index, uint32_t length) {
-    find(table, "entry " + std::to_string(index) + ": prefix length " + std::to_string(length));
+  void reportPrefix(const char* table, uint32_t index, uint32_t length) {
+    report(table, "entry " + std::to_string(index) + ": prefix length " + std::to_string(length));
   }
 
   static bool follows4(const RouteEntry& first, const RouteEntry& second) {
@@ -115,7 +119,7 @@ class Checker {
     for (uint32_t i = 0; i < capacity; ++i) {
       used += slots[i].inUse == 1;
       if (slots[i].inUse != 1 && slots[i].inUse != SHM_NO_SLOT) {
-        find(table, "slot " + std::to_string(i) + ": in-use word " + std::to_string(slots[i].inUse));
+        report(table, "slot " + std::to_string(i) + ": in-use word " + std::to_string(slots[i].inUse));
       }
     }
     uint32_t walked = 0;
@@ -123,28 +127,28 @@ class Checker {
     for (uint32_t slot = head; slot != SHM_NO_SLOT && (slot != head || !previous); slot = previous->next) {
       std::string place = "slot " + std::to_string(slot);
       if (slot >= capacity) {
-        find(table, (previous ? "chain leads to " : "head names ") + place + ", beyond the table");
+        report(table, (previous ? "chain leads to " : "head names ") + place + ", beyond the table");
         break;
       }
       if (slots[slot].inUse != 1) {
-        if (previous || used != 0) find(table, "chain leads to " + place + ", which is free");
+        if (previous || used != 0) report(table, "chain leads to " + place + ", which is free");
         break;
       }
       if (seen[slot]) {
-        find(table, "chain comes back to " + place);
+        report(table, "chain comes back to " + place);
         break;
       }
-      if (previous && !follows(*previous, slots[slot])) find(table, place + " stands out of order");
-      if (slots[slot].status < 1 || slots[slot].status > 3) {
-        find(table, place + ": status " + std::to_string(slots[slot].status));
+      if (previous && !follows(*previous, slots[slot])) report(table, place + " stands out of order");
+      if (slots[slot].status < SHM_ROUTE_INACTIVE || slots[slot].status > SHM_ROUTE_ACTIVE) {
+        report(table, place + ": status " + std::to_string(slots[slot].status));
       }
       seen[slot] = true;
       previous = &slots[slot];
       ++walked;
     }
-    if (previous && previous->next == head) find(table, "chain comes back to its head");
+    if (previous && previous->next == head) report(table, "chain comes back to its head");
     if (walked != used) {
-      find(table, std::to_string(used) + " slots in use, " + std::to_string(walked) + " reached from the head");
+      report(table, std::to_string(used) + " slots in use, " + std::to_string(walked) + " reached from the head");
     }
   }
 
@@ -153,26 +157,27 @@ class Checker {
     for (uint32_t i = 0; i < count; ++i) {
       const FilterRule& rule = store_.filterTable.rule[i];
       std::string place = "rule " + std::to_string(i) + ": ";
-      if (rule.target < -1) find("rule", place + "target " + std::to_string(rule.target));
-      if (rule.ruleAction == 3 && rule.proto == 17 && rule.accel != 2) find("rule", place + "UDP accelerated");
-      if (rule.ruleAction == 3 && rule.ipVersion == 4 &&
+      if (rule.target < SHM_TARGET_BRIDGE) report("rule", place + "target " + std::to_string(rule.target));
+      if (rule.ruleAction == SHM_RULE_ACTIVE && rule.proto == SHM_PROTO_UDP && rule.accel != SHM_OFF)
+        report("rule", place + "UDP accelerated");
+      if (rule.ruleAction == SHM_RULE_ACTIVE && rule.ipVersion == SHM_FAMILY_IPV4 &&
           ((rule.srcAddr & ~rule.srcMask) != 0 || (rule.dstAddr & ~rule.dstMask) != 0)) {
-        find("rule", place + "address beyond its mask");
+        report("rule", place + "address beyond its mask");
       }
     }
   }
 
   void events() {
     const EventLog& log = store_.eventLog;
-    if (log.eventLogFull > 1) find("event", "full word " + std::to_string(log.eventLogFull) + " is not 0 or 1");
+    if (log.eventLogFull > 1) report("event", "full word " + std::to_string(log.eventLogFull) + " is not 0 or 1");
     if (log.readIndex >= SHM_EVENTS)
-      find("event", "readIndex " + std::to_string(log.readIndex) + " is beyond the ring");
+      report("event", "readIndex " + std::to_string(log.readIndex) + " is beyond the ring");
     if (log.writeIndex >= SHM_EVENTS) {
-      find("event", "writeIndex " + std::to_string(log.writeIndex) + " is beyond the ring");
+      report("event", "writeIndex " + std::to_string(log.writeIndex) + " is beyond the ring");
     }
-    if (log.eventLogFull == 0 && log.readIndex != 0) find("event", "readIndex is not 0 before the ring is full");
+    if (log.eventLogFull == 0 && log.readIndex != 0) report("event", "readIndex is not 0 before the ring is full");
     if (log.eventLogFull == 1 && log.readIndex != log.writeIndex) {
-      find("event", "the ring is full, but readIndex and writeIndex differ");
+      report("event", "the ring is full, but readIndex and writeIndex differ");
     }
   }
 
@@ -193,7 +198,7 @@ class Checker {
                {"pbrOperState", config.pbrOperState}};
     // 0 is a switch that no file has named yet, 3 one that a file named with a value other than 0 and 1.
     for (const auto& one : all) {
-      if (one.value > 3) find("item", std::string(one.name) + " holds " + std::to_string(one.value));
+      if (one.value > 3) report("item", std::string(one.name) + " holds " + std::to_string(one.value));
     }
   }
 

@@ -20,7 +20,7 @@ std::string hint(const std::string& name) {
 }
 
 const ItemRow& itemNamed(const std::string& name) {
-  const ItemRow* row = findItem(name);
+  const ItemRow* row = findItemRow(name);
   if (!row) throw Refusal(kUsage, name + ": no such item (" + hint(name) + ")");
   return *row;
 }

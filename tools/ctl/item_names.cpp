@@ -65,7 +65,7 @@ void resolve(std::string& range, const std::string& name, uint32_t value) {
 
 std::span<const ItemRow> itemRows() { return kRows; }
 
-const ItemRow* findItem(const std::string& name) {
+const ItemRow* findItemRow(const std::string& name) {
   for (const ItemRow& row : kRows) {
     if (name == row.name) return &row;
   }

@@ -47,7 +47,7 @@ struct ItemRow {
 };
 
 std::span<const ItemRow> itemRows();
-const ItemRow* findItem(const std::string& name);
+const ItemRow* findItemRow(const std::string& name);
 
 // What the item takes in the attached store, with numbers for what its row names.
 std::string rangeText(const ItemRow& row);

@@ -16,12 +16,9 @@ using namespace kestrove;
 
 namespace {
 
-constexpr int kManagementItem = 1;
-constexpr int kGatewayItem = 15;
-constexpr uint32_t kNoSource = 0;
 constexpr char kNoUser[] = "--";
 
-void tellEngine() {
+void saveMarkAndSignal() {
   ChangeSave save;
   save.run(save_shared_memory);
   markPending(SHM_CHANGE_INTERFACE);
@@ -37,8 +34,8 @@ int store(char* text, int item) {
   int result = parseIpv4Address(text, &address);
   uint32_t code = shm_errno;
   if (lock || attachStore()) {
-    if (result == 0) setNetworkConfigItem(item, &address, kNoSource, kNoUser);
-    if (!configurationMode()) tellEngine();
+    if (result == 0) setNetworkConfigItem(item, &address, SHM_SOURCE_SYSTEM, kNoUser);
+    if (!configurationMode()) saveMarkAndSignal();
   }
   if (result != 0) shm_errno = code;
   return result;
@@ -48,8 +45,8 @@ int store(char* text, int item) {
 
 int setinBandWanGateway(char* text) {
   if (!text) return fail(SHM_EINVAL);
-  store(text, kGatewayItem);
+  store(text, SHM_NET_WAN_GATEWAY);
   return 0;
 }
 
-int setManagementIP(char* text) { return text ? store(text, kManagementItem) : fail(SHM_EINVAL); }
+int setManagementIP(char* text) { return text ? store(text, SHM_NET_MANAGEMENT_ADDRESS) : fail(SHM_EINVAL); }

@@ -37,7 +37,8 @@ void reapply() {
   if (!debugMode()) reapplyRoutes();
 }
 
-void tellEngine() {
+// Neither a signal that cannot be sent nor a missing engine stops a transition.
+void markAndSignal() {
   markPending(SHM_CHANGE_MODE);
   notifyKestrove();
 }
@@ -53,11 +54,12 @@ int OpModeState(int event, OpModeContext* context) {
   uint32_t mode = shm->config.opModeState;
   if (mode >= kModes || event < 0 || event > SHM_MODE_EVENT_DNS) return fail(SHM_EINVAL);
   fill(event, *context);
-  kHandlers[mode](event, context);
+  kHandlers[mode](event, context);  // no mode refuses an event
+  // After every event: rebuilt interfaces come without addresses.
   addAddressesToInterfaces(context);
   shm->config.opModeState = context->mode;  // before the engine is signalled, which may look at once
   if (handles(mode, event)) reapply();
-  if (changesMode(event) && !configurationMode()) tellEngine();
-  save_shared_memory();
+  if (changesMode(event) && !configurationMode()) markAndSignal();
+  save_shared_memory();  // its failure leaves a code; the interfaces are what they are
   return 0;
 }

@@ -27,16 +27,18 @@ int checkEditable(int position) {
   return isDefaultRule(position) ? fail(SHM_EREADONLY) : 0;
 }
 
-void tellEngine() {
+// A rule that no engine hears of is in the table all the same.
+void markAndSignal() {
   markPending(SHM_CHANGE_RULES);
   notifyKestrove();
 }
 
-int tellOfChange() {
+// In Configuration Mode neither: -1 for saveRuleTable, which does nothing else; the others have changed the table.
+int saveAndSignal() {
   if (configurationMode()) return -1;
   ChangeSave save;
   save.run(save_shared_memory);
-  if (!debugMode()) tellEngine();
+  if (!debugMode()) markAndSignal();
   save.leaveCode();
   return 0;
 }
@@ -46,6 +48,7 @@ int tellOfChange() {
 
 using namespace kestrove;
 
+// The caller's record is normalised in place, that of a rule that is then refused too: kept on purpose.
 int insertRule(int position, FilterRule* rule) {
   if (!rule) return fail(SHM_EINVAL);
   StoreLock lock;
@@ -59,7 +62,7 @@ int insertRule(int position, FilterRule* rule) {
   FilterRule stored = *rule;  // before the shift, for a caller that hands in a record of the table itself
   stored.order = 0;
   openRule(*shm, position, stored);
-  tellOfChange();
+  saveAndSignal();
   return 0;
 }
 
@@ -71,9 +74,9 @@ int moveRule(int from, int to) {
   if (!lock) return -1;
   if (!inUse(to)) return fail(SHM_EINVAL);
   if (checkEditable(from) != 0) return -1;
-  if (to == from || to == from + 1) return 0;
+  if (to == from || to == from + 1) return 0;  // places count as before the move: both are where it stands
   shiftRule(*shm, from, from > to ? to : to - 1);
-  tellOfChange();
+  saveAndSignal();
   return 0;
 }
 
@@ -86,7 +89,7 @@ int changeRule(int position, FilterRule* rule) {
   if (!masksAreValid(*rule)) return fail(SHM_EMASK);
   reduceActiveRule(*rule);
   replaceRule(*shm, position, *rule);
-  tellOfChange();
+  saveAndSignal();
   return 0;
 }
 
@@ -94,7 +97,7 @@ int deleteRule(int position) {
   StoreLock lock;
   if (!lock || checkEditable(position) != 0) return -1;
   closeRule(*shm, position);
-  tellOfChange();
+  saveAndSignal();
   return 0;
 }
 
@@ -115,4 +118,5 @@ int getRuleCount(void) {
   return -1;
 }
 
-int saveRuleTable(void) { return attachStore() ? tellOfChange() : -1; }
+// Takes no lock of its own: for callers that changed the table by themselves.
+int saveRuleTable(void) { return attachStore() ? saveAndSignal() : -1; }

