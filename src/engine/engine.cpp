@@ -19,7 +19,7 @@ namespace {
 
 constexpr char kPidFile[] = "/var/log/curpid";
 constexpr int kPidLineSize = 78;
-constexpr int kLowestPid = 2;
+constexpr int kLowestPid = 2;  // 0, 1 and negative numbers would signal others
 
 // 0 when there is none: no file, an empty one, no number.
 int32_t pidFromFile() {
@@ -35,6 +35,7 @@ int32_t enginePid() {
 }
 
 bool ratesChanged() { return (shm->pendingChanges & (SHM_CHANGE_LAN_RATE | SHM_CHANGE_WAN_RATE)) != 0; }
+// That product takes up nothing but rates while it runs.
 bool needsRestart() { return shm->config.productId == SHM_PRODUCT_UNBRIDGED && !ratesChanged(); }
 
 }  // namespace
@@ -52,6 +53,7 @@ int notifyKestrove(void) {
     lock.leaveHeld();  // the caller's process keeps this level of the lock: kept on purpose
     return fail(SHM_ESYSTEM);
   }
+  // Its failure does not undo the signal, which was sent.
   if (restart) restart_kestrove(SHM_SOURCE_SYSTEM, "--");
   return 0;
 }

@@ -16,6 +16,7 @@
 namespace kestrove {
 namespace {
 
+// The engine is built by itself: the block crosses to its process by positions.
 static_assert(sizeof(EngineLink) == 128);
 static_assert(offsetof(EngineLink, congestionFlagA) == 60);
 static_assert(offsetof(EngineLink, hardwareAddress) == 108);
@@ -26,6 +27,7 @@ static_assert(offsetof(EngineConfiguration, singleInterfaceMode) == 852276);
 static_assert(offsetof(EngineConfiguration, ddupStartupOptions) == 852284);
 static_assert(sizeof(EngineConfiguration) == 852544);
 
+// One side of the block is the other with these exchanged.
 struct LinkFields {
   uint32_t side;
   char (ConfigRecord::*name)[16];
@@ -109,6 +111,7 @@ void fillLink(EngineLink& link, const LinkFields& fields) {
   link.sendBufferSize = config.*fields.sendBufferSize;
   link.receiveBufferSize = config.*fields.receiveBufferSize;
   link.linkRate = config.*fields.linkRate;
+  // What comes in on one side goes out on the other, so both have the smaller MTU.
   link.mtu = std::min<uint32_t>(config.lanMaximumTransferUnit, config.wanMaximumTransferUnit);
   setCongestion(link, config.*fields.congestionControl);
   memcpy(link.hardwareAddress, shm->*fields.hardwareAddress, sizeof link.hardwareAddress);
@@ -125,7 +128,7 @@ void fillSettings(EngineConfiguration& block, const ConfigRecord& config) {
   block.compression = config.compression == SHM_ON;
   block.globalCongestion = config.wanCongestionControl == SHM_CONGESTION_GLOBAL;
   block.accumulationInterval = shm->statistics.accumulationInterval;
-  block.constant8 = 8;
+  block.constant8 = 8;  // of no meaning here; the engine expects it
   block.singleInterfaceMode = config.singleInterfaceMode;
   block.ddupOperState = config.ddupOperState;
   memcpy(block.ddupStartupOptions, shm->ddupStartupOptions, fieldLength(shm->ddupStartupOptions));

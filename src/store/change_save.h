@@ -26,7 +26,7 @@ class ChangeSave {
     errno = error_;
   }
   // Of a setter, which a failed save fails after the rest of the change is done.
-  int result() const {
+  [[nodiscard]] int result() const {
     leaveCode();
     return failed_ ? -1 : 0;
   }

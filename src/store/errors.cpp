@@ -57,7 +57,7 @@ const char* shm_strerror(int code) { return messageOfRow(static_cast<uint32_t>(c
 
 void shm_perror(const char* prefix) {
   if (!prefix) return;
-  int error = errno;
+  int error = errno;  // before the streams can change it
   const char* message = messageOfRow(shm_errno);
   switch (shm_errno) {
     case SHM_ESYSTEM: perror(prefix); return;

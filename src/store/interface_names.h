@@ -50,10 +50,10 @@ inline bool copy(int number, Field Row::*column, InterfaceName& name) {
 }  // namespace interface_names
 
 // The name in use now; in some modes LAN and WAN are not their physical ports. False for a number without a name.
-inline bool interfaceName(int number, InterfaceName& name) {
+[[nodiscard]] inline bool interfaceName(int number, InterfaceName& name) {
   return interface_names::copy(number, &interface_names::Row::current, name);
 }
-inline bool physicalInterfaceName(int number, InterfaceName& name) {
+[[nodiscard]] inline bool physicalInterfaceName(int number, InterfaceName& name) {
   return interface_names::copy(number, &interface_names::Row::physical, name);
 }
 

@@ -58,7 +58,7 @@ bool quiet(const ShmData& store) {
 
 void carryOut(ShmData& store, const Note& note) {
   Journal(store).begin(note);
-  kKinds[numberOf(note)].finish(store, note);
+  static_cast<void>(kKinds[numberOf(note)].finish(store, note));  // our own note: it makes sense
 }
 
 Outcome finishWork(ShmData& store) {

@@ -104,7 +104,7 @@ enum class Outcome {
 void carryOut(ShmData& store, const Note& note);
 
 // What the next holder of the lock does with a store.
-Outcome finishWork(ShmData& store);
+[[nodiscard]] Outcome finishWork(ShmData& store);
 
 // The same with *shm, with a line in the system log where there was a note. For the moment at which the store lock was
 // really had and shm points to the segment.

@@ -9,7 +9,7 @@ namespace kestrove {
 // ends vanish and every run of blanks, tabs and control characters becomes one space. Returns the number of characters
 // stored, or size when the line was cut (its rest is consumed), or -1: code 3 for a size below 1, 11 at end of file,
 // 2 for a stream error.
-int readDelimitedLine(char* buf, int size, int squeeze, FILE* stream, char delimiter);
+[[nodiscard]] int readDelimitedLine(char* buf, int size, int squeeze, FILE* stream, char delimiter);
 
 // One line being stored.
 class LineBuffer {

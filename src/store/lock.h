@@ -11,7 +11,7 @@ namespace kestrove {
 // One operation, one hold. The outermost guard of an operation asks for the file lock, whatever the caller's own count
 // says, and releases it at its end; the guards inside it only count up and down. So nobody sees an operation half done,
 // and a caller that holds the lock by itself finds it released when an operation returns.
-class StoreLock {
+class [[nodiscard]] StoreLock {
  public:
   explicit StoreLock(bool take = true) : level_(take ? acquire() : Level::kNotAsked) {}
   ~StoreLock() { release(); }
@@ -42,7 +42,7 @@ class StoreLock {
 
 // For operations that take no lock because their caller says that it holds it, and for the building of the store: the
 // guards inside only count, and what the caller has of the file lock stays as it is.
-class HeldByCaller {
+class [[nodiscard]] HeldByCaller {
  public:
   explicit HeldByCaller(bool held);
   ~HeldByCaller();
@@ -55,7 +55,7 @@ class HeldByCaller {
 
 // Around programs that may use the store themselves: the file lock is dropped for a scope, and asked for again where an
 // operation still has something to do. What was read before may have changed behind it.
-class LockPause {
+class [[nodiscard]] LockPause {
  public:
   LockPause();
   ~LockPause();

@@ -27,7 +27,7 @@ Outcome finishDefaultRule(ShmData& store, const Note& note);
 
 // Lays a record of any table into the spare place behind the rules. False when a full rule table leaves none.
 template <typename Record>
-bool layAside(ShmData& store, const Record& record) {
+[[nodiscard]] bool layAside(ShmData& store, const Record& record) {
   static_assert(sizeof(Record) <= sizeof(FilterRule));
   int spare = ruleEntries(store);
   if (spare == SHM_RULES) return false;

@@ -14,6 +14,7 @@
 namespace kestrove {
 namespace {
 
+// By product code; several codes have one name.
 constexpr const char* kProducts[] = {
     "Unknown Product", "Ostrel",    "Ostrel",          "Wendar box", "Ostrel V6", "DRELM",
     "Kestrove",        "Ostrel-G2", "Pellam-Kestrove", "Kestrove",   "Kestrove",  "Kestrove ZEL",
@@ -27,6 +28,7 @@ struct Vendor {
   uint8_t prefix[3];
   uint8_t identifier;
 };
+// By the first half of the address, which is its vendor's.
 constexpr Vendor kVendors[] = {
     {{0x00, 0x06, 0xB0}, 255}, {{0x00, 0x0C, 0xBD}, 1}, {{0x00, 0xD0, 0xC9}, 2}, {{0x00, 0x04, 0x5F}, 3}};
 

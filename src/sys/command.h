@@ -16,14 +16,14 @@ constexpr int kRefusedVector = 1;
 
 // Runs a program without a shell, with its standard streams on the given paths (null leaves them). Exit status, or -1
 // when it could not be forked or was killed. A program that cannot be started gives 0: kept on purpose.
-int runVector(char* const argv[], const char* inputPath, const char* outputPath);
+[[nodiscard]] int runVector(char* const argv[], const char* inputPath, const char* outputPath);
 
 // Runs a line through the shell as user 0. The raw status of system(), -1 when the user id cannot be raised; then the
 // caller's name stands in the log.
-int runShell(const char* line, const char* caller = "callSystem");
+[[nodiscard]] int runShell(const char* line, const char* caller = "callSystem");
 
 // The same as the user that the caller is.
-int runShellAsCaller(const char* line);
+[[nodiscard]] int runShellAsCaller(const char* line);
 
 // One word of a formatted line.
 class Word {
@@ -36,9 +36,9 @@ class Word {
   static Word fixed(std::string_view text) { return {Kind::kFixed, text}; }
   static Word number(long long value) { return {Kind::kNumber, {}, value}; }
 
-  bool plain() const;
+  [[nodiscard]] bool plain() const;
   // Appends the word's text; false when it does not fit.
-  bool appendTo(char*& position, const char* end) const;
+  [[nodiscard]] bool appendTo(char*& position, const char* end) const;
 
  private:
   enum class Kind { kInterface, kName, kAddress, kPath, kPid, kFixed, kNumber };
@@ -51,10 +51,15 @@ class Word {
 
 // Fills the conversions (%s, %d, %u) of a format with the words, in order. False, with the reason logged, when a word
 // is not plain or the line does not fit.
-bool formatLine(char* line, size_t size, const char* format, std::initializer_list<Word> words);
+[[nodiscard]] bool formatLine(char* line, size_t size, const char* format, std::initializer_list<Word> words);
 
 // formatLine and runShell; kRefusedLine when the line was refused.
-int runLine(const char* format, std::initializer_list<Word> words);
-int runLineAsCaller(const char* format, std::initializer_list<Word> words);
+[[nodiscard]] int runLine(const char* format, std::initializer_list<Word> words);
+[[nodiscard]] int runLineAsCaller(const char* format, std::initializer_list<Word> words);
+
+// runLine where nothing depends on the result; the caller says why.
+inline void tryLine(const char* format, std::initializer_list<Word> words = {}) {
+  static_cast<void>(runLine(format, words));
+}
 
 }  // namespace kestrove::sys

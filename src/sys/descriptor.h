@@ -6,7 +6,7 @@
 
 namespace kestrove::sys {
 
-class Descriptor {
+class [[nodiscard]] Descriptor {
  public:
   explicit Descriptor(int fd = -1) : fd_(fd) {}
   ~Descriptor() { close(); }

@@ -7,11 +7,11 @@ namespace kestrove::sys {
 
 const char* lastComponent(const char* path);
 
-Descriptor openFolderOf(const char* path);
+[[nodiscard]] Descriptor openFolderOf(const char* path);
 
 // Holds the folder of a file against others who change that file in the same way, for a scope. Where the folder cannot
 // be opened nobody can put a file into it either, and nothing is held.
-class FolderLock {
+class [[nodiscard]] FolderLock {
  public:
   explicit FolderLock(const char* path);
 

@@ -15,12 +15,12 @@ class InterfaceAddresses {
 
   // Sets address, mask and broadcast as shm_ifconfig says, for a name of at most 15 characters, and raises the
   // interface. False at the first step that is refused, with its errno.
-  bool configure(const char* name, uint32_t address, uint32_t mask, uint32_t broadcast) const;
+  [[nodiscard]] bool configure(const char* name, uint32_t address, uint32_t mask, uint32_t broadcast) const;
 
  private:
-  bool setAddress(const char* name, unsigned long request, uint32_t address) const;
-  bool setMaskAndBroadcast(const char* name, uint32_t address, uint32_t mask, uint32_t broadcast) const;
-  bool raise(const char* name) const;
+  [[nodiscard]] bool setAddress(const char* name, unsigned long request, uint32_t address) const;
+  [[nodiscard]] bool setMaskAndBroadcast(const char* name, uint32_t address, uint32_t mask, uint32_t broadcast) const;
+  [[nodiscard]] bool raise(const char* name) const;
 
   Descriptor socket_;
 };

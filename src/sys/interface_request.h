@@ -14,7 +14,7 @@
 namespace kestrove::sys {
 
 // Not inherited by the programs started here.
-inline Descriptor openSocket(int family, int type, int protocol = 0) {
+[[nodiscard]] inline Descriptor openSocket(int family, int type, int protocol = 0) {
   return Descriptor(socket(family, type | SOCK_CLOEXEC, protocol));
 }
 
@@ -30,7 +30,7 @@ class InterfaceRequest : public ifreq {
   }
 
   // The result of the ioctl.
-  int issue(int socket, unsigned long request) {
+  [[nodiscard]] int issue(int socket, unsigned long request) {
     if (named_) return ioctl(socket, request, static_cast<ifreq*>(this));
     errno = ENODEV;
     return -1;

@@ -6,7 +6,7 @@
 namespace kestrove::sys {
 
 // The name of a temporary file for a target, unique to this process and call. False when it would be too long.
-bool nameTemporaryFile(char* buffer, size_t size, const char* target);
+[[nodiscard]] bool nameTemporaryFile(char* buffer, size_t size, const char* target);
 
 // Removes the temporary files of a target, in its open directory, that no living process holds locked.
 void removeLeftoversIn(int directory, const char* target);

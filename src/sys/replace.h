@@ -37,10 +37,10 @@ class Replacement {
   explicit operator bool() const { return usable_; }
 
   // Appends to the new contents. False from the first failure on, with errno as it was then.
-  bool write(const void* data, size_t size);
+  [[nodiscard]] bool write(const void* data, size_t size);
 
   // Puts the new contents in place; once. False: errno tells why.
-  bool commit();
+  [[nodiscard]] bool commit();
 
  private:
   enum class Way { kRename, kCopy, kDirect };

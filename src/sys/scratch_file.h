@@ -7,6 +7,6 @@ namespace kestrove::sys {
 
 // A new, empty file of that name, for reading and writing by root alone. What stood there is removed; what cannot be
 // removed, or was put there meanwhile, is neither written to nor followed: then none, with errno.
-Descriptor makeScratchFile(const char* path);
+[[nodiscard]] Descriptor makeScratchFile(const char* path);
 
 }  // namespace kestrove::sys

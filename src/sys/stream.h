@@ -38,7 +38,7 @@ using Stream = StreamGuard<fclose>;
 using Pipe = StreamGuard<pclose>;
 
 // The descriptor goes with the stream; without one, or without memory, there is none.
-inline Stream streamOn(Descriptor descriptor, const char* mode) {
+[[nodiscard]] inline Stream streamOn(Descriptor descriptor, const char* mode) {
   FILE* stream = descriptor ? fdopen(descriptor.get(), mode) : nullptr;
   if (stream) descriptor.release();
   return Stream(stream);

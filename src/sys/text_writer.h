@@ -32,7 +32,7 @@ class TextWriter {
   // A cursor with room for size bytes, at most kCapacity, for the functions of sys/format.h; advance() takes what was
   // written there.
   char* room(size_t size) {
-    if (kCapacity - used_ < size) flush();
+    if (kCapacity - used_ < size) static_cast<void>(flush());  // good() remembers a failure
     return buffer_ + used_;
   }
   void advance(const char* end) { used_ = static_cast<size_t>(end - buffer_); }
@@ -44,12 +44,12 @@ class TextWriter {
   void number(int32_t value) { advance(putNumber(room(kLongestNumber), value)); }
   void quad(uint32_t address) { advance(putQuad(room(kLongestQuad), address)); }
 
-  bool flush() {
+  [[nodiscard]] bool flush() {
     if (good_ && used_ > 0) good_ = write_(target_, buffer_, used_);
     used_ = 0;
     return good_;
   }
-  bool good() const { return good_; }
+  [[nodiscard]] bool good() const { return good_; }
 
  private:
   template <typename Target>

@@ -54,10 +54,10 @@ void readWebServerPid(char (&pid)[kPidSize]) {
   pid[strcspn(pid, "\n")] = '\0';
 }
 
-// The scripts may ask the store for what they write.
+// The scripts may ask the store for what they write. The servers are told to read it again whatever became of them.
 void runScript(const char* format, const sys::Word& list) {
   LockPause pause;
-  sys::runLine(format, {list});
+  sys::tryLine(format, {list});
 }
 
 bool active(int item) { return isProcessActive(item) == SHM_ON; }
@@ -76,6 +76,7 @@ int setClocks(const int32_t when[6]) {
   return callSystem(kSetHardwareClock);
 }
 
+// The event comes first: nothing is logged once the system goes down. An event that is not logged stops nothing.
 int leaveSystem(uint32_t event, const char* const argv[], uint32_t source, const char* user) {
   logEvent(event, source, user);
   return runQuietly(argv);
@@ -98,7 +99,7 @@ int refresh_userinterface_apps(void) {
   char pid[kPidSize];
   readWebServerPid(pid);
   runScript(kConfigureWeb, list);
-  if (active(SHM_ITEM_WEB)) sys::runLine(kHangUpWeb, {sys::Word::pid(pid)});
+  if (active(SHM_ITEM_WEB)) sys::tryLine(kHangUpWeb, {sys::Word::pid(pid)});
   runScript(kConfigureSnmp, list);
   hangUp(SHM_ITEM_SNMP, kHangUpSnmp, "killing snmp didnt work");
   runScript(kConfigureSsh, list);
@@ -109,6 +110,7 @@ int refresh_userinterface_apps(void) {
 int setSystemTime(const int32_t when[6], uint32_t source, const char* user) {
   if (!when) return fail(SHM_EINVAL);
   if (setKestroveConfigItem(SHM_ITEM_ENGINE, SHM_OFF, source, user) != 0) return -1;
+  // The engine may end by itself when it is switched off; then there is nothing to kill.
   sys::pauseSeconds(1);
   callSystem(kKillEngine);
   if (setClocks(when) < 0) return fail(SHM_ESYSTEM);  // the engine stays switched off
@@ -126,12 +128,13 @@ int shutdownSystem(uint32_t source, const char* user) {
 int restart_kestrove(uint32_t source, const char* user) {
   StoreLock lock;
   if (!lock) return -1;
+  // A start by hand begins new counts; one that cannot be saved does not keep the engine from starting.
   resetKestroveRestartCounter();
-  resetKestroveRebootCounter();  // a failed save does not keep the engine from starting
+  resetKestroveRebootCounter();
   setKestroveConfigItem(SHM_ITEM_ENGINE, SHM_ON, source, user);
   if (source == SHM_SOURCE_ENGINE) {
     syslog(LOG_INFO, "restart_kestrove: exiting kestrove");
-    exit(0);
+    exit(0);  // the caller is the engine itself
   }
   syslog(LOG_INFO, "restart_kestrove: calling killall");
   return runQuietly(kKillallEngine);

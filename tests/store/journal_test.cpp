@@ -121,7 +121,7 @@ TEST_F(JournalTest, AnyWordsOnAnyTablesAreOverWithOneLook) {
                  static_cast<uint32_t>(random() >> random() % 32) & 0xFF,
                  static_cast<uint32_t>(random() >> random() % 32)};
     Journal(*store).begin(note);
-    finishWork(*store);
+    static_cast<void>(finishWork(*store));  // nonsense or not: the second time nothing is left
     EXPECT_EQ(Outcome::kNothing, finishWork(*store));
   }
 }

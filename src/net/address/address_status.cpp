@@ -13,6 +13,8 @@ namespace {
 
 enum { kAdd6 = 0, kAdd4 = 1 };
 
+// Policy routing has no bridge. In dual mode the LAN port and the base are ports of the bridge and bear no address of
+// their own, but for the product that does not bridge them.
 bool usedIn(uint32_t mode, int32_t interfaceKind) {
   switch (interfaceKind) {
     case SHM_IF_BRIDGE: return mode != SHM_MODE_POLICY_ROUTING;
@@ -46,6 +48,7 @@ int addAddressesToInterfaces(OpModeContext* context) {
   for (int i = 0; i < managementEntries(*shm); ++i) {
     ManagementAddress& entry = shm->managementAddress[i];
     entry.status = addressStatus(context->mode, entry.interfaceKind);
+    // The one refusal of a transition that leaves a trace.
     if (entry.status == SHM_ADDRESS_APPLIED && !applyAddress(entry)) entry.status = SHM_ADDRESS_KEPT;
   }
   return 0;

@@ -9,6 +9,6 @@ namespace kestrove {
 uint32_t addressStatus(uint32_t mode, int32_t interfaceKind);
 
 // False when its interface has no name or the kernel refuses; a refusal by netlink's acknowledgement does not count.
-bool applyAddress(const ManagementAddress& entry);
+[[nodiscard]] bool applyAddress(const ManagementAddress& entry);
 
 }  // namespace kestrove

@@ -18,6 +18,7 @@ namespace {
 
 enum InterfaceAction { kAdd = 0, kDelete = 1 };
 
+// A damaged count is no room.
 bool full() { return static_cast<uint32_t>(shm->ip6Count) >= SHM_IP6_ADDRESSES; }
 bool inRange(int index) { return index >= 0 && index < ip6Entries(*shm); }
 
@@ -93,6 +94,7 @@ int removeIp6(const void* address16) {
   StoreLock lock;
   if (!lock) return -1;
   int index = positionOf(address16);
+  // No code for an unknown address, and the bridge is asked in Configuration Mode too: both kept on purpose.
   if (index < 0 || !onBridge(shm->ip6Address[index], kDelete)) return -1;
   dropAddress6(*shm, index);
   saveOutsideConfigurationMode();

@@ -25,7 +25,7 @@ ManagementAddress manAddrEnt = {};
 namespace kestrove {
 namespace {
 
-constexpr int kSmallestList = 16;
+constexpr int kSmallestList = 16;  // one IPv4 address
 
 int positionOf6(const uint8_t* address) {
   for (int i = 0; i < managementEntries(*shm); ++i) {
@@ -164,7 +164,7 @@ int getManagementAddressList(char* buffer, int size) {
     syslog(LOG_ERR, "getManagementAddressList: Buffer size too small");
     return -1;
   }
-  buffer[0] = '\0';
+  buffer[0] = '\0';  // callers use the list whatever the result
   StoreLock lock;
   if (!lock) return -1;
   int count = managementEntries(*shm);

@@ -20,7 +20,7 @@ enum { kAdd = 0, kDelete = 1, kOperations = 2 };
 
 constexpr char kAddressList[] = "/proc/net/if_inet6";
 constexpr int kLongestLine = 118;
-constexpr int kListedAddresses = 7;
+constexpr int kListedAddresses = 7;  // the room that callers have
 constexpr size_t kDigits = 32;
 constexpr size_t kGroup = 4;
 
@@ -45,6 +45,7 @@ int change(const sys::Descriptor& socket, unsigned long request, in6_ifreq& addr
   return ioctl(socket.get(), request, &address);
 }
 
+// Unlike set_iface_up, which clears all other flags.
 bool raiseKeepingFlags(const sys::Descriptor& socket, const char* name) {
   sys::InterfaceRequest flags(name);
   if (flags.issue(socket.get(), SIOCGIFFLAGS) != 0) return false;
@@ -64,7 +65,7 @@ int addAddress(const sys::Descriptor& socket, const char* name, in6_ifreq& addre
   in6_addr present[kListedAddresses];
   int count = getIpv6Addrs(name, present);
   if (count < 0) return fail(SHM_ESYSTEM);
-  if (listed(present, count, address.ifr6_addr)) return 0;
+  if (listed(present, count, address.ifr6_addr)) return 0;  // the kernel would refuse it a second time
   bool done = change(socket, SIOCSIFADDR, address) == 0 && raiseKeepingFlags(socket, name);
   return done ? 0 : fail(SHM_ESYSTEM);
 }
@@ -111,6 +112,7 @@ int shm_if6config(const char* name, const void* address16, uint32_t prefixLength
   memcpy(&address.ifr6_addr, address16, sizeof address.ifr6_addr);
   address.ifr6_prefixlen = prefixLength;
   address.ifr6_ifindex = getIfaceIndex(name);  // -1 for an unknown one: the kernel refuses it
+  // A refused deletion sets no code: kept on purpose.
   if (op == kDelete) return change(socket, SIOCDIFADDR, address) == 0 ? 0 : -1;
   return addAddress(socket, name, address);
 }

@@ -56,6 +56,7 @@ int delArpEntry(uint32_t address) {
   return issue(SIOCDARP, entry);
 }
 
+// A neighbour that does not answer leaves an empty text, which the adding refuses: what the table has of it stays.
 int setPermArpEntry(uint32_t address, const char* name) {
   if (!name) return fail(SHM_EINVAL);
   char hardware[kNeighbourText] = "";

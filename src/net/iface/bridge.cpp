@@ -24,6 +24,7 @@ struct FreeBlock {
   void operator()(void* block) const { free(block); }
 };
 using BridgeInfo = std::unique_ptr<__bridge_info, FreeBlock>;
+// Filled by the kernel; whoever asks looks only whether there is one, and frees it.
 static_assert(sizeof(__bridge_info) == 72, "callers of br_find_bridge were built for a block of 72 bytes");
 
 sys::Descriptor openStreamSocket() { return sys::openSocket(AF_LOCAL, SOCK_STREAM); }
@@ -87,6 +88,7 @@ int changePort(const char* bridge, const char* port, unsigned long command) {
 // Only for the death that a missing look-up socket brings: whether the bridge was found does not matter here.
 void requireLookUp(const char* bridge) { BridgeInfo(static_cast<__bridge_info*>(br_find_bridge(bridge))); }
 
+// The flag word is IFF_UP alone, as set_iface_up has it.
 int raiseBridge(const char* bridge) {
   sys::InterfaceRequest flags(bridge);
   flags.ifr_flags = IFF_UP;
@@ -118,6 +120,7 @@ void closeOpened() {
 
 }  // namespace
 
+// The result is an errno, and no code is set: kept on purpose.
 int br_init(void) {
   closeOpened();
   br_socket_fd = openStreamSocket().release();
@@ -164,6 +167,7 @@ void* br_find_bridge(const char* name) {
   return br_ioctldev(name, BRCTL_GET_BRIDGE_INFO, place, 0, 0) == 0 ? info.release() : nullptr;
 }
 
+// The block that br_find_bridge gives is accepted for old callers and means nothing.
 int br_cmd_addif(void*, const char* bridge, const char* port) { return changePort(bridge, port, BRCTL_ADD_IF); }
 
 int br_cmd_delif(void*, const char* bridge, const char* port) { return changePort(bridge, port, BRCTL_DEL_IF); }
@@ -184,9 +188,9 @@ int set_bridge_down(const char* bridge, const char* port1, const char* port2) {
   if (!bridge || !port1 || !port2) return fail(SHM_EINVAL);
   br_init();
   requireLookUp(bridge);
-  set_iface_down(bridge);
+  set_iface_down(bridge);  // the kernel removes no bridge that is up; one that stays up shows in the removal
   if (br_cmd_delif(nullptr, bridge, port1) != kPortChanged) giveUp();
   if (br_cmd_delif(nullptr, bridge, port2) != kPortChanged) giveUp();
-  br_cmd_delbr(bridge);
+  br_cmd_delbr(bridge);  // without its ports it carries nothing, there or not
   return br_close();
 }

@@ -1,4 +1,5 @@
-// What is done by other programs: bridge, VLANs, forwarding. Their results are ignored on purpose.
+// What is done by other programs: bridge, VLANs, forwarding. Each line is tried and the next one run whatever became of
+// it, on purpose: a bridge or a VLAN may be there, or be gone, already.
 #include "kestrove/iface.h"
 #include "kestrove/items.h"
 #include "store/fail.h"
@@ -10,6 +11,7 @@ using sys::Word;
 
 namespace {
 
+// The text of each line is contract, blanks and all.
 constexpr char kInitBridging[] = "/usr/bin/init-bridging %s %s  > /dev/null 2>&1";
 constexpr char kInterfaceUp[] = "ifconfig %s up  > /dev/null 2>&1 ";
 constexpr char kInterfaceDown[] = "ifconfig %s down  > /dev/null 2>&1 ";
@@ -24,13 +26,13 @@ constexpr char kVlanDown[] = "/sbin/ifconfig %s.%u  down> /dev/null 2>&1";
 
 int runForName(const char* format, const char* name) {
   if (!name) return fail(SHM_EINVAL);
-  sys::runLine(format, {Word::interface(name)});
+  sys::tryLine(format, {Word::interface(name)});
   return 0;
 }
 
 int runForVlan(const char* format, const char* name, uint32_t vid) {
   if (!name) return fail(SHM_EINVAL);
-  sys::runLine(format, {Word::interface(name), Word::number(vid)});
+  sys::tryLine(format, {Word::interface(name), Word::number(vid)});
   return 0;
 }
 
@@ -46,14 +48,14 @@ int runForPhysical(VlanPair run, int kind, uint32_t vid1, uint32_t vid2) {
 
 int turnOnBridge(const char* port1, const char* port2) {
   if (!port1 || !port2) return fail(SHM_EINVAL);
-  sys::runLine(kInitBridging, {Word::interface(port1), Word::interface(port2)});
+  sys::tryLine(kInitBridging, {Word::interface(port1), Word::interface(port2)});
   return runForName(kInterfaceUp, kBridge);
 }
 
 int turnOffBridge(const char* port1, const char* port2) {
   if (!port1 || !port2) return fail(SHM_EINVAL);
-  sys::runLine(kRemovePort, {Word::interface(kBridge), Word::interface(port1)});
-  sys::runLine(kRemovePort, {Word::interface(kBridge), Word::interface(port2)});
+  sys::tryLine(kRemovePort, {Word::interface(kBridge), Word::interface(port1)});
+  sys::tryLine(kRemovePort, {Word::interface(kBridge), Word::interface(port2)});
   runForName(kInterfaceDown, kBridge);
   return runForName(kRemoveBridge, kBridge);
 }
@@ -81,6 +83,7 @@ int shm_vconfig_rem2(const char* name, uint32_t vid1, uint32_t vid2) {
   return shm_vconfig_rem1(name, vid1) == 0 ? shm_vconfig_rem1(name, vid2) : -1;
 }
 
+// Id 0 is no VLAN: the port itself goes down.
 int shm_ifconfig_down1(const char* name, uint32_t vid) {
   return vid == 0 ? runForName(kPortDown, name) : runForVlan(kVlanDown, name, vid);
 }

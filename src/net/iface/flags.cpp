@@ -22,7 +22,7 @@ int set_iface_down(const char* name) {
   sys::Descriptor socket = sys::openSocket(AF_INET, SOCK_DGRAM);
   if (!socket) return -1;
   sys::InterfaceRequest flags(name);
-  if (flags.issue(socket.get(), SIOCGIFFLAGS) != 0) return 0;
+  if (flags.issue(socket.get(), SIOCGIFFLAGS) != 0) return 0;  // what is not there is down: kept on purpose
   flags.ifr_flags = static_cast<short>(flags.ifr_flags & ~IFF_UP);
   return flags.issue(socket.get(), SIOCSIFFLAGS);
 }

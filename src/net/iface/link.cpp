@@ -3,6 +3,7 @@
 #include <string.h>
 #include <unistd.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/iface.h"
 #include "store/fail.h"
 #include "store/interface_names.h"
@@ -20,9 +21,6 @@ constexpr char kRestartNegotiation[] = "/usr/bin/mii-diag -R %s > /dev/null 2>&1
 constexpr char kForceMedium[] = "/usr/bin/mii-diag -F %d %s > /dev/null 2>&1";
 constexpr char kReadStatus[] = "/usr/bin/mii-diag -t %s > %s";
 constexpr char kStatusFile[] = "/tmp/mii.out";
-constexpr uint32_t kAutoNegotiate = 1;
-constexpr int kLanNumber = 0;
-constexpr int kBaseNumber = 5;
 constexpr int kLongestLine = 255;
 
 struct LinkRow {
@@ -31,9 +29,10 @@ struct LinkRow {
   int interfaceNumber;
 };
 
-constexpr LinkRow kLinks[] = {{kLanNumber, &ConfigRecord::lanLinkSetting, kBaseNumber},
-                              {1, &ConfigRecord::wanLinkSetting, 1},
-                              {3, &ConfigRecord::managementLinkSetting, 3}};
+// The LAN side is the base port, of which its bridge and VLANs are made.
+constexpr LinkRow kLinks[] = {{SHM_IF_LAN, &ConfigRecord::lanLinkSetting, SHM_IF_BASE},
+                              {SHM_IF_WAN, &ConfigRecord::wanLinkSetting, SHM_IF_WAN},
+                              {SHM_IF_MANAGEMENT, &ConfigRecord::managementLinkSetting, SHM_IF_MANAGEMENT}};
 
 const LinkRow* linkRow(int which) {
   for (const LinkRow& row : kLinks) {
@@ -61,18 +60,19 @@ bool readValues(FILE* stream, char* const (&outputs)[3]) {
 
 }  // namespace
 
+// A setting that the port cannot do is kept: what the tool says of it is not looked at, on purpose.
 int setSystemLinkSetting(int which) {
   const LinkRow* row = linkRow(which);
   if (!row) return fail(SHM_EINVAL);
   StoreLock lock;
   if (!lock) return -1;
   InterfaceName name;
-  interfaceName(row->interfaceNumber, name);
+  static_cast<void>(interfaceName(row->interfaceNumber, name));  // each row has one
   uint32_t setting = shm->config.*row->setting;
-  if (setting == kAutoNegotiate) {
-    sys::runLine(kRestartNegotiation, {Word::interface(name.text)});
+  if (setting == SHM_LINK_AUTO) {
+    sys::tryLine(kRestartNegotiation, {Word::interface(name.text)});
   } else {
-    sys::runLine(kForceMedium, {Word::number(static_cast<int32_t>(setting)), Word::interface(name.text)});
+    sys::tryLine(kForceMedium, {Word::number(static_cast<int32_t>(setting)), Word::interface(name.text)});
   }
   return 0;
 }
@@ -84,11 +84,12 @@ int getLinkStatus(int iface, char* first, char* second, char* third) {
   if (!lock) return -1;
   unlink(kStatusFile);
   InterfaceName name;
-  if (!interfaceName(iface == kLanNumber ? kBaseNumber : iface, name)) return fail(SHM_EINVAL);
+  if (!interfaceName(iface == SHM_IF_LAN ? SHM_IF_BASE : iface, name)) return fail(SHM_EINVAL);
   // The shell writes into the file that it finds under the name: one of ours, or the tool does not run.
   sys::Stream status = sys::streamOn(sys::makeScratchFile(kStatusFile), "r");
   if (!status) return fail(SHM_ESYSTEM);
-  sys::runLine(kReadStatus, {Word::interface(name.text), Word::fixed(kStatusFile)});
+  // A failure leaves no lines to read.
+  sys::tryLine(kReadStatus, {Word::interface(name.text), Word::fixed(kStatusFile)});
   bool complete = readValues(status.get(), {first, third, second});
   unlink(kStatusFile);
   return complete ? 0 : -1;

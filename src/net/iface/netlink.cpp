@@ -16,7 +16,7 @@ using namespace kestrove;
 
 namespace {
 
-constexpr size_t kRequestLimit = 88;
+constexpr size_t kRequestLimit = 88;  // what does not fit is left out and shows in errno alone
 constexpr size_t kReplySize = 256;
 
 struct Request {
@@ -52,6 +52,7 @@ void appendAttribute(Request& request, unsigned short type, const void* value, s
 void startRequest(Request& request, bool adding, uint32_t mask, unsigned index) {
   request.header.nlmsg_len = NLMSG_LENGTH(sizeof request.message);
   request.header.nlmsg_type = adding ? RTM_NEWADDR : RTM_DELADDR;
+  // With EXCL an address that is there already is refused, not changed.
   request.header.nlmsg_flags = adding ? NLM_F_REQUEST | NLM_F_CREATE | NLM_F_EXCL : NLM_F_REQUEST;
   request.message.ifa_family = AF_INET;
   request.message.ifa_prefixlen = static_cast<unsigned char>(inet_ntocidr(mask));
@@ -78,6 +79,7 @@ void noteError(const nlmsghdr& header) {
   if (answer.error != 0) errno = -answer.error;
 }
 
+// Whatever comes back, the request was sent, and that is the result: kept on purpose.
 void awaitAcknowledgement(const sys::Descriptor& socket) {
   alignas(nlmsghdr) char reply[kReplySize];
   for (;;) {
@@ -119,6 +121,7 @@ int send(Request& request) {
 
 }  // namespace
 
+// Counts up to the lowest bit that is set: holes above it do not show.
 int inet_ntocidr(uint32_t mask) {
   int shifts = 0;
   for (uint32_t bits = ntohl(mask); bits != 0; bits <<= 1) ++shifts;

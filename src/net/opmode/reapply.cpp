@@ -28,6 +28,7 @@ namespace kestrove::opmode {
 
 void reapplyBridgeAddresses6() {
   for (int i = 0; i < ip6Entries(*shm); ++i) {
+    // An address that is refused is tried again with the next transition.
     shm_if6config(kBridge, shm->ip6Address[i].address, shm->ip6Address[i].prefixLength, kAddAddress);
   }
 }

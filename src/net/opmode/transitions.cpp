@@ -11,6 +11,7 @@
 using namespace kestrove;
 using namespace kestrove::opmode;
 
+// No application mode accelerates in this release; the table is exported for those that come.
 OpModeHandler appAccelerateModeFtbl[4] = {};
 
 namespace {
@@ -25,6 +26,7 @@ struct Transition {
   Action actions[kMostActions];  // up to the first null one
 };
 
+// The steps of a transition are not checked: half of one cannot be taken back, so it goes on and the new mode holds.
 constexpr Transition kTransitions[] = {
     {SHM_MODE_DUAL,
      SHM_MODE_EVENT_POWERED_ON,
@@ -103,7 +105,7 @@ int changeAddress(int event, OpModeContext* context) {
   return 0;
 }
 
-// By application mode.
+// By application mode; all but the first leave addresses alone.
 constexpr OpModeHandler kAddressChangeHandlers[kApplicationModes] = {changeAddress};
 
 const Transition* find(uint32_t mode, int event) {

@@ -1,4 +1,5 @@
-// Policy routing: tables 100 to 103 and the rules that choose them.
+// Policy routing: tables 100 to 103 and the rules that choose them. A command that fails does not keep the next from
+// running, on purpose: what is to be flushed or added may be gone, or be there, already.
 
 #include "kestrove/kernelrules.h"
 #include "kestrove/text.h"
@@ -31,17 +32,17 @@ using sys::Word;
 Word nowhere() { return Word::fixed("/dev/null"); }
 
 void addRule(const char* format, const char* device, const char* table) {
-  sys::runLine(format, {Word::interface(device), Word::fixed(table), nowhere()});
+  sys::tryLine(format, {Word::interface(device), Word::fixed(table), nowhere()});
 }
 
 // Whatever came in on the other side leaves by this gateway. A mask that gives no subnet leaves the text empty, and
 // the command runs and fails by itself.
 void routeThrough(uint32_t gateway, uint32_t mask, const char* device, const char* table) {
-  sys::runLine(kDefaultRoute,
+  sys::tryLine(kDefaultRoute,
                {Word::address(ipv4_to_a(gateway)), Word::interface(device), Word::fixed(table), nowhere()});
   char subnet[kLongestSubnet] = "";
   getCIDRSubnet(gateway, mask, subnet, sizeof subnet);
-  sys::runLine(kSubnetRoute, {Word::address(subnet), Word::interface(device), Word::fixed(table), nowhere()});
+  sys::tryLine(kSubnetRoute, {Word::address(subnet), Word::interface(device), Word::fixed(table), nowhere()});
 }
 
 }  // namespace
@@ -50,14 +51,14 @@ void routeThrough(uint32_t gateway, uint32_t mask, const char* device, const cha
 using namespace kestrove;
 
 int resetPolicyRules(void) {
-  for (const char* table : kTables) sys::runLine(kFlushTable, {Word::fixed(table)});
-  sys::runShell(kFlushRules);
-  sys::runShell(kAddMainRule);
+  for (const char* table : kTables) sys::tryLine(kFlushTable, {Word::fixed(table)});
+  sys::tryLine(kFlushRules);  // takes the rules of the main and the default table along
+  sys::tryLine(kAddMainRule);
   return sys::runShell(kAddDefaultRule);
 }
 
 void pbrPolicyRule(int lock) {
-  StoreLock held(lock != 0);
+  StoreLock held(lock != 0);  // a transition has it
   if (!held || !attachStore()) return;
   ConfigRecord& config = shm->config;
   VlanName vlan(config.bridgeRouterPhysicalName, config.lanVlanId);
@@ -66,7 +67,7 @@ void pbrPolicyRule(int lock) {
   resetPolicyRules();
   addRule(kLanRule, lan, kFromLan);
   addRule(kVlanRule, vlan.text, kFromVlan);
-  config.lanPbrRouteSet = 1;
+  config.lanPbrRouteSet = 1;  // whatever becomes of the commands: they were run
   routeThrough(config.lanGateway, config.lanIpAddressMask, vlan.text, kFromLan);
   config.wanPbrRouteSet = 1;
   routeThrough(config.wanGateway, config.wanIpAddressMask, lan, kFromVlan);

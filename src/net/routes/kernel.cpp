@@ -38,6 +38,7 @@ int request4(const RouteEntry* route, unsigned long command) {
   setAddress(entry.rt_gateway, route->gateway);
   setAddress(entry.rt_genmask, route->netmask);
   entry.rt_flags = RTF_UP | RTF_GATEWAY;
+  // With RTF_HOST the kernel asks for no mask.
   if (route->netmask == kHostMask) entry.rt_flags |= RTF_HOST;
   return request(AF_INET, command, &entry);
 }
@@ -54,7 +55,7 @@ int request6(const Route6Entry& route, unsigned long command, int index) {
   memcpy(&message.rtmsg_dst, route.destination, sizeof route.destination);
   memcpy(&message.rtmsg_gateway, route.gateway, sizeof route.gateway);
   message.rtmsg_dst_len = static_cast<uint16_t>(route.prefixLength);
-  message.rtmsg_flags = RTF_UP;
+  message.rtmsg_flags = RTF_UP;  // unlike IPv4 without RTF_GATEWAY: kept on purpose
   if (route.prefixLength == kHostPrefix) message.rtmsg_flags |= RTF_HOST;
   message.rtmsg_ifindex = index;
   return request(AF_INET6, command, &message);

@@ -1,4 +1,4 @@
-// IPv4 routes: the family for the template, the kernel request, the exported operations.
+// IPv4 routes: their family for the shared operations, and the exported operations.
 #include "kestrove/codes.h"
 #include "kestrove/routes.h"
 #include "kestrove/text.h"
@@ -10,8 +10,6 @@
 
 namespace kestrove {
 namespace {
-
-constexpr uint32_t kIpv4 = 4;
 
 // Masks and addresses are compared as the words that lie in the store, so among equal masks the last byte of the
 // address counts most: kept on purpose, other programs walk the same list.
@@ -48,7 +46,7 @@ RouteEntry keyOf(uint32_t destination, uint32_t netmask) {
 }
 
 bool holds(const ManagementAddress& entry, uint32_t address) {
-  return entry.ipVersion == kIpv4 && (address & entry.mask) == (entry.address & entry.mask);
+  return entry.ipVersion == SHM_FAMILY_IPV4 && (address & entry.mask) == (entry.address & entry.mask);
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
-// IPv6 routes: the family for the template, the kernel request, the exported operations.
+// IPv6 routes: their family for the shared operations, the exported operations, and prefixes as masks.
 #include <endian.h>
 #include <string.h>
 
+#include "kestrove/codes.h"
 #include "kestrove/ipv6.h"
 #include "net/all_routes.h"
 #include "net/routes/operations.h"
@@ -13,8 +14,6 @@
 
 namespace kestrove {
 namespace {
-
-constexpr uint32_t kIpv6 = 6;
 
 // Unlike IPv4, the bytes of the address are compared in their natural order.
 struct Routes6 {
@@ -73,7 +72,7 @@ bool holds(const ManagementAddress& entry, const uint8_t* address) {
   convPrefixToMask(mask, static_cast<int>(entry.prefixLength6));
   v6And(entry.address6, mask, ours);
   v6And(address, mask, theirs);
-  return entry.ipVersion == kIpv6 && v6Match(ours, theirs);
+  return entry.ipVersion == SHM_FAMILY_IPV6 && v6Match(ours, theirs);
 }
 
 }  // namespace
