@@ -91,4 +91,20 @@ StoryIsColouredOnlyOnATerminal() {
   equal title "$(NO_COLOR=1 on_terminal)"
 }
 
+EveryFileSaysItsLicence() { "$source/scripts/spdx" || fail "some do not"; }
+
+FilesWithoutALicenceAreFoundAndGivenOne() {
+  mkdir -p "$scratch/src" "$scratch/scripts"
+  printf '// What it holds.\nint x;\n' > "$scratch/src/a.cpp"
+  printf '#!/bin/sh\necho done\n' > "$scratch/scripts/b" && chmod 755 "$scratch/scripts/b"
+  "$source/scripts/spdx" "$scratch" 2> "$scratch/found" && fail "nothing was found"
+  equal 2 "$(grep -c 'does not say its licence' "$scratch/found")"
+  "$source/scripts/spdx" --add "$scratch"
+  "$source/scripts/spdx" --add "$scratch"
+  equal $'// SPDX-License-Identifier: Apache-2.0\n// What it holds.\nint x;' "$(cat "$scratch/src/a.cpp")"
+  equal $'#!/bin/sh\n# SPDX-License-Identifier: Apache-2.0\necho done' "$(cat "$scratch/scripts/b")"
+  equal 755 "$(stat -c %a "$scratch/scripts/b")"
+  "$source/scripts/spdx" "$scratch" || fail "something is missing still"
+}
+
 "$case" || fail "$case"
