@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The one entry. Every target sets up what it needs, except install, which only says what is missing.
 .DEFAULT_GOAL := help
 .PHONY: help demo test test-sanitized test-all test-install explore bench fuzz shell format format-check lint clang setup install

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Saving and loading the configuration at full tables, each beside the work that cannot be avoided.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The whole dump of full tables and a full event log, beside the same bytes put together by hand and written in large
 // pieces, with a lock pair for each event.
 #include <benchmark/benchmark.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Logging an event, beside what it cannot do without: a syslog datagram, a lock pair and a write of the whole image.
 #include <benchmark/benchmark.h>
 #include <stdlib.h>

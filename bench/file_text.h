@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A whole file as text.
 #pragma once
 

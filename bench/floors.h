@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The work that cannot be avoided, done the best way: what each measurement is held against.
 #pragma once
 

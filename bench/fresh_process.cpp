@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bench/fresh_process.h"
 
 #include <benchmark/benchmark.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A process that reads the store for the first time and tells how long that took.
 #pragma once
 

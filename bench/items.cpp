@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Items and the hand-off, each beside its floor.
 #include <benchmark/benchmark.h>
 #include <stdio.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Item-sized reads under the store lock, alone and among other processes.
 #include <benchmark/benchmark.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The entry of the benchmarks: a store of their own, in the sandbox.
 #include <benchmark/benchmark.h>
 #include <stdio.h>

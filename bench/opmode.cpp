@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A move between operating modes and back, beside the same commands run from shell scripts.
 #include <benchmark/benchmark.h>
 #include <stdlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Route tables and kernel routes, each beside its floor.
 #include <arpa/inet.h>
 #include <benchmark/benchmark.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rule table, beside the lock pair and the one move of memory that an edit cannot do without.
 #include <benchmark/benchmark.h>
 #include <string.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The saved script at full tables beside the same bytes formatted straight away, and a restore beside a shell script.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Work and floor in turns, so that both meet the same machine.
 #pragma once
 

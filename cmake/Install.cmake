@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What an installation holds. Everything lies below the prefix, and the parts find each other by relative paths.
 set(kestrove_home ${CMAKE_INSTALL_LIBEXECDIR}/kestrove)
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Programs of the other width (32-bit beside a 64-bit build and the reverse), for tests in which both share one store.
 # Sets KESTROVE_OTHER_WIDTH to its folder, or leaves it empty, and says so, where its packages are missing.
 include(CheckCXXSourceCompiles)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Warnings, sanitizers and effort, the same for every target of the tree.
 function(kestrove_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow -Wformat=2

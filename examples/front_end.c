@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* A front end in C: front_end show, front_end compression on|off, front_end rate BITS_PER_SECOND. */
 #include <kestrove/kestrove.h>
 #include <stdio.h>

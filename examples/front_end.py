@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """A front end in Python: front_end.py show, front_end.py compression on|off, front_end.py rate BITS_PER_SECOND."""
 import ctypes, os, pathlib, re, sys
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A whole configuration file: read, and what came of it written and read again.
 #include <stdlib.h>
 #include <sys/mman.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One line of a configuration file, as the reader hands it to the parser.
 #include <string.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A file in the place of the event log's image: read into the store, then listed, read, extended.
 //
 // The first byte of the input is a set of flags: bit 0, whether the rest is repeated until an image is full or is the

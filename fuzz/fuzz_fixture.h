@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What every fuzz target needs: an appliance around it, a store, quiet.
 #pragma once
 

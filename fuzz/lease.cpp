@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A file in the place of the DHCP client's lease.
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Feeds the files of a corpus to a fuzz target, where there is no fuzzer: for compilers without one, and for the tests.
 #include <dirent.h>
 #include <stdio.h>

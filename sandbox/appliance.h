@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The appliance's own files: its folders, its scripts, the recorders.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Small file operations of the launcher. Those without a result end the launcher when they fail.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The machine's file systems, as they are mounted before the appliance's root is built.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Process 1 of the appliance.
 #pragma once
 

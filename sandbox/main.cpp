@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The program of the sandbox: options in, an appliance out.
 #include "sandbox/launch.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Showing files and folders at second places.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The appliance's ports and the hosts behind them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A view of the machine's mounts that nobody else shares.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What even root may not do in the appliance.
 #pragma once
 

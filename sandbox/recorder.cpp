@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stands in for the appliance's programs: writes down how it was called, then gives the answer prepared for it, runs
 // the real program behind it, or simply succeeds.
 

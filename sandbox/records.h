@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the recorder writes a run down and how tests read it back.
 //
 // A record is one line "KIND COUNT INPUT" and COUNT arguments, each as "LENGTH:BYTES" and a line feed, followed by the

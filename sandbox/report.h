@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the launcher ends when it cannot go on.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The appliance's root while it is being built.
 //
 // One memory file system holds everything that the appliance may write: `upper` lies over the machine's folders,

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Writes the tables of measurements and floors: benchmarks.py ROWS.txt TITLE=MEASUREMENTS.json...
 
 Ends with 1 when a row misses its aim by more than its noise, or was not measured. benchmarks.py --chart DOCUMENT draws

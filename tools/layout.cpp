@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Prints the offset table of the shared store, each member with its remark in layout.h.
 #include <inttypes.h>
 #include <stdio.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Marks what the shared object exports. */
 #ifndef KESTROVE_API_H
 #define KESTROVE_API_H

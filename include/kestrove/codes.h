@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Names of the values that the store, its operations and its files use.
 
    The texts in quotes are those that the library prints or writes for a value. Error codes are in errors.h, operational

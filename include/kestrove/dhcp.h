@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Obtaining an interface address through the DHCP client. */
 #ifndef KESTROVE_DHCP_H
 #define KESTROVE_DHCP_H

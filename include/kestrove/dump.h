@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The store as text, for support staff.
 
    The printers write to a stream, null meaning standard output, and give 0, whatever becomes of the stream. They take

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Hand-off of settings and rules to the optimisation engine.
 
    A setter marks what changed in pendingChanges and signals the engine with signal 10 (SIGUSR1). The engine fetches

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Codes that a failed operation leaves in shm_errno. A success never clears the code. */
 #ifndef KESTROVE_ERRORS_H
 #define KESTROVE_ERRORS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Event catalogue and event log.
 
    Events are kept in a ring of 8192 records in the store; after every change the whole log area is written to

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Interface addresses, flags, bridge, VLANs, ARP, link settings.
 
    Unless said otherwise a function here touches the kernel alone: it takes no lock, needs no store, saves nothing, logs

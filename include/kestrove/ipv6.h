@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* IPv6 addresses of the bridge and static IPv6 routes.
 
    Addresses are 16 bytes in network order, prefix lengths plain numbers. Operations on the tables work under the store

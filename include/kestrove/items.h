@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Numbered configuration items and the small named accessors.
 
    Every accessor holds the store lock for its whole work (getShmFileBuffering and those with a takeLock argument as

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Packet-filter reset and policy routing in the kernel.
 
    The packet filter is reset through one file, /tmp/restore_file, and one stream, so one caller at a time on the whole

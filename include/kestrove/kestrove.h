@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The whole interface of libkestrove. */
 #ifndef KESTROVE_KESTROVE_H
 #define KESTROVE_KESTROVE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The binary layout of the shared store.
 
    Separately built programs, 32-bit and 64-bit, map the same segment, so order, width and place of every member are a

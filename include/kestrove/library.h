@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* What the library tells about itself. */
 #ifndef KESTROVE_LIBRARY_H
 #define KESTROVE_LIBRARY_H

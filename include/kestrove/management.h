@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The management address list: up to seven IPv4 or IPv6 addresses, each on one interface.
 
    An entry has status 1 when it is on its interface and 2 when the operating mode does not use that interface, so that

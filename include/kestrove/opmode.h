@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The state machine of the operating modes.
 
    Mode 0 bridges the two physical ports. Mode 1 carries LAN and WAN as two VLANs on the base interface and bridges the

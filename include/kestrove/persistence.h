@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Building the store, saving it, factory resets.
 
    Saving writes the whole store to the file named by configFileName. The file is replaced as a whole: a save that fails

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Static IPv4 routes.
 
    The table holds up to 1024 routes in order, the most specific first: descending by netmask, then by destination, each

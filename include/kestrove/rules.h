@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The ordered table of traffic policy rules.
 
    The engine consults the table first-match in its order. It is never empty: its last rule, the default rule, matches

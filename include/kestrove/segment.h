@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Segment, lock and error codes.
 
    The pattern of work on the store: shm_lock(), work on *shm, shm_unlock(). The exported operations of the other

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Saving and restoring a whole system state.
 
    A saved state is a command script, state-TIME.txt, that makes the settings, routes, management addresses and policy

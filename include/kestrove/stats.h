@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Counters of the engine and of the interfaces, and their resets.
 
    Unless said otherwise a call takes the store lock and gives 0, or -1 with the code in shm_errno: 3 for a null pointer

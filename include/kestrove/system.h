@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* External programs, system control, version texts, task table.
 
    Functions of the store take its lock for their work and give -1 with the lock's code when it cannot be taken. A null

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Address, text, line and time utilities.
 
    None of them logs an event or signals the engine, and only changeDnsServerIp takes the lock and saves. IPv4 addresses

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Identity of the unit: product, platform, hardware addresses, log-in origin.
 
    All but getProductName take the lock and give -1 with its code when that fails. None saves, logs an event or signals

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* User accounts, passwords and log-in checks.
 
    An account is a record of the store's user table (at most five) and, when it has a password, a line of /etc/passwd,

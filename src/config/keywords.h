@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The keywords of the configuration file: one row each, for the reader and the writer, in the order of writing.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a line of the configuration file can hold of a text. The store keeps texts whole, and what stands in one must
 // not become a line or a column of its own.
 #pragma once

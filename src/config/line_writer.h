@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One line of the configuration file, column by column.
 #pragma once
 

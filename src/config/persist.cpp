@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported loads and saves: under which lock, from which path, and what a failure leaves.
 #include <errno.h>
 #include <fcntl.h>

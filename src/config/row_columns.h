@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The columns of the file's rows, each row listed once for its reader and its writer.
 #pragma once
 

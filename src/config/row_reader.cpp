@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "config/row_reader.h"
 
 #include <stdio.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of the configuration file: each hands an entry to the table's own operation. A row that ends early is dropped
 // without a message; columns behind the last one are not looked at. The result of the operation is not either: no row
 // ends the reading, and what a table refuses is left out with its code in shm_errno.

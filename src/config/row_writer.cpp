@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "config/row_writer.h"
 
 #include "config/row_columns.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lines of the configuration file for whole tables, one for each entry in use. Given false back, a rule could not be
 // written; the others do not look at that.
 #pragma once

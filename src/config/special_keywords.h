@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Keywords that do more than fill a field.
 #pragma once
 

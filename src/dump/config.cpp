@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // State, files, users and configuration.
 #include <stddef.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The whole store as text, for support staff.
 #include <stdio.h>
 #include <sys/shm.h>

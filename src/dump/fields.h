@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One line of the dump for one field of the store.
 #pragma once
 

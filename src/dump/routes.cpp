@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The route tables, quickly: a full dump writes thousands of rows.
 #include "dump/print.h"
 #include "dump/sections.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The policy rules, two lines of columns each, put together by hand: a full dump has eight thousand of them. IPv6
 // addresses, too long for a column, follow on lines of their own.
 #include "dump/print.h"

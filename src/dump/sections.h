@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The sections of the dump, each without its heading.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Counters and tasks.
 #include <stddef.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Telling the engine that something changed, and what.
 #include "kestrove/engine.h"
 

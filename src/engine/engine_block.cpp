@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The engine's snapshot of the settings and rules, a block of its own memory.
 #include <stddef.h>
 #include <stdio.h>

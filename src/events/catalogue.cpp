@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "events/catalogue.h"
 
 #include "kestrove/events.h"

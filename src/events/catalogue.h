@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fixed tables of the event log: kinds of events and their sources.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One event as a line of text.
 #pragma once
 

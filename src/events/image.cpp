@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The event log's file: a byte-for-byte image of the log in the store.
 #include <fcntl.h>
 #include <sys/stat.h>

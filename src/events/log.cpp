@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported operations on the event log; each change is in the file before the lock goes.
 #include <errno.h>
 #include <string.h>

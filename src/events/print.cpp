@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The event log's section of the dump.
 #include <stdio.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The circular log in the store. It holds no lock and trusts no index that it finds there.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The small named accessors: states, notifications, identity of the caller.
 #include "kestrove/codes.h"
 #include "kestrove/items.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a setter does after it changed the store.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names and VLAN ids of the interfaces, by interface number.
 #include "store/interface_names.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "items/item_table.h"
 
 #include <stddef.h>

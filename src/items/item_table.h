@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The numbered items: one row each, walked by the getter and the setter.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported accessors of the numbered items; the rows of the table say what each does.
 #include "kestrove/items.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The numbered addresses: a table, and its exported accessors.
 #include <stddef.h>
 

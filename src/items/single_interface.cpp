@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Single-interface mode: a switch, two VLAN ids and the mode event that a change makes.
 #include "items/effects.h"
 #include "kestrove/codes.h"

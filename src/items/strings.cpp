@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The numbered texts: a table, and its exported accessors.
 #include <string.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Factory resets, and the store built anew.
 #include <errno.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a segment holds before any file is read into it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The birth of the store.
 #include <errno.h>
 #include <syslog.h>

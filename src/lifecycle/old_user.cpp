@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One-time move of an administrator account named by old configuration keys.
 #include <errno.h>
 #include <fcntl.h>

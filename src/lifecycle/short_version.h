@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Short forms of version texts.
 #pragma once
 

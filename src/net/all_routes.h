@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The route tables as a whole, for the rooms of net/.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The name server in the resolver's file.
 #include <stdio.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The name of a VLAN interface, for the rooms of net/.
 #pragma once
 

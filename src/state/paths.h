@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where saved states live, and what stands in their archives.
 #pragma once
 

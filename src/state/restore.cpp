@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The system state put back: unpacked in the staging folder, then copied file by file.
 #include <stdio.h>
 #include <syslog.h>

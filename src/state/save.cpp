@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The system state saved: the script of settings, then the archive.
 #include <syslog.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The command script whole, and its sections by themselves.
 #include "state/script.h"
 

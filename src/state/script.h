@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The sections of the command script, each written from the store as it is: the caller holds the lock.
 #pragma once
 

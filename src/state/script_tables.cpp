@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The script lines of rules, routes and addresses.
 #include "kestrove/codes.h"
 #include "kestrove/segment.h"

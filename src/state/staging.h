@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The directory through which files go into an archive and come out of one.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The arithmetic of one interval record on the counters of the store. Exact in both widths; divides by nothing that
 // may be zero.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Counters that the kernel keeps.
 #include <stdio.h>
 #include <stdlib.h>

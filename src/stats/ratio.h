@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Compression ratios in percent.
 #pragma once
 

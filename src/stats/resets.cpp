@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every reset changes the store first and logs its events last; what becomes of an event changes no result.
 #include <stddef.h>
 #include <string.h>

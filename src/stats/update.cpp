@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records of the engine and of the session engine, added to the store's counters.
 #include <string.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The table of user accounts, without the password file. To be used under the store lock. Both counts and the accounts
 // agree after a death at any instant, too.
 #pragma once

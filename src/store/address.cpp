@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IPv4 and IPv6 addresses, masks and prefixes as text and as numbers.
 #include <arpa/inet.h>
 #include <stdio.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Changes of the management addresses and of the bridge's IPv6 addresses that leave no torn table behind a death.
 // To be used under the store lock.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Counts of the store's tables as loops may use them: a damaged one is no licence to leave the table.
 #pragma once
 

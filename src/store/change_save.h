@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The save that a change ends with.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names of the codes that the store holds. The last row of each table is its default: unknown codes take its text.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The table of error codes, and the look-up in every table of messages.
 #include <errno.h>
 #include <stdio.h>

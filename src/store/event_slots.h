@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Changes of the event ring that leave no torn log behind a death. To be used under the store lock. No index in the
 // store is trusted.
 #pragma once

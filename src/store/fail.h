@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The one way to fail: set the code, return -1.
 #pragma once
 

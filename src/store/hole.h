@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Shifting the records of a table, one at a time, so that a death at any instant can be made good.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The names that the store holds for the interface numbers, for callers under the lock.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Word of a change in progress, so that a process that dies inside one leaves no torn table.
 //
 // A table that cannot be changed by a single store is changed under a note: two words in the reserved bytes of member

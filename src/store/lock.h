@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The store lock as a guard.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the operational state allows. To be asked while the store is attached.
 #pragma once
 

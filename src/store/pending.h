@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The change bits that the engine fetches, SHM_CHANGE_*.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the route lists leave word of, and how the next holder makes a list whole: a slot is in use exactly when the
 // chain leads to it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Changes of the rule table, each made so that a death inside it leaves the table from before or the one from after.
 // To be used under the store lock, with positions in use that are not the default rule's.
 #pragma once

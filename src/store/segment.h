@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Attaching, creating and locking below the exported lock.
 #pragma once
 

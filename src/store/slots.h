@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Walking the lists that are threaded through the slots of a table.
 #pragma once
 

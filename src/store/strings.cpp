@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Small checks and copies that front ends ask for.
 #include <string.h>
 #include <syslog.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fixed text fields. A field of the store may fill its width without a terminator, so every reader knows the width.
 #pragma once
 

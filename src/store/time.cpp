@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Dates and times as text.
 #include <string.h>
 #include <time.h>

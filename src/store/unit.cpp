@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Identity of the unit: product, platform, hardware addresses, log-in origin.
 #include "kestrove/unit.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The name of the user behind an event.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Seconds since the epoch as a date of the listings, in UTC and in English whatever the locale of the program.
 #pragma once
 

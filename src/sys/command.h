@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The one door to other programs.
 //
 // Bare launchers for command lines that are fixed or come whole from a caller, and the formatted line, whose words

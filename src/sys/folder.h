@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The folder that a file stands in.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text at a cursor: the fixed columns of files and dumps, without the cost of a format string.
 //
 // Every function writes at the cursor and returns the place behind what it wrote. The caller sees to the room: a

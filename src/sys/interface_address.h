@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IPv4 addresses of interfaces by ioctl, on a socket that several changes can share.
 #pragma once
 

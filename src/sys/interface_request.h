@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Short-lived sockets and the interface requests issued on them.
 #pragma once
 

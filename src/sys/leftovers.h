@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Temporary files of a replacement: their names, and what killed processes leave of them.
 #pragma once
 

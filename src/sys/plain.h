@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What may stand in a command line: the checkpoint in front of the shell.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // System calls that a signal interrupted.
 #pragma once
 

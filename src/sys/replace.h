@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files that are replaced whole.
 //
 // A reader, and whoever comes after a power cut or a killed process, finds the old contents or the new ones and never

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files of fixed names in folders where anybody may write.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sys/search_path.h"
 
 #include <errno.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where programs named without a path are looked for.
 //
 // Commands run as root, so a PATH that somebody else chose, or can put programs into, is not followed.

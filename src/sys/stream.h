@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Standard streams and pipes that close themselves.
 #pragma once
 

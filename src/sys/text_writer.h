@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text gathered in one buffer and handed on in large pieces.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Servers, clock, reboot and power-off, engine restart.
 #include <stdio.h>
 #include <stdlib.h>

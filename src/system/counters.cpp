@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The counters that stop an endless cycle of engine starts and reboots.
 #include "kestrove/persistence.h"
 #include "kestrove/system.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported ways to run a program.
 #include <stdio.h>
 #include <string.h>

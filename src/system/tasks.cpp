@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Process ids of the monitored tasks.
 #include "kestrove/system.h"
 #include "store/lock.h"

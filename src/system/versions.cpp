@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Version texts and the identifier of the unit.
 #include <string.h>
 

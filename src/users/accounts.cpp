@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading the accounts.
 #include <pwd.h>
 #include <stdlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The lines of a password file that stay when a user goes.
 #pragma once
 

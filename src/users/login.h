@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The log-in check without the lock.
 #pragma once
 

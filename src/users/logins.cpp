@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Time of a user's last log-in.
 #include <sys/time.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Adding and removing users, in the table and in the password file.
 #include <errno.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Hash and complexity of a password.
 #include <string.h>
 

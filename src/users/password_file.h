@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The system's password file, as far as users of the appliance come and go in it. To be used under the store lock; the
 // system's own lock of the file is taken here.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "users/system_lock.h"
 
 #include <errno.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The lock that the system's own tools take before they change the password file.
 #pragma once
 

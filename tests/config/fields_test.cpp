@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Keywords that fill a field, kind by kind.
 #include <arpa/inet.h>
 #include <stddef.h>

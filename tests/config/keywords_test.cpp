@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The keyword table and the document that describes it.
 #include "config/keywords.h"
 

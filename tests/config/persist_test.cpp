@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Loading and saving the configuration file: results, codes, states, and every kind of file that may stand there.
 #include <errno.h>
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lines of a configuration file, and keywords that do more than fill a field.
 #include <arpa/inet.h>
 

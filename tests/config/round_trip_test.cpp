@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random stores, saved and read back.
 #include <string.h>
 

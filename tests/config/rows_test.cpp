@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of a configuration file and the tables that they fill.
 #include <arpa/inet.h>
 #include <limits.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Saves that are cut short: the file is afterwards the old one or the new one, whole.
 #include <dirent.h>
 #include <errno.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a saved configuration file looks like, to the byte.
 #include <arpa/inet.h>
 #include <limits.h>

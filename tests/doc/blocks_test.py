@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """The code blocks of the documents, compiled and run: blocks_test.py SOURCE BUILD WIDTH CASE. Inside the sandbox alone.
 
 A block's language says how it is checked. One that cannot be checked stands behind a line that says why:

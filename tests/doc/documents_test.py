@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """The documents, held to what they speak of: documents_test.py SOURCE CASE."""
 import html
 import pathlib

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Codes as words: every row of every table and its default.
 #include "tests/dump/dump_fixture.h"
 

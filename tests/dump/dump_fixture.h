@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the dump prints, whole or in parts.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The dump: texts at their borders, damaged tables, streams, the lock.
 #include <random>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The whole dump of a store that is filled by hand, as one text.
 #include "tests/dump/dump_fixture.h"
 

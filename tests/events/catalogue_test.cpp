@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The catalogue and the sources, row by row, as syslog and the listing show them.
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Events when the clock cannot be read. This program's own time() stands in for the C library's.
 #include <time.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Logging when system calls fail, and when the process is killed at one: what the image is then.
 #include <signal.h>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One record as text: layouts, cuts, borders.
 #include "events/format.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The file: a byte-for-byte image, overwritten in place, never shorter than whole.
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The listing of the whole log.
 #include <stdio.h>
 #include <string.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The ring: what is recorded, what is dropped, what each call answers.
 #include <fcntl.h>
 #include <sys/stat.h>

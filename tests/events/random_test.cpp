@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A store full of random bytes: every reader and writer of the log gets through it.
 #include <stdio.h>
 

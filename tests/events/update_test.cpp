@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fresh log of a system update and its copy for the new system.
 #include <sys/stat.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The segment, compared with what it held at the start and put back, page by page.
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether every order of some operations ends as one of the serial orders does.
 #pragma once
 

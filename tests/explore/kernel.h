@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Addresses, routes and rules of the kernel, as text to compare and as messages to put them back.
 #pragma once
 

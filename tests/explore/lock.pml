@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The store's lock as every process uses it: a file lock that a process has or has not, whatever it counts; guards that
    nest and count; the literal lock and unlock of callers, which drop the file lock at every depth; pauses around
    programs that use the store themselves; saves that are ordered by a lock of their own, also where a process goes on

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # Checks the model of the lock: lock.sh MODEL holds|refuted [-DNAME...]
 set -eu
 model=$1 expected=$2

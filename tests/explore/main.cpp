@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // explore: runs operations of two and three processes in every order and holds the ends against the serial orders.
 #include <signal.h>
 #include <stdio.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The operations whose orders are explored, by name.
 #pragma once
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Preloaded into a process that works on the store: makes it stand still wherever it could meet another process, and
    wait for the word to go on. All that processes of the library have of each other are the store's lock, the lock of
    the saves and the files; so these are the places: before a lock is granted, after it was released, and inside a save,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What the preloaded library (park.c) offers to the worker, which finds it by name. */
 #ifndef KESTROVE_EXPLORE_PARK_H
 #define KESTROVE_EXPLORE_PARK_H

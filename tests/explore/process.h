@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A process at the store, moved from one place where it stands still to the next.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What a worker and the explorer say to each other, the same in both widths. */
 #ifndef KESTROVE_EXPLORE_REPORT_H
 #define KESTROVE_EXPLORE_REPORT_H

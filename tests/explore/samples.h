@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records that the operations work with, and the names that the starting store and they share.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every order of the places at which processes stand still.
 #pragma once
 

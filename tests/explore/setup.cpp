@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The store that every order starts from.
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A process that works on the store, told by the explorer what to do; its parent forks a fresh one for every order.
 #include <dlfcn.h>
 #include <signal.h>

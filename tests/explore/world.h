@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What an order of operations leaves: the store, the saved files, the kernel's tables.
 #pragma once
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Holds who may include and call whom: floors.py SOURCES EXPORTS OBJECT... prints each line that does not, and fails.
 
 sys/ knows nobody; store/ knows sys/; everybody else knows store/, sys/ and what lies in its own folder or in a folder

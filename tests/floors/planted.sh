@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # floors.py finds what it is there for: an include and a call that go upward, each in a tree of two files.
 set -euo pipefail
 compiler=$1 here=$(dirname "$0")

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <stddef.h>
 #include <string.h>
 #include <sys/stat.h>

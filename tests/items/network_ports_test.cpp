@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Network items against the real kernel.
 #include <stdlib.h>
 #include <string.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fields of the store, which every program can reach, as values, texts and outputs of the accessors.
 #include <string.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rows of the items beside the keywords of the configuration file and the names of their ids.
 #include <gtest/gtest.h>
 #include <stddef.h>

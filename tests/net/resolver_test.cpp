@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The name server's file.
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # The sandbox seen from outside: host_test.sh LAUNCHER TEST_PROGRAM CASE. Runs on the machine itself, and starts nothing
 # of the library but in the sandbox.
 set -u

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a program finds inside the appliance.
 
 #include <gmock/gmock.h>

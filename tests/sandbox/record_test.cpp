@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the recorders write down, and what they answer.
 
 #include <gmock/gmock.h>

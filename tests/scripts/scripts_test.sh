@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # The project's scripts, with stand-ins for what they call: scripts_test.sh SOURCE CASE
 set -u
 source=$1

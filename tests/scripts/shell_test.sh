@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # What stands in the greeting of make shell works: shell_test.sh SOURCE, inside the sandbox.
 set -euo pipefail
 source=$1

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whole states with the real zip and unzip.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The commands of saving and restoring, whole and in order, and what their failures do.
 
 #include <gmock/gmock.h>

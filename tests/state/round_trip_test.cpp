@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random stores, saved as archives, lost and brought back.
 
 #include <memory>

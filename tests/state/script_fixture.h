@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sections of the command script as text.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The script's policy rules.
 
 #include "tests/state/script_fixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The command script whole, its settings, and its failures.
 
 #include "tests/state/script_fixture.h"

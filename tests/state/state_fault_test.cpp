@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Saving and restoring with system calls struck: honest results, nothing left open, the lock free afterwards.
 
 #include <errno.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Interval records folded into the store, word by word.
 #include <random>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Uptime and interface counters: the kernel's own files and files in their place.
 #include <sys/mount.h>
 #include <sys/stat.h>

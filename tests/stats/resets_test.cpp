@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Resets: what is zeroed, what stays, what is logged and run.
 #include <sys/mount.h>
 #include <unistd.h>

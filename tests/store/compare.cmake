@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Fails when what TOOL makes of HEADER is not the text of FILE.
 execute_process(COMMAND ${TOOL} ${HEADER} OUTPUT_VARIABLE actual COMMAND_ERROR_IS_FATAL ANY)
 file(READ ${FILE} expected)

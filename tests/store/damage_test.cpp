@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Items, system control and the hand-off on a store full of random bytes.
 #include <string.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Real deaths: the process is killed, and another one takes the lock.
 #include <gtest/gtest.h>
 #include <stdlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Small tables, and an operation on them that dies at every instant.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A process that dies between any two instructions of a change of routes or events.
 #include <string.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Deaths inside an operation, at every instant that changes the store.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A process that dies between any two instructions of a change of rules, users or addresses.
 #include <string.h>
 

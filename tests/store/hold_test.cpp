@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How long operations hold the lock.
 #include <errno.h>
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the next holder of the lock makes of the words that a dead process left, whatever they are.
 #include "store/journal.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Fills every field of the segment, or checks what another program filled in. Built for both widths: what one writes
    the other must find. */
 #include <stdint.h>

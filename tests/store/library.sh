@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # What a linker sees of the built library: library.sh CHECK LIBRARY MAP-FILE|HEADER-FOLDER
 set -eu
 check=$1 library=$2 list=${3:-}

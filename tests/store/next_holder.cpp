@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A process that takes the store lock once, built in the width that the tests are not.
 #include "kestrove/segment.h"
 

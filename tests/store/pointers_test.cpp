@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fields of the store, which every program can reach, as texts, inputs and outputs of the utilities.
 #include <arpa/inet.h>
 #include <stdlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Addresses as a test writes them and as records hold them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fields of the configuration, by their place in it.
 #pragma once
 

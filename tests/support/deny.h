@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A process in which the kernel refuses a system call. For use in another process: there is no way back.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An engine for a test: a process in the engine's task slot that hears the signal.
 #pragma once
 

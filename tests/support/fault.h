@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // System calls that fail, one at a time.
 //
 // A piece of work runs in a child process whose system calls are traced. One of them, counted from the start of the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The real kernel, asked and changed through its usual programs; each must succeed unless it is tried.
 #pragma once
 

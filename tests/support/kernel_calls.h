@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Socket calls, ioctls and shell lines of the library, written down in order and made to fail at will.
 //
 // The definitions stand before the C library's for a test program that lists kernel_calls.cpp among its sources.

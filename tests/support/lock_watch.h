@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Programs of the appliance that tell whether the store's file lock is held while they run.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The entry of every test program.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What stands in the memory of this process.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is printed on a stream, as text.
 #pragma once
 

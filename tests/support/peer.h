@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Another process of the appliance.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stores drawn by lot, of what the rows of the configuration file can hold.
 #pragma once
 

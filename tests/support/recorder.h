@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the recorders of the sandbox wrote down.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records of the tables, as a test writes them.
 #pragma once
 

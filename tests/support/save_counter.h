@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How often the configuration file is put in place.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Work followed instruction by instruction.
 //
 // The work runs in a child process that is stopped after each of its instructions, those of the C library too. The

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A store of its own for each test.
 #pragma once
 

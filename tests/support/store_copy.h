@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What an operation does with a record of the store itself, held against what it does with a copy of that.
 #pragma once
 

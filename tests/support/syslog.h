@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What reached the sandbox's syslog collector.
 #pragma once
 

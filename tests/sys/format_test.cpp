@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Cursor formatting beside the C library's.
 #include "sys/format.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What may stand in a command line, one step outside each border.
 #include "sys/plain.h"
 

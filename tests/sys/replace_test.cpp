@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Replacing files of every kind.
 #include "sys/replace.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // When the caller's PATH is followed.
 #include "sys/search_path.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // System control; every program is recorded.
 #include <string.h>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Engine starts and reboots that are counted.
 #include <sys/stat.h>
 #include <unistd.h>

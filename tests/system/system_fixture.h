@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A store without a line in the log of the system.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The slots of the monitored tasks.
 #include "tests/system/system_fixture.h"
 

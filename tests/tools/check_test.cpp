@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The checker on stores that are sound, damaged in one place, or noise.
 #include "tools/ctl/check.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a configuration file says before the store reads it, and that its keywords are those of the reader.
 #include "tools/common/config_lint.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // load and state: what is read into the store, and what is said of it.
 #include <gmock/gmock.h>
 #include <signal.h>

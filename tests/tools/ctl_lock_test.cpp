@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // kestrovectl and shm-init before a store that others have.
 #include <gmock/gmock.h>
 #include <signal.h>

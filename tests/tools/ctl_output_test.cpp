@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Standard output that cannot be written, and texts that a terminal must not get.
 #include <gmock/gmock.h>
 #include <string.h>

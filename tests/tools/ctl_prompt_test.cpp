@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Passwords that are typed: at a terminal, as a user sees it.
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What kestrovectl says of changes that the configuration file does not have.
 #include <gmock/gmock.h>
 #include <string.h>

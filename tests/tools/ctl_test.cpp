@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // kestrovectl from the outside: what it prints, how it ends, what is then in the store.
 #include <gmock/gmock.h>
 #include <signal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The words of kestrovectl: usage, limits, near misses, switches, and rules that make no sense.
 #include <gmock/gmock.h>
 #include <string.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // explain from the outside: the effects of a change, and a store and a kernel that stay as they are.
 #include <arpa/inet.h>
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The table of kestrovectl's commands, and the parser that is made from it.
 #include "tools/ctl/grammar.h"
 

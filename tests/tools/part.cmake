@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Fails when the output of TOOL does not stand in FILE between the marks that are its first and last lines. With WRITE
 # it is put there.
 execute_process(COMMAND ${TOOL} OUTPUT_VARIABLE actual COMMAND_ERROR_IS_FATAL ANY)

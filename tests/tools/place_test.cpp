@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What may come next on a line of kestrovectl.
 #include "tools/ctl/place.h"
 

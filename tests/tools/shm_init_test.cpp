@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The start-up program, from its files to the store that it leaves.
 #include <fcntl.h>
 #include <gmock/gmock.h>

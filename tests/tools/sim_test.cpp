@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The engine stand-in as its own process, beside front ends of this width.
 #include <arpa/inet.h>
 #include <poll.h>

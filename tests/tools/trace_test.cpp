@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The decoders, on records made by hand: this process is the one that is read.
 #include <arpa/inet.h>
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tracer on a program whose deeds are known: this one, which does what the environment asks for instead of testing.
 #include "tools/ctl/trace/tracer.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Log-in checks and reading accounts.
 
 #include <gmock/gmock.h>

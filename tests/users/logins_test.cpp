@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // When each account logged in last.
 #include <string.h>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Adding and removing users.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The password file: which lines stay, and files that are no proper ones.
 
 #include <errno.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Hashes and the rules for new passwords.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Adding and removing users cut short: the password file is afterwards the old one or the new one, whole.
 
 #include <errno.h>

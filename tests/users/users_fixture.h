@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A password file of our own and accounts with names.
 #pragma once
 

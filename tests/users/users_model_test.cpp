@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Users against a model of the table and the password file, with random operations; random bytes in the store.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a configuration file says, before the store reads it: the keywords that it knows, the rows of each table, and
 // the lines that the reader would refuse or cut.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The store's lock over several operations.
 #pragma once
 

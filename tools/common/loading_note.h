@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A note beside the store's files of who is loading a configuration: loading holds Configuration Mode, and a loader
 // that dies would leave every later change unsaved.
 #pragma once

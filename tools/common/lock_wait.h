@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Waiting for the store's lock with a limit, and who holds it. Asked on a descriptor of its own that is never closed:
 // closing any descriptor of the lock file would drop this process's lock.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts and what a terminal or a file of lines makes of them: control characters are refused where they come in and
 // escaped where they go out.
 #pragma once

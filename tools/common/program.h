@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Programs whose output is wanted.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library prints on standard output in places; only a program's own output belongs there.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a program says of itself.
 #pragma once
 

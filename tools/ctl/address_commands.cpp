@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // address: the management addresses and the bridge's own IPv6 addresses.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One change of the store: what came of it, and whether the configuration file has it.
 #pragma once
 

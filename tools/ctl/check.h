@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The invariants of every table in the store. Reads only; no value of the store is trusted.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The parser, made from the grammar.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rows of the grammar, each family's beside what carries them out.
 #pragma once
 

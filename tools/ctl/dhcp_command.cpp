@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // dhcp.
 #include "kestrove/kestrove.h"
 #include "tools/ctl/commands.h"

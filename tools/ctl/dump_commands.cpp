@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // dump: the store as the library's text, or as JSON.
 #include <array>
 #include <vector>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/ctl/dump_json.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every section of the store as JSON: addresses as text, switches as words.
 #pragma once
 

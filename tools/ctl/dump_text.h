@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library's dump of the store, safe to print.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // engine, task.
 #include "kestrove/kestrove.h"
 #include "tools/ctl/change.h"

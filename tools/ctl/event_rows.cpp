@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/ctl/event_rows.h"
 
 #include "kestrove/kestrove.h"

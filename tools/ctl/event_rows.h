@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The event log as JSON, and as lines for a reader.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // explain: what a change would do, found out by doing it in a sandbox copy of the present store.
 #include <sys/stat.h>
 #include <unistd.h>

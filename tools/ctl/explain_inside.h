@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The part of explain that runs in the sandbox.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The grammar of kestrovectl: one row for each command, with its words, the values that follow them, its help and what
 // carries it out. The parser, the help and the reference in doc/kestrovectl.md are made from these rows.
 #pragma once

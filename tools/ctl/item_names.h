@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The items by name: one row each, from the table that the library's setters are made from.
 #pragma once
 

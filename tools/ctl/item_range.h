@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What an item accepts, in words: built from the numbers of its row while compiling.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // kernel: what the kernel holds beside what the tables say.
 #include <cstring>
 

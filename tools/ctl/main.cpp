@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // kestrovectl: the appliance's store from the command line.
 #include <cstdlib>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where a line that is being typed stands in the grammar, and what may come next: what a shell completes and explains.
 #pragma once
 

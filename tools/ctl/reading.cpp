@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/ctl/reading.h"
 
 #include "tools/common/hold.h"

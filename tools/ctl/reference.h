@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The grammar as the part of doc/kestrovectl.md that lists the commands.
 #pragma once
 

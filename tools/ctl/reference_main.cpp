@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // kestrovectl-reference: prints the commands of kestrovectl as its document has them.
 #include <cstdio>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JSON for a human reader.
 #pragma once
 

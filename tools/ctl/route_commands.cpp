@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // route, route6.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The records of the store as JSON rows, for the list commands and the dump alike.
 #pragma once
 

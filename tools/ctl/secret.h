@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Passwords: from a prompt without echo, or a line of standard input; wiped when done with.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What every command of kestrovectl shares: output, refusals, the store.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // state.
 #include <dirent.h>
 #include <unistd.h>

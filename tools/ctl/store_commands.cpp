@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // status, save, check.
 #include <sys/shm.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/ctl/tables_back.h"
 
 #include <unistd.h>

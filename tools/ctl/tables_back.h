@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tables of the store as they were, for an interrupt in the middle of a load.
 #pragma once
 

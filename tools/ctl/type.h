@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a value of a command line may be.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a wrong command line is told.
 #pragma once
 

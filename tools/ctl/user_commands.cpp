@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // user.
 #include <fcntl.h>
 #include <pwd.h>

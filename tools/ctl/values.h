@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Words of a command line as values. What makes no sense throws kUsage with the word in front of the reason.
 #pragma once
 

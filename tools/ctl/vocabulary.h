@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The words of kestrovectl that stand for numbers of the store: what is printed is what is taken.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A copy of a file beside it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // shm-init: builds the store when the appliance starts.
 #include <unistd.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The words of the platform that no configuration keyword carries.
 #pragma once
 

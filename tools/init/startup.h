@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The start of the appliance, step by step.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What changed, in words.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/sim/interval.h"
 
 #include "kestrove/stats.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The interval record that an engine reports, made from the ports' own counters.
 #pragma once
 

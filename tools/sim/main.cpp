@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // kestrove-sim: stands in for the optimisation engine. It takes the engine's task slot, hears the signal, fetches the
 // change bits and the snapshot, says what changed, and reports counters once per interval.
 #include <signal.h>

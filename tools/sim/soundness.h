@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether a snapshot keeps its promises.
 #pragma once
 

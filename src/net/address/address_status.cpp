@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "net/address/address_status.h"
 #include "kestrove/codes.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether a management address can be on its interface, and putting it there. Under the store lock; neither takes it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bridge's own IPv6 addresses: the table, its saves, and the kernel behind it.
 #include <arpa/inet.h>
 #include <string.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The management addresses: the table, its saves, and the interfaces behind it.
 #include <arpa/inet.h>
 #include <string.h>

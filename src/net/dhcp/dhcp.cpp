@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One address asked for by the DHCP client, and its lease handed to the caller.
 #include "kestrove/dhcp.h"
 

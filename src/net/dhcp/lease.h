@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The lease file that the client leaves.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The IPv4 address of an interface, by ioctl.
 #include <arpa/inet.h>
 #include <netinet/if_ether.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The IPv6 addresses of an interface, by ioctl.
 #include <arpa/inet.h>
 #include <netinet/in.h>

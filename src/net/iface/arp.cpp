@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Entries of the kernel's ARP table.
 #include <net/if_arp.h>
 #include <netinet/ether.h>

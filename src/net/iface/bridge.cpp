@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bridges by the kernel's first bridge requests, which programs of both widths still have.
 #include <linux/if_bridge.h>
 #include <linux/sockios.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is done by other programs: bridge, VLANs, forwarding. Each line is tried and the next one run whatever became of
 // it, on purpose: a bridge or a VLAN may be there, or be gone, already.
 #include "kestrove/iface.h"

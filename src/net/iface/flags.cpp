@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Interfaces up and down.
 #include "kestrove/iface.h"
 #include "store/fail.h"

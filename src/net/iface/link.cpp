@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Link speed and duplex, set and read by the MII tool.
 #include <stdio.h>
 #include <string.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A neighbour's hardware address, as a probe of the wire tells it.
 #include <stdio.h>
 #include <string.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IPv4 addresses by routing netlink: unlike the ioctl it keeps the addresses that are already there.
 #include <arpa/inet.h>
 #include <errno.h>

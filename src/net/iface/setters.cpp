@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two addresses that front ends give as text.
 #include "kestrove/codes.h"
 #include "kestrove/engine.h"

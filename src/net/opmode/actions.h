@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a transition does, one action each. All under the store lock; no action takes it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The operating modes and the events that move between them, which kestrove/codes.h names.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The printed names of modes, states and events.
 #include "kestrove/opmode.h"
 

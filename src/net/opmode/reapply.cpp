@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "net/opmode/reapply.h"
 #include "kestrove/codes.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Putting addresses and routes back after the interfaces were rebuilt.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Events of the operating modes, dispatched by the stored mode.
 #include "kestrove/codes.h"
 #include "kestrove/engine.h"

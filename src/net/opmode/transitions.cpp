@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The transitions as a table, and the handlers that walk it.
 #include <syslog.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The packet-filter tables, reset through one iptables-restore run.
 #include "kestrove/kernelrules.h"
 

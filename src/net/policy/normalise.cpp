@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "net/policy/normalise.h"
 #include "kestrove/codes.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bringing a rule into the form in which the table keeps it, in place, step by step.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Policy routing: tables 100 to 103 and the rules that choose them. A command that fails does not keep the next from
 // running, on purpose: what is to be flushed or added may be gone, or be there, already.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported operations on the rule table.
 #include "kestrove/rules.h"
 #include "kestrove/codes.h"

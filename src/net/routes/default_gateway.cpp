@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The kernel's default gateway, as its table in text tells it.
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Routing requests to the kernel: one short-lived raw socket each.
 #include <net/route.h>
 #include <netinet/in.h>

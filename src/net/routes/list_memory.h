@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a process remembers of a sorted list: its slots in list order, as they were at its last look.
 #pragma once
 

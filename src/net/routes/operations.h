@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The operations that the IPv4 and the IPv6 route table share.
 //
 // A family names what differs:

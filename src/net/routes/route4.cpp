@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IPv4 routes: their family for the shared operations, and the exported operations.
 #include "kestrove/codes.h"
 #include "kestrove/routes.h"

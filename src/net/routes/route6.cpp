@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IPv6 routes: their family for the shared operations, the exported operations, and prefixes as masks.
 #include <endian.h>
 #include <string.h>

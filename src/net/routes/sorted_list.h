@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A table of slots threaded into one sorted list.
 //
 // Order names the record and the order:

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Builds the variants of variants.cmake and tests that each is found.
 
 # The text of a changed source; empty where it does not have the old text just once.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Libraries that are broken on purpose, each in one way that the explorer must find. The production sources carry nothing
 # of this: a variant is a source in which one text is replaced by another when it is built.
 #

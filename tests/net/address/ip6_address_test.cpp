@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The addresses of the bridge, against a real bridge.
 #include <arpa/inet.h>
 #include <gmock/gmock.h>

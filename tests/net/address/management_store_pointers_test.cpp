@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records and texts of the store handed back to the management address list: shm is the caller's to use.
 #include <arpa/inet.h>
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The management address list, on real interfaces.
 #include <arpa/inet.h>
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The client's command, its outcome, and the lease file, with a recorded client.
 
 #include <stdio.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The real client against a real server on the WAN host.
 
 #include <signal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IPv6 addresses: the list of the kernel, and changes against the real kernel.
 
 #include <errno.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Addresses and flags against the real kernel, read back by its own tool.
 
 #include <errno.h>

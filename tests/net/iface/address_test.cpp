@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests of shm_ifconfig, in order, and what each failure leaves.
 
 #include <errno.h>

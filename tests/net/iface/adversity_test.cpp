@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Programs that are missing or slow, and a caller without privilege.
 
 #include <errno.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The permanent entry of a neighbour that answers a probe.
 
 #include <gmock/gmock.h>

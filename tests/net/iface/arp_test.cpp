@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ARP entries: the request, the log, and the real kernel's table.
 
 #include <errno.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bridge by the kernel's first bridge requests, against the real kernel.
 
 #include <errno.h>

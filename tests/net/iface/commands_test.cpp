@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bridge, VLANs and forwarding by command line: every line whole, from the recorder.
 
 #include <gmock/gmock.h>

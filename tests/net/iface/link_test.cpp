@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Link settings and link status through the MII tool.
 
 #include <gmock/gmock.h>

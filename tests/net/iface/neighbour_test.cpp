@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The hardware address that a neighbour answers with.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The netlink request to the byte, and the wait for its acknowledgement.
 
 #include <errno.h>

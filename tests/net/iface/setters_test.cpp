@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The two addresses given as text.
 
 #include <gmock/gmock.h>

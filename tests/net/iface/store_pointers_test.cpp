@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Pointers into the store in place of the caller's own: shm is the caller's to use.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A store with named ports, for the tests of the operating modes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // OpModeState around the handlers: checks, context, lock, addresses and routes, engine, save.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Traffic between the real hosts behind the ports in each mode, and what the kernel holds afterwards.
 //
 // Where the kernel has no VLAN devices the appliance's vconfig makes a virtual cable of the VLAN's name to the host

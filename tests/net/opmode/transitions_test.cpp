@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every row of the transitions: requests and command lines whole and in order, names, new mode.
 
 #include <errno.h>

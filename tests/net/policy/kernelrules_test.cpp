@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every command line and every vector of the kernel rules, whole and in order.
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // In which form a rule gets into the table, and back to its caller.
 
 #include <arpa/inet.h>

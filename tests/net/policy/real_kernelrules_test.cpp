@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The kernel rules through the real programs: what the kernel holds afterwards.
 #include <gmock/gmock.h>
 #include <stdio.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules told apart by their source port, and what became of a change.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rule table against a list that is edited the plain way.
 
 #include <gmock/gmock.h>

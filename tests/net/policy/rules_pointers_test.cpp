@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules of the table itself, which every program can reach, as rules of the operations.
 #include "tests/net/policy/rules_fixture.h"
 #include "tests/support/store_copy.h"

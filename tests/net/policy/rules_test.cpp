@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Editing the rule table: positions, order, refusals, the change tail.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The default gateway of the kernel, as its table tells it.
 #include <gtest/gtest.h>
 #include <stdlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every system call of the route and address operations refused once, and the process killed before each.
 #include <arpa/inet.h>
 #include <errno.h>

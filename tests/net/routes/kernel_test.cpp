@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Routes in the real kernel.
 #include <arpa/inet.h>
 #include <errno.h>

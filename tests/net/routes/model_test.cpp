@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Both route tables against a model, in the hands of one process and of two, and with damaged chains.
 #include <gmock/gmock.h>
 #include <sys/wait.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records of the store, which every program can reach, as routes and addresses of the operations.
 #include <string>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the IPv4 table has for itself: masks, order, local gateways.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the IPv6 table has for itself: order, subnets, the mask helpers.
 #include <gmock/gmock.h>
 

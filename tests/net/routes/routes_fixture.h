@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The two route tables behind one face, for tests of what they share.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The sorted list by itself, on a table that can be drawn on a napkin.
 #include "net/routes/sorted_list.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the IPv4 and the IPv6 route table share: each test runs on both.
 #include <gmock/gmock.h>
 

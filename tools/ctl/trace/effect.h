@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One thing that a command does outside the store.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The memory of a process that is watched, or of this one. The process has this program's width.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ioctl requests on sockets, in words.
 #pragma once
 

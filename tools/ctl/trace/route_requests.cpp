@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Words for the requests of routes.
 #include <net/route.h>
 #include <netinet/in.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Watches what a command does outside itself.
 #pragma once
 

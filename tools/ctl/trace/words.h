@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers of the kernel's interfaces in words.
 #pragma once
 
