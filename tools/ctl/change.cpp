@@ -68,7 +68,7 @@ Json Change::resultJson(Json result, const std::string& stored) const {
 }
 
 // What is not saved is told first: the output may fail.
-void Change::tell(Json result, const std::string& text) {
+void Change::tell(const Json& result, const std::string& text) {
   const std::string stored = notSaved();
   hold_.reset();
   if (!session_.json && !lost_.empty()) warn(lost_);
@@ -80,7 +80,7 @@ void Change::tell(Json result, const std::string& text) {
   if (!lost_.empty()) throw Refusal(kNotSaved, "");
 }
 
-void Change::show(Json result) { tell(result, session_.json ? "" : render(result)); }
+void Change::show(const Json& result) { tell(result, session_.json ? "" : render(result)); }
 
 void Change::done(const std::string& text) { tell(Json{{"done", text}}, tools::escaped(text) + "\n"); }
 

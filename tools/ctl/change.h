@@ -29,14 +29,14 @@ class Change {
 
   // Give the store back and print what came of it, and tell where it was not saved; throw kNotSaved when the file could
   // not be written.
-  void show(Json result);
+  void show(const Json& result);
   void done(const std::string& text);
 
  private:
   void ask(const std::string& what);
   std::string notSaved() const;
   Json resultJson(Json result, const std::string& stored) const;
-  void tell(Json result, const std::string& text);
+  void tell(const Json& result, const std::string& text);
 
   const Session& session_;
   std::optional<tools::Hold> hold_;

@@ -81,7 +81,7 @@ void save(const Session& session) {
   const int result = configuring ? write_shared_memory() : save_shared_memory();
   if (result == 0 && shm_errno == SHM_OK) return session.done("saved " + path);
   const Refusal reason = errno != 0 ? systemRefusal(path, errno) : refusal(path);
-  if (reason.exit() == kNotPermitted) throw reason;
+  if (reason.exit() == kNotPermitted) throw Refusal(reason);
   throw Refusal(kNotSaved, std::string("not saved: ") + reason.what(), static_cast<int>(shm_errno));
 }
 

@@ -30,7 +30,7 @@ std::string linkText(const std::string& link) {
 
 // A path as the process means it: from the root, its folder or the folder behind a descriptor.
 std::string pathOf(pid_t process, uint64_t folder, uint64_t place) {
-  const std::string path = Memory(process).text(place);
+  std::string path = Memory(process).text(place);
   if (path.empty() || path[0] == '/') return path;
   const std::string own = "/proc/" + std::to_string(process) + "/";
   const int fd = static_cast<int>(folder);
