@@ -77,11 +77,9 @@ broken(event-logged-without-the-lock
 
 broken(mode-released-before-it-is-stored
   IN net/opmode/state.cpp
-  OLD [[  kHandlers[mode](event, context);
-]]
+  OLD [[  kHandlers[mode](event, context);]]
   NEW [[  kHandlers[mode](event, context);
-  lock.release();
-]]
+  lock.release();]]
   FINDS mode-policy-on mode-single-on mode-single-on mode-powered-on mode-single-on single-interface)
 
 broken(programs-run-under-the-lock
