@@ -5,6 +5,7 @@
 
 SECONDS ?= 60
 PREFIX ?= /usr/local
+TIDY ?=
 SOURCES = find . -name build -prune -o \( -name '*.cpp' -o -name '*.h' -o -name '*.c' \) -print0
 
 help: ## what can be made
@@ -56,12 +57,12 @@ format-check: ## fails when a source is not formatted
 lint: ## runs clang-tidy over the library and the programs; its messages are errors
 	@scripts/setup build tools lint
 	@cmake --preset dev >/dev/null
-	@find src tools -name '*.cpp' -print0 | xargs -0 -P "$$(nproc)" -n 4 scripts/tidy build/dev
+	@find src tools -name '*.cpp' -print0 | xargs -0 -P "$$(nproc)" -n 4 scripts/tidy build/dev $(TIDY)
 
-clang: ## builds the library and the programs with clang, in both widths where the packages are there
+clang: ## builds the library and the programs with clang, the library in 32-bit, too, where the packages are there
 	@scripts/setup build tools clang
 	@scripts/build clang
-	@if scripts/setup --check m32 2>/dev/null; then scripts/build m32-clang; fi
+	@if scripts/setup --check m32 2>/dev/null; then scripts/build m32-clang kestrove; fi
 
 setup: ## installs the Debian packages that a build needs
 	@scripts/setup build tools
