@@ -21,11 +21,7 @@
 namespace init {
 namespace {
 
-constexpr uint32_t kSystem = 0;
 constexpr char kNobody[] = "--";
-constexpr int kPoweredOn = 1;
-constexpr uint32_t kSystemStarted = 2;
-constexpr uint32_t kAnyFamily = 1;
 constexpr char kLockFolder[] = "/var/lock";
 constexpr char kLockFile[] = "/var/lock/shm";
 
@@ -169,7 +165,7 @@ class RuleRows {
 void keepOnlyDefaultRule() {
   FilterTable& table = shm->filterTable;
   if (table.ruleCount > 1 && table.ruleCount <= SHM_RULES) table.rule[0] = table.rule[table.ruleCount - 1];
-  table.rule[0].ipVersion = kAnyFamily;
+  table.rule[0].ipVersion = SHM_FAMILY_ANY;
   table.ruleCount = 1;
 }
 
@@ -207,7 +203,7 @@ bool finish() {
   becomeOperational();
   deriveMode();
   OpModeContext context = {};
-  if (OpModeState(kPoweredOn, &context) != 0) {
+  if (OpModeState(SHM_MODE_EVENT_POWERED_ON, &context) != 0) {
     warn("the operating mode cannot be set up: " + reason());
     whole = false;
   }
@@ -215,7 +211,7 @@ bool finish() {
     warn("the packet filter cannot be reset");
     whole = false;
   }
-  if (logEvent(kSystemStarted, kSystem, kNobody) != 0 && shm_errno != SHM_ELOGOFF) {
+  if (logEvent(SHM_EVENT_SYSTEM_STARTED, SHM_SOURCE_SYSTEM, kNobody) != 0 && shm_errno != SHM_ELOGOFF) {
     warn("the start cannot be logged: " + reason());
   }
   return whole;
