@@ -14,6 +14,25 @@ function(kestrove_quick_build target)
   target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Release>>:-O0$<SEMICOLON>-g1>)
 endfunction()
 
+# The headers of a target's libraries, read once; the other targets of the same kind share them. A release and another
+# compiler read them in each file, so that no file rests on an include that it lacks.
+function(kestrove_precompile target)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND NOT CMAKE_BUILD_TYPE STREQUAL Release AND NOT KESTROVE_WIDTH_OF_A_TEST)
+    foreach(header IN LISTS ARGN)
+      target_precompile_headers(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:<${header}$<ANGLE-R>>)
+    endforeach()
+    target_compile_options(${target} PRIVATE -fpch-preprocess) # ccache reads what was preprocessed
+  endif()
+endfunction()
+
+function(kestrove_share_precompiled target owner)
+  get_target_property(headers ${owner} PRECOMPILE_HEADERS)
+  if(headers)
+    target_precompile_headers(${target} REUSE_FROM ${owner})
+    target_compile_options(${target} PRIVATE -fpch-preprocess)
+  endif()
+endfunction()
+
 if(KESTROVE_SANITIZE)
   add_compile_options(-fsanitize=${KESTROVE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KESTROVE_SANITIZE})
