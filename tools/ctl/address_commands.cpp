@@ -112,11 +112,11 @@ std::vector<Command> addressCommands() {
   return {
       group("address", "Management addresses, and the IPv6 addresses of br0"),
       command("address list", "All addresses", showing<allRows>),
-      command("address add", "Add an address", add,
-              {needed("ADDRESS", &AddressLine::address, prefix, "IPv4 or IPv6"), own,
-               option("--interface", &AddressLine::kind, takes::word(kInterfaceKinds), "Where it is used")}),
-      command("address remove", "Remove an address", remove,
-              {needed("ADDRESS", &AddressLine::address, prefix.from(Completion::kAddresses), "IPv4 or IPv6"), own})};
+      changing("address add", "Add an address", add,
+               {needed("ADDRESS", &AddressLine::address, prefix, "IPv4 or IPv6"), own,
+                option("--interface", &AddressLine::kind, takes::word(kInterfaceKinds), "Where it is used")}),
+      changing("address remove", "Remove an address", remove,
+               {needed("ADDRESS", &AddressLine::address, prefix.from(Completion::kAddresses), "IPv4 or IPv6"), own})};
 }
 
 }  // namespace ctl

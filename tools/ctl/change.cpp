@@ -19,6 +19,7 @@ bool mayBeLost(uint32_t code) { return code == SHM_ESYSTEM || code == SHM_EIO; }
 }  // namespace
 
 Change::Change(const Session& session) : session_(session) {
+  if (!session.changes) throw Refusal(kSystem, "a command that says it only reads was about to change the store");
   awaitLock(session);
   if (!hold_.emplace()) throw refusal("the store cannot be locked");
   shm_errno = SHM_OK;

@@ -58,6 +58,23 @@ bool hasBelow(const std::vector<Command>& rows, const Command& row) {
   return false;
 }
 
+// Files are named by those alone who may change something: what is read from them could be any file of the machine.
+bool namesFile(const Command& row, const Given& given) {
+  for (size_t i = 0; i < given.size(); ++i) {
+    if (row.values[i].type.completion == Completion::kFiles && !given[i].empty()) return true;
+  }
+  return false;
+}
+
+void runRow(const Session& session, const Command& row, const Given& given) {
+  Session own = session;
+  own.changes = row.changes;
+  if (session.readsOnly && (row.changes || row.secret || row.hidden || namesFile(row, given))) {
+    throw Refusal(kNotPermitted, session.readsOnly);
+  }
+  row.run(own, given);
+}
+
 void addRow(CLI::App& place, const Session& session, const Command& row) {
   auto given = std::make_shared<Given>(row.values.size());
   bool rest = false;
@@ -70,7 +87,7 @@ void addRow(CLI::App& place, const Session& session, const Command& row) {
   place.callback([&place, &session, &row, given, rest] {
     if (!place.get_subcommands().empty()) return;
     if (rest) given->back() = place.remaining();
-    row.run(session, *given);
+    runRow(session, row, *given);
   });
 }
 

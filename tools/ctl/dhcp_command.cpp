@@ -33,10 +33,10 @@ void dhcp(const Session& session, const LeaseLine& line) {
 }  // namespace
 
 std::vector<Command> dhcpCommands() {
-  return {command("dhcp", "Obtain an address for an interface", dhcp,
-                  {needed("INTERFACE", &LeaseLine::interface, takes::interface(), "Name of the interface"),
-                   option("--timeout", &LeaseLine::timeoutSeconds, takes::number(1, 3600).in("seconds"),
-                          "A lease that comes only then is none")})};
+  return {changing("dhcp", "Obtain an address for an interface", dhcp,
+                   {needed("INTERFACE", &LeaseLine::interface, takes::interface(), "Name of the interface"),
+                    option("--timeout", &LeaseLine::timeoutSeconds, takes::number(1, 3600).in("seconds"),
+                           "A lease that comes only then is none")})};
 }
 
 }  // namespace ctl

@@ -43,7 +43,7 @@ Json tasks() {
 std::vector<Command> engineCommands() {
   return {group("engine", "The optimisation engine"),
           command("engine status", "Process, switch, counters, changes not fetched yet", showing<status>),
-          command("engine restart", "Reset the counters, switch it on, end its process", restart),
+          changing("engine restart", "Reset the counters, switch it on, end its process", restart),
           group("task", "The monitored tasks"), command("task list", "All tasks with their processes", showing<tasks>)};
 }
 

@@ -107,7 +107,7 @@ std::vector<Command> eventCommands() {
           command("events follow", "New events as they come", follow,
                   {option("--seconds", &FollowLine::seconds, takes::number(0, INT_MAX).in("seconds"),
                           "Stop after this time")}),
-          command("events clear", "Empty the log", clear)};
+          changing("events clear", "Empty the log", clear)};
 }
 
 }  // namespace ctl

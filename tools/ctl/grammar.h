@@ -44,6 +44,8 @@ struct Command {
   std::function<void(const Session&, const Given&)> run = nullptr;
   std::string more = {};  // below the help of this command
   bool hidden = false;    // for the program's own use
+  bool changes = false;   // the store, the kernel or a file; what does not may be run by who may only read
+  bool secret = false;    // asks for a password: its lines are kept nowhere
 };
 
 // The whole table, groups in front of their commands, in the order in which help lists them.
@@ -115,6 +117,27 @@ Command command(const std::string& words, const char* help, void (*handler)(cons
     }
     handler(session, line);
   };
+  return row;
+}
+
+// Rows that change something, made as the others are.
+inline Command changing(const std::string& words, const char* help, void (*handler)(const Session&)) {
+  Command row = command(words, help, handler);
+  row.changes = true;
+  return row;
+}
+
+template <typename Line>
+Command changing(const std::string& words, const char* help, void (*handler)(const Session&, const Line&),
+                 std::type_identity_t<std::vector<Argument<Line>>> arguments, const std::string& more = "") {
+  Command row = command(words, help, handler, std::move(arguments), more);
+  row.changes = true;
+  return row;
+}
+
+// The same row, whose handler asks for a password.
+inline Command askingPassword(Command row) {
+  row.secret = true;
   return row;
 }
 

@@ -116,12 +116,12 @@ std::vector<Command> interfaceCommands() {
                   {needed("PORT", &LinkLine::port, takes::word(kPorts), "Which of them")}),
           group("mode", "The operating mode"),
           command("mode show", "The present mode", showing<modeFacts>),
-          command("mode single", "One interface that carries LAN and WAN as two VLANs", single,
-                  {needed("LAN", &SingleLine::lanVlan, vlan, "VLAN id of the LAN side"),
-                   needed("WAN", &SingleLine::wanVlan, vlan, "VLAN id of the WAN side")}),
-          command("mode double", "Two interfaces, bridged", twoInterfaces),
-          command("mode pbr", "Policy routing on the single interface", policyRouting,
-                  {option("SWITCH", &RoutingLine::position, takes::onOrOff(), "Whether it is used")})};
+          changing("mode single", "One interface that carries LAN and WAN as two VLANs", single,
+                   {needed("LAN", &SingleLine::lanVlan, vlan, "VLAN id of the LAN side"),
+                    needed("WAN", &SingleLine::wanVlan, vlan, "VLAN id of the WAN side")}),
+          changing("mode double", "Two interfaces, bridged", twoInterfaces),
+          changing("mode pbr", "Policy routing on the single interface", policyRouting,
+                   {option("SWITCH", &RoutingLine::position, takes::onOrOff(), "Whether it is used")})};
 }
 
 }  // namespace ctl

@@ -140,10 +140,10 @@ void set(const Session& session, const SetLine& line) {
 std::vector<Command> itemCommands() {
   return {command("show", "Items with value, unit and what they accept", show,
                   {several("ITEM", &ShowLine::names, takes::item(), "Names of items (default: all)")}),
-          command("set", "Change an item", set,
-                  {needed("ITEM", &SetLine::name, takes::item(), "Name of the item"),
-                   needed("VALUE", &SetLine::value, takes::text().from(Completion::kItemValues),
-                          "New value; a switch is on or off")})};
+          changing("set", "Change an item", set,
+                   {needed("ITEM", &SetLine::name, takes::item(), "Name of the item"),
+                    needed("VALUE", &SetLine::value, takes::text().from(Completion::kItemValues),
+                           "New value; a switch is on or off")})};
 }
 
 }  // namespace ctl

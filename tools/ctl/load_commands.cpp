@@ -108,9 +108,9 @@ void load(const Session& session, const LoadLine& line) {
 }  // namespace
 
 std::vector<Command> loadCommands() {
-  return {command("load", "Read a configuration file into the store; saves and applies nothing", load,
-                  {needed("FILE", &LoadLine::path, takes::file(), "Configuration file")},
-                  "An interrupt puts the tables back as they were.")};
+  return {changing("load", "Read a configuration file into the store; saves and applies nothing", load,
+                   {needed("FILE", &LoadLine::path, takes::file(), "Configuration file")},
+                   "An interrupt puts the tables back as they were.")};
 }
 
 }  // namespace ctl

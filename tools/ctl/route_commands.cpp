@@ -158,13 +158,13 @@ std::vector<Command> commandsOf(const char* description) {
   const std::string own = Table::kCommand;
   return {group(own, description),
           command(own + " list", "All routes, in list order", showing<listed<Table>>),
-          command(own + " freshen", "Apply every route anew, disabled ones too", freshen<Table>),
-          command(own + " add", "Add a route", add<Table>,
-                  {needed("DESTINATION", &RouteLine::destination, network, "Where it leads"), gateway, disabled}),
-          command(own + " remove", "Remove a route", remove<Table>, {known}),
-          command(own + " replace", "Remove a route and add another", replace<Table>,
-                  {known, needed("NEW", &RouteLine::newDestination, network, "Destination of the other"), gateway,
-                   disabled})};
+          changing(own + " freshen", "Apply every route anew, disabled ones too", freshen<Table>),
+          changing(own + " add", "Add a route", add<Table>,
+                   {needed("DESTINATION", &RouteLine::destination, network, "Where it leads"), gateway, disabled}),
+          changing(own + " remove", "Remove a route", remove<Table>, {known}),
+          changing(own + " replace", "Remove a route and add another", replace<Table>,
+                   {known, needed("NEW", &RouteLine::newDestination, network, "Destination of the other"), gateway,
+                    disabled})};
 }
 
 }  // namespace

@@ -245,14 +245,14 @@ std::vector<Command> ruleCommands() {
   const std::vector<Argument<RuleLine>> values = ruleValues();
   return {group("rule", "The table of traffic policy rules, first match first"),
           command("rule list", "All rules; the last is the default rule", showing<rows>),
-          command("rule add", "Insert a rule in front of a position", add,
-                  values + std::vector{flag("--match-all", &RuleLine::matchAll, "The rule may match all traffic")}),
-          command("rule change", "Change what the options name", changeOne, values),
-          command("rule move", "Move a rule in front of another", move,
-                  {needed("FROM", &RuleLine::position, takes::rule(), "The rule to move"),
-                   needed("TO", &RuleLine::destinationPosition, takes::rule(), "The rule to stand in front of")}),
-          command("rule delete", "Delete a rule", remove,
-                  {needed("POSITION", &RuleLine::position, takes::rule(), "0 is the first rule")})};
+          changing("rule add", "Insert a rule in front of a position", add,
+                   values + std::vector{flag("--match-all", &RuleLine::matchAll, "The rule may match all traffic")}),
+          changing("rule change", "Change what the options name", changeOne, values),
+          changing("rule move", "Move a rule in front of another", move,
+                   {needed("FROM", &RuleLine::position, takes::rule(), "The rule to move"),
+                    needed("TO", &RuleLine::destinationPosition, takes::rule(), "The rule to stand in front of")}),
+          changing("rule delete", "Delete a rule", remove,
+                   {needed("POSITION", &RuleLine::position, takes::rule(), "0 is the first rule")})};
 }
 
 }  // namespace ctl

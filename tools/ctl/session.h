@@ -53,8 +53,10 @@ struct Session {
   bool json = false;
   uint32_t source = 0;
   std::string user = "--";
-  double waitSeconds = 10;  // for the store's lock
-  FILE* out = stdout;       // the command's own output: the library's prints are turned to standard error
+  double waitSeconds = 10;          // for the store's lock
+  const char* readsOnly = nullptr;  // why this session may change nothing; null where it may
+  bool changes = true;              // whether the command that runs is one that does
+  FILE* out = stdout;               // the command's own output: the library's prints are turned to standard error
 
   const char* userName() const { return user.c_str(); }
 

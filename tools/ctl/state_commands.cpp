@@ -156,9 +156,9 @@ void load(const Session& session, const LoadLine& line) {
 
 std::vector<Command> stateCommands() {
   return {group("state", "Whole saved states"),
-          command("state save", "Save the state; an earlier one is replaced", save),
-          command("state load", "Restore the saved files; the next change overwrites them", load,
-                  {flag("--now", &LoadLine::now, "Build the store anew from them at once, and restart the engine")}),
+          changing("state save", "Save the state; an earlier one is replaced", save),
+          changing("state load", "Restore the saved files; the next change overwrites them", load,
+                   {flag("--now", &LoadLine::now, "Build the store anew from them at once, and restart the engine")}),
           command("state list", "What is saved", list)};
 }
 

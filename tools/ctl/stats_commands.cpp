@@ -62,8 +62,8 @@ void reset(const Session& session, const ResetLine& line) {
 
 std::vector<Command> statsCommands() {
   return {command("stats", "Counters of the engine and the interfaces", showing<facts>),
-          command("stats reset", "Start the counters anew", reset,
-                  {option("WHICH", &ResetLine::which, takes::word(kWhich), "Which of them")})};
+          changing("stats reset", "Start the counters anew", reset,
+                   {option("WHICH", &ResetLine::which, takes::word(kWhich), "Which of them")})};
 }
 
 }  // namespace ctl

@@ -102,7 +102,7 @@ void check(const Session& session) {
 
 std::vector<Command> storeCommands() {
   return {command("status", "Store, state, size, attached processes, holder of the lock; never waits", status),
-          command("save", "Write the configuration file", save),
+          changing("save", "Write the configuration file", save),
           command("check", "Check the invariants of every table, changing nothing", check)};
 }
 

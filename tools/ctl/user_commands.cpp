@@ -230,14 +230,15 @@ std::vector<Command> userCommands() {
   auto fresh = known;
   fresh.type = takes::text();
   const auto admin = flag("--admin", &UserLine::administrator, "Make it an administrator");
-  return {group("user", "Management accounts; passwords come from a prompt or standard input"),
-          command("user list", "All accounts", showing<rows>),
-          command("user add", "Add a user; reads the password", add, {fresh, admin},
-                  std::string("Rules: ") + kNameRule + ";\n" + kPasswordRule + "."),
-          command("user remove", "Remove a user", remove, {known}),
-          command("user passwd", "Change a password; reads the old one, then the new one", changePassword, {known},
-                  std::string("Rules: ") + kPasswordRule + ";\n" + kDistanceRule + "."),
-          command("user check", "Check a password", check, {known})};
+  return {
+      group("user", "Management accounts; passwords come from a prompt or standard input"),
+      command("user list", "All accounts", showing<rows>),
+      askingPassword(changing("user add", "Add a user; reads the password", add, {fresh, admin},
+                              std::string("Rules: ") + kNameRule + ";\n" + kPasswordRule + ".")),
+      changing("user remove", "Remove a user", remove, {known}),
+      askingPassword(changing("user passwd", "Change a password; reads the old one, then the new one", changePassword,
+                              {known}, std::string("Rules: ") + kPasswordRule + ";\n" + kDistanceRule + ".")),
+      askingPassword(command("user check", "Check a password", check, {known}))};
 }
 
 }  // namespace ctl
