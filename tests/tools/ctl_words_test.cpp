@@ -33,6 +33,14 @@ TEST(CtlUsage, HelpSaysWhatEachValueTakes) {
   EXPECT_THAT(ctl("dhcp --help").out, HasSubstr("--timeout 1..3600 seconds=30\n"));
 }
 
+// The line's other words only ever add commands to the parser.
+TEST_F(CtlWordsTest, AValueMayBeTheNameOfACommand) {
+  EXPECT_EQ(0, ctl("set sysName rule").status);
+  EXPECT_THAT(ctl("--user load show sysName").out, HasSubstr("rule"));
+  EXPECT_EQ("kestrovectl: rule: one word too many\nUsage: kestrovectl status [OPTIONS]\n", ctl("status rule").err);
+  EXPECT_THAT(ctl("colour rule list").err, HasSubstr("colour: one word too many"));
+}
+
 TEST(CtlUsage, HelpListsEveryExitCode) {
   const std::string help = ctl("--help").out;
   for (const char* code : {"0  done", "1  refused", "2  wrong usage", "3  there is no store", "4  check or kernel show",

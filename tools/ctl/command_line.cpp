@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ctl/command_line.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace ctl {
@@ -91,6 +92,16 @@ void addRow(CLI::App& place, const Session& session, const Command& row) {
   });
 }
 
+void addCommand(CLI::App& app, const Session& session, const std::vector<Command>& rows, const Command& row) {
+  CLI::App* place = &app;
+  for (size_t i = 0; i + 1 < row.words.size(); ++i) place = place->get_subcommand(row.words[i]);
+  place = place->add_subcommand(row.words.back(), row.help);
+  if (!row.more.empty()) place->footer(row.more);
+  if (row.hidden) place->group("");
+  if (hasBelow(rows, row)) place->require_subcommand(row.run ? 0 : 1, 1);
+  if (row.run) addRow(*place, session, row);
+}
+
 }  // namespace
 
 void addSharedOptions(CLI::App& app, Session& session) {
@@ -100,14 +111,13 @@ void addSharedOptions(CLI::App& app, Session& session) {
 }
 
 void addCommands(CLI::App& app, const Session& session, const std::vector<Command>& rows) {
+  for (const Command& row : rows) addCommand(app, session, rows, row);
+}
+
+void addNamedCommands(CLI::App& app, const Session& session, const std::vector<Command>& rows,
+                      const std::vector<std::string>& line) {
   for (const Command& row : rows) {
-    CLI::App* place = &app;
-    for (size_t i = 0; i + 1 < row.words.size(); ++i) place = place->get_subcommand(row.words[i]);
-    place = place->add_subcommand(row.words.back(), row.help);
-    if (!row.more.empty()) place->footer(row.more);
-    if (row.hidden) place->group("");
-    if (hasBelow(rows, row)) place->require_subcommand(row.run ? 0 : 1, 1);
-    if (row.run) addRow(*place, session, row);
+    if (std::ranges::find(line, row.words.front()) != line.end()) addCommand(app, session, rows, row);
   }
 }
 

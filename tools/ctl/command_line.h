@@ -2,6 +2,10 @@
 // The parser, made from the grammar.
 #pragma once
 
+#include <functional>
+#include <string>
+#include <vector>
+
 #include "CLI/CLI.hpp"
 #include "tools/ctl/grammar.h"
 
@@ -11,5 +15,10 @@ namespace ctl {
 // outlive the parser.
 void addSharedOptions(CLI::App& app, Session& session);
 void addCommands(CLI::App& app, const Session& session, const std::vector<Command>& rows);
+
+// The same without the commands whose first word is not on the line: it takes what the whole parser takes and does the
+// same, in a part of the time. What it refuses the whole parser has to explain.
+void addNamedCommands(CLI::App& app, const Session& session, const std::vector<Command>& rows,
+                      const std::vector<std::string>& line);
 
 }  // namespace ctl

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // kestrovectl: the appliance's store from the command line.
 #include <cstdlib>
+#include <deque>
+#include <memory>
 
 #include "tools/common/plain_text.h"
 #include "tools/common/standard_output.h"
@@ -42,13 +44,17 @@ int report(const ctl::Session& session, ctl::Exit exit, const std::string& messa
   return exit;
 }
 
-void describe(CLI::App& app, ctl::Session& session) {
+// Kept until the process ends, which frees it faster than it would itself.
+CLI::App& makeParser(ctl::Session& session) {
+  static std::deque<std::unique_ptr<CLI::App>>& kept = *new std::deque<std::unique_ptr<CLI::App>>;
+  CLI::App& app =
+      *kept.emplace_back(std::make_unique<CLI::App>("Reads and changes the appliance's store.", "kestrovectl"));
   app.require_subcommand(0, 1);
   app.fallthrough();
   app.footer(kExitCodes);
   app.set_version_flag("--version", tools::versionText("kestrovectl"));
   ctl::addSharedOptions(app, session);
-  ctl::addCommands(app, session, ctl::grammar());
+  return app;
 }
 
 // A usage error may come before the option was parsed.
@@ -65,7 +71,23 @@ int reportUsage(const CLI::App& app, const ctl::Session& session, const std::str
   return status;
 }
 
-int run(CLI::App& app, ctl::Session& session, int argc, char** argv) {
+// False for what the whole parser has to answer: help, and a line that makes no sense.
+bool runNamed(ctl::Session& session, int argc, char** argv) {
+  const std::vector<std::string> line(argv + 1, argv + argc);
+  CLI::App& app = makeParser(session);
+  ctl::addNamedCommands(app, session, ctl::grammar(), line);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError&) {
+    return false;
+  }
+  return !app.get_subcommands().empty();
+}
+
+int run(ctl::Session& session, int argc, char** argv) {
+  if (runNamed(session, argc, argv)) return ctl::kDone;
+  CLI::App& app = makeParser(session);
+  ctl::addCommands(app, session, ctl::grammar());
   try {
     app.parse(argc, argv);
     if (!app.get_subcommands().empty()) return ctl::kDone;
@@ -84,8 +106,6 @@ int run(CLI::App& app, ctl::Session& session, int argc, char** argv) {
 }
 
 int runSafely(ctl::Session& session, int argc, char** argv) {
-  CLI::App app("Reads and changes the appliance's store.", "kestrovectl");
-  describe(app, session);
   std::string refused = tools::refusedWord(argc, argv);
   if (refused.empty() && tools::hasControlCharacter(session.user)) refused = "USER holds a control character";
   if (!refused.empty()) {
@@ -93,7 +113,7 @@ int runSafely(ctl::Session& session, int argc, char** argv) {
     return report(session, ctl::kUsage, refused);
   }
   try {
-    return run(app, session, argc, argv);
+    return run(session, argc, argv);
   } catch (const ctl::Refusal& refusal) {
     return report(session, refusal.exit(), refusal.what(), refusal.code());
   }
