@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/ctl/settings/difference.h"
+
+#include <algorithm>
+#include <span>
+#include <unordered_map>
+
+#include "tools/ctl/settings/sequence.h"
+
+namespace ctl {
+namespace {
+
+using Section = std::span<const SettingLine>;
+
+// The lines of a section stand together.
+Section sectionOf(const std::vector<SettingLine>& lines, const char* name) {
+  auto inside = [name](const SettingLine& line) { return line.section == name; };
+  auto first = std::find_if(lines.begin(), lines.end(), inside);
+  auto last = std::find_if_not(first, lines.end(), inside);
+  return {first, last};
+}
+
+void compareByKey(Section before, Section after, std::vector<SettingChange>& changes) {
+  std::unordered_map<std::string, const SettingLine*> had;
+  for (const SettingLine& line : before) had[line.key] = &line;
+  for (const SettingLine& line : after) {
+    auto old = had.find(line.key);
+    if (old == had.end()) {
+      changes.push_back({line.section, line.key, {}, line.text});
+      continue;
+    }
+    if (old->second->text != line.text) changes.push_back({line.section, line.key, old->second->text, line.text});
+    had.erase(old);
+  }
+  for (const SettingLine& line : before) {
+    auto left = had.find(line.key);
+    if (left != had.end() && left->second == &line) changes.push_back({line.section, line.key, line.text, {}});
+  }
+}
+
+std::vector<std::string_view> textsOf(Section lines) {
+  std::vector<std::string_view> texts;
+  texts.reserve(lines.size());
+  for (const SettingLine& line : lines) texts.emplace_back(line.text);
+  return texts;
+}
+
+// A removed line and an added one of the same gap are one that was changed.
+void compareInOrder(Section before, Section after, std::vector<SettingChange>& changes) {
+  for (const Gap& gap : gapsBetween(textsOf(before), textsOf(after))) {
+    for (size_t i = 0; i < std::max(gap.removed, gap.added); ++i) {
+      const SettingLine* old = i < gap.removed ? &before[gap.before + i] : nullptr;
+      const SettingLine* fresh = i < gap.added ? &after[gap.after + i] : nullptr;
+      SettingChange change = {fresh ? fresh->section : old->section, fresh ? fresh->key : old->key, {}, {}};
+      if (old) change.before = old->text;
+      if (fresh) change.after = fresh->text;
+      changes.push_back(std::move(change));
+    }
+  }
+}
+
+bool ordered(const char* section) { return std::string_view(section) == "rules"; }
+
+class Unified {
+ public:
+  explicit Unified(bool colours) : colours_(colours) {}
+
+  std::string of(const Difference& difference) {
+    for (const SettingChange& change : difference.changes) {
+      heading(change);
+      if (change.before) line('-', "\x1b[31m", *change.before);
+      if (change.after) line('+', "\x1b[32m", *change.after);
+    }
+    return std::move(text_);
+  }
+
+ private:
+  // Rules say where they stand: their lines do not.
+  void heading(const SettingChange& change) {
+    std::string name = change.section;
+    if (ordered(name.c_str())) name += " " + change.key;
+    if (name == heading_) return;
+    heading_ = name;
+    text_ += painted("\x1b[36m", "@@ " + name + " @@") + "\n";
+  }
+  void line(char mark, const char* colour, const std::string& text) { text_ += painted(colour, mark + text) + "\n"; }
+  std::string painted(const char* colour, const std::string& text) const {
+    return colours_ ? colour + text + "\x1b[0m" : text;
+  }
+
+  bool colours_;
+  std::string text_, heading_;
+};
+
+std::string sideText(const Difference& difference, std::optional<std::string> SettingChange::*side) {
+  std::string text;
+  for (const SettingChange& change : difference.changes) {
+    if (change.*side) text += *(change.*side) + "\n";
+  }
+  return text;
+}
+
+Json orNull(const std::optional<std::string>& text) { return text ? Json(*text) : Json(nullptr); }
+
+}  // namespace
+
+Difference compare(const std::vector<SettingLine>& before, const std::vector<SettingLine>& after) {
+  Difference difference;
+  for (const char* name : kSections) {
+    const auto compareSection = ordered(name) ? compareInOrder : compareByKey;
+    compareSection(sectionOf(before, name), sectionOf(after, name), difference.changes);
+  }
+  return difference;
+}
+
+Difference compare(const ShmData& before, const ShmData& after) {
+  return compare(settingLines(before), settingLines(after));
+}
+
+std::string differenceText(const Difference& difference, bool colours) { return Unified(colours).of(difference); }
+
+Json differenceJson(const Difference& difference) {
+  Json changes = Json::array();
+  for (const SettingChange& change : difference.changes) {
+    changes.push_back({{"section", change.section},
+                       {"key", change.key},
+                       {"before", orNull(change.before)},
+                       {"after", orNull(change.after)}});
+  }
+  return {{"changed", !difference.empty()},
+          {"diff",
+           {{"before", sideText(difference, &SettingChange::before)},
+            {"after", sideText(difference, &SettingChange::after)}}},
+          {"changes", changes}};
+}
+
+}  // namespace ctl
