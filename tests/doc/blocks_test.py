@@ -16,7 +16,7 @@ import tempfile
 SOURCE, BUILD, WIDTH, CASE = (*map(pathlib.Path, sys.argv[1:3]), *sys.argv[3:])
 UNCHECKED = 3  # a drawing, a synopsis, and a build that takes minutes: no more without a reason as good
 MARK = re.compile(r"<!-- not checked: \S.*-->")
-LANGUAGES = {"c", "cpp", "python", "sh", "conf"}
+LANGUAGES = {"c", "cpp", "python", "sh", "conf", "yaml", "ini"}  # the last two: by the tests of the fleet
 COMPILERS = {"c": ["cc", "-std=c11"], "cpp": ["c++", "-std=c++17"]}
 Block = collections.namedtuple("Block", "place language text unchecked")
 
