@@ -32,19 +32,6 @@ int lockFile() {
 
 std::string ownFile(int pid, const char* name) { return "/proc/" + std::to_string(pid) + "/" + name; }
 
-LockHolder holderOf(int pid) {
-  LockHolder holder = {pid > 0 ? pid : 0, "", false};
-  std::ifstream comm(ownFile(pid, "comm"));
-  std::getline(comm, holder.name);
-  std::ifstream file(ownFile(pid, "stat"));
-  std::string stat;
-  std::getline(file, stat);
-  const size_t behindName = stat.rfind(") ");  // the name may hold blanks and brackets
-  const char state = behindName == std::string::npos ? '?' : stat[behindName + 2];
-  holder.stopped = state == 'T' || state == 't';
-  return holder;
-}
-
 void heard(int) {}
 
 // Ends a wait of this process after some time.
@@ -85,11 +72,33 @@ LockAnswer heldBy(int fd) {
 
 }  // namespace
 
+LockHolder holderOf(int pid) {
+  LockHolder holder = {pid > 0 ? pid : 0, "", false};
+  std::ifstream comm(ownFile(pid, "comm"));
+  std::getline(comm, holder.name);
+  std::ifstream file(ownFile(pid, "stat"));
+  std::string stat;
+  std::getline(file, stat);
+  const size_t behindName = stat.rfind(") ");  // the name may hold blanks and brackets
+  const char state = behindName == std::string::npos ? '?' : stat[behindName + 2];
+  holder.stopped = state == 'T' || state == 't';
+  return holder;
+}
+
 std::string describe(const LockHolder& holder) {
   if (holder.pid == 0) return "a process that cannot be seen from here";
   std::string text = "process " + std::to_string(holder.pid);
   if (!holder.name.empty()) text += " (" + escaped(holder.name) + ")";
   return text + (holder.stopped ? ", which is stopped" : "");
+}
+
+LockAnswer lookAtLock() {
+  const int fd = lockFile();
+  if (fd == -1) return failed(errno);
+  struct flock request = wholeFile();
+  if (fcntl(fd, F_GETLK, &request) == -1) return failed(errno);
+  if (request.l_type == F_UNLCK) return {LockState::kFree, {}, 0};
+  return {LockState::kHeld, holderOf(request.l_pid), 0};
 }
 
 LockAnswer tryLock() {

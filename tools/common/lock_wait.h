@@ -14,6 +14,9 @@ struct LockHolder {
   bool stopped = false;
 };
 
+// Of a process that is there; its name is empty when it is gone.
+LockHolder holderOf(int pid);
+
 // "process 12 (shm-init), which is stopped".
 std::string describe(const LockHolder& holder);
 
@@ -30,6 +33,9 @@ struct LockAnswer {
   LockHolder holder;  // of a lock that is held
   int error = 0;
 };
+
+// Who has it, taking nothing: free means that nobody has it at this moment.
+LockAnswer lookAtLock();
 
 // Takes the lock if nobody has it.
 LockAnswer tryLock();

@@ -21,6 +21,10 @@ std::vector<Command> kernelCommands();     // kernel
 std::vector<Command> stateCommands();      // state
 std::vector<Command> dhcpCommands();       // dhcp
 std::vector<Command> dumpCommands();       // dump
+std::vector<Command> controlCommands();    // clock, reboot, poweroff
+std::vector<Command> resetCommands();      // factory-reset
+std::vector<Command> stateModeCommands();  // configuration-mode, debug-mode, notifications
+std::vector<Command> lockCommands();       // lock
 std::vector<Command> explainCommands();    // explain
 
 }  // namespace ctl

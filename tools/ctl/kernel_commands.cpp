@@ -5,6 +5,7 @@
 #include "kestrove/kestrove.h"
 #include "tools/common/program.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/kernel_tables.h"
 #include "tools/ctl/reading.h"
 
 namespace ctl {
@@ -143,10 +144,9 @@ bool differs(const Json& rows) {
 
 void show(const Session& session) {
   const Json result = gather(session, [] {
-    return Json{{"addresses", addresses()},
-                {"routes", routes()},
-                {"routes6", routes6()},
-                {"rules", kernelFacts("/sbin/ip -json rule show")}};
+    Json tables = kernelTables();
+    tables["rules"] = kernelFacts("/sbin/ip -json rule show");
+    return tables;
   });
   session.show(result);
   for (const char* table : {"addresses", "routes", "routes6"}) {
@@ -155,6 +155,8 @@ void show(const Session& session) {
 }
 
 }  // namespace
+
+Json kernelTables() { return {{"addresses", addresses()}, {"routes", routes()}, {"routes6", routes6()}}; }
 
 std::vector<Command> kernelCommands() {
   return {
