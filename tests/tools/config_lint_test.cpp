@@ -32,6 +32,7 @@ TEST(ConfigLint, ItsKeywordsAreTheReaders) {
     EXPECT_EQ(readers[i].name, own[i].name);
     EXPECT_EQ(formOf(readers[i].kind), own[i].form) << own[i].name;
     EXPECT_EQ(readers[i].limit, own[i].limit) << own[i].name;
+    EXPECT_EQ(i < writtenKeywords().size(), own[i].saved) << own[i].name;
   }
 }
 

@@ -23,6 +23,7 @@ constexpr auto kSwitch = ConfigForm::kSwitch;
 constexpr auto kText = ConfigForm::kText;
 constexpr auto kAddress = ConfigForm::kAddress;
 constexpr auto kRow = ConfigForm::kRow;
+constexpr bool kNeverSaved = false;
 
 constexpr ConfigKeyword kKeywords[] = {
     {"LAN_NAME", kText, 14, ""},
@@ -68,32 +69,32 @@ constexpr ConfigKeyword kKeywords[] = {
     {"SELEC_ACCEL", kRow, 0, "amamnnnnnnwnns"},
     {"SELEC_ACCEL_V6", kRow, 0, "6n6nnnnnnnwnns"},
     {"SELEC_ACCEL_ANY", kRow, 0, "nnnnnnwnns"},
-    {"PHYSICAL_LAN_NAME", kText, 14, ""},
-    {"REAL_LAN_NAME", kText, 14, ""},
-    {"LAN_BUF", kNumber, 0, ""},
-    {"LAN_RBUF", kNumber, 0, ""},
-    {"LAN_CONGESTION", kNumber, 0, ""},
-    {"LAN_CC", kRow, 0, ""},
-    {"CIFS", kSwitch, 0, ""},
-    {"WEB_CACHE", kSwitch, 0, ""},
-    {"DNS_ADDR", kAddress, 0, ""},
-    {"DDUP", kRow, 0, ""},
-    {"DDUP_OPTIONS", kText, 256, ""},
-    {"PHYSICAL_WAN_NAME", kText, 14, ""},
-    {"INTERNET_BUF", kNumber, 0, ""},
-    {"INTERNET_RBUF", kNumber, 0, ""},
-    {"INTERNET_DELAY", kNumber, 0, ""},
-    {"BRIDGING", kSwitch, 0, ""},
-    {"ADMIN_USERNAME", kText, 30, ""},
-    {"ADMIN_PASSWORD", kText, 30, ""},
-    {"KESTROVE_VERSION", kText, 63, ""},
-    {"DRELM_VERSION", kText, 63, ""},
-    {"SYS_DESCRIPTION", kText, 256, ""},
-    {"PRODUCT_ID", kRow, 0, "n"},
-    {"GLOBAL_CONGESTION_CONTROL", kNumber, 0, ""},
-    {"BRIDGE_ADDR", kAddress, 0, ""},
-    {"MANAGEMENT_NAME", kText, 14, ""},
-    {"KESTROVE_CONFIG", kText, 127, ""},
+    {"PHYSICAL_LAN_NAME", kText, 14, "", kNeverSaved},
+    {"REAL_LAN_NAME", kText, 14, "", kNeverSaved},
+    {"LAN_BUF", kNumber, 0, "", kNeverSaved},
+    {"LAN_RBUF", kNumber, 0, "", kNeverSaved},
+    {"LAN_CONGESTION", kNumber, 0, "", kNeverSaved},
+    {"LAN_CC", kRow, 0, "", kNeverSaved},
+    {"CIFS", kSwitch, 0, "", kNeverSaved},
+    {"WEB_CACHE", kSwitch, 0, "", kNeverSaved},
+    {"DNS_ADDR", kAddress, 0, "", kNeverSaved},
+    {"DDUP", kRow, 0, "", kNeverSaved},
+    {"DDUP_OPTIONS", kText, 256, "", kNeverSaved},
+    {"PHYSICAL_WAN_NAME", kText, 14, "", kNeverSaved},
+    {"INTERNET_BUF", kNumber, 0, "", kNeverSaved},
+    {"INTERNET_RBUF", kNumber, 0, "", kNeverSaved},
+    {"INTERNET_DELAY", kNumber, 0, "", kNeverSaved},
+    {"BRIDGING", kSwitch, 0, "", kNeverSaved},
+    {"ADMIN_USERNAME", kText, 30, "", kNeverSaved},
+    {"ADMIN_PASSWORD", kText, 30, "", kNeverSaved},
+    {"KESTROVE_VERSION", kText, 63, "", kNeverSaved},
+    {"DRELM_VERSION", kText, 63, "", kNeverSaved},
+    {"SYS_DESCRIPTION", kText, 256, "", kNeverSaved},
+    {"PRODUCT_ID", kRow, 0, "n", kNeverSaved},
+    {"GLOBAL_CONGESTION_CONTROL", kNumber, 0, "", kNeverSaved},
+    {"BRIDGE_ADDR", kAddress, 0, "", kNeverSaved},
+    {"MANAGEMENT_NAME", kText, 14, "", kNeverSaved},
+    {"KESTROVE_CONFIG", kText, 127, "", kNeverSaved},
 };
 
 // Keywords whose rows share a table, and how many it takes.
@@ -266,6 +267,8 @@ class Inspector {
 }  // namespace
 
 std::span<const ConfigKeyword> configKeywords() { return kKeywords; }
+
+const ConfigKeyword* findConfigKeyword(std::string_view name) { return find(name); }
 
 ConfigReport inspectConfig(const std::string& path) {
   errno = 0;

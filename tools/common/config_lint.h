@@ -19,10 +19,13 @@ struct ConfigKeyword {
   ConfigForm form;
   uint16_t limit;       // longest text; 0 for other forms
   const char* columns;  // of a row: a address, m netmask, 6 IPv6 address, n number, s status, w word, u user name
+  bool saved = true;    // a save of the store writes its lines
 };
 
 // Every keyword that the reader knows, in the order of its own table.
 std::span<const ConfigKeyword> configKeywords();
+// Null for a word that is none.
+const ConfigKeyword* findConfigKeyword(std::string_view name);
 
 struct ConfigFault {
   int line;

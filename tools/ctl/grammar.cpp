@@ -15,10 +15,11 @@ std::vector<std::string> wordsOf(const std::string& text) {
 const std::vector<Command>& grammar() {
   static const std::vector<Command> rows = [] {
     std::vector<Command> all;
-    for (auto commands : {storeCommands,   loadCommands,   itemCommands,      ruleCommands,      userCommands,
-                          eventCommands,   statsCommands,  engineCommands,    interfaceCommands, addressCommands,
-                          routeCommands,   kernelCommands, stateCommands,     dhcpCommands,      dumpCommands,
-                          controlCommands, resetCommands,  stateModeCommands, lockCommands,      explainCommands}) {
+    for (auto commands :
+         {storeCommands, loadCommands,    itemCommands,      ruleCommands,    userCommands,  eventCommands,
+          statsCommands, engineCommands,  interfaceCommands, addressCommands, routeCommands, kernelCommands,
+          stateCommands, dhcpCommands,    dumpCommands,      controlCommands, resetCommands, stateModeCommands,
+          lockCommands,  explainCommands, lintCommands}) {
       for (Command& row : commands()) all.push_back(std::move(row));
     }
     return all;

@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // load.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 
 #include "kestrove/kestrove.h"
@@ -11,6 +7,7 @@
 #include "tools/common/hold.h"
 #include "tools/common/loading_note.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/plain_file.h"
 #include "tools/ctl/tables_back.h"
 
 namespace ctl {
@@ -20,23 +17,9 @@ constexpr char kNothingElse[] =
     "nothing is saved, and nothing is applied to the kernel or told to the engine; kestrovectl save writes it to the "
     "configuration file";
 
-std::string kindOf(mode_t mode) {
-  if (S_ISDIR(mode)) return "a folder";
-  if (S_ISFIFO(mode)) return "a pipe";
-  if (S_ISCHR(mode) || S_ISBLK(mode)) return "a device";
-  return "no plain file";
-}
-
-// Looked at without opening what would wait or act.
-void requirePlainFile(const std::string& path) {
-  struct stat facts;
-  if (stat(path.c_str(), &facts) != 0) throw systemRefusal(path, errno);
-  if (!S_ISREG(facts.st_mode)) throw Refusal(kSystem, path + ": " + kindOf(facts.st_mode) + ", no configuration file");
-}
-
 // A file that says nothing would only look as if it had been loaded.
 tools::ConfigReport requireConfiguration(const std::string& path) {
-  requirePlainFile(path);
+  requirePlainFile(path, "configuration file");
   tools::ConfigReport report = tools::inspectConfig(path);
   if (report.error != 0) throw systemRefusal(path, report.error);
   if (report.known == 0) throw Refusal(kSystem, path + ": no line with a known keyword, no configuration file");
