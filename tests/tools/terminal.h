@@ -49,8 +49,8 @@ class Terminal {
   Terminal& operator=(const Terminal&) = delete;
 
   // Waits until the program has said it.
-  bool says(const std::string& text) {
-    for (int i = 0; i < 500 && heard_.find(text, seen_) == std::string::npos; ++i) hear(20);
+  bool says(const std::string& text, int looks = 500) {
+    for (int i = 0; i < looks && heard_.find(text, seen_) == std::string::npos; ++i) hear(20);
     const size_t at = heard_.find(text, seen_);
     if (at == std::string::npos) return false;
     seen_ = at + text.size();

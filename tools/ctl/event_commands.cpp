@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // events.
-#include <unistd.h>
-
 #include <cerrno>
 #include <optional>
 
@@ -9,12 +7,10 @@
 #include "tools/common/hold.h"
 #include "tools/ctl/commands.h"
 #include "tools/ctl/event_rows.h"
+#include "tools/ctl/watch/event_follower.h"
 
 namespace ctl {
 namespace {
-
-constexpr useconds_t kPause = 200000;
-constexpr int kLooksASecond = 5;
 
 void requireHold(const tools::Hold& hold) {
   if (!hold) throw refusal("the store cannot be locked");
@@ -40,53 +36,17 @@ void list(const Session& session) {
   session.print(lines);
 }
 
-// The log between two looks: the newest events are the last of the count.
-class Follower {
- public:
-  explicit Follower(const Session& session) : session_(session) {
-    awaitLock(session);
-    tools::Hold hold;
-    requireHold(hold);
-    seen_ = written();
-  }
-
-  void look() {
-    std::string news;
-    {
-      awaitLock(session_);
-      tools::Hold hold;
-      requireHold(hold);
-      const uint32_t now = written();
-      for (; seen_ != now; seen_ = (seen_ + 1) % SHM_EVENTS) {
-        const uint32_t behind = (now + SHM_EVENTS - seen_) % SHM_EVENTS;
-        const uint32_t count = eventCount();
-        if (behind > count) continue;
-        news += (session_.json ? jsonText(eventRow(count - behind), -1) : eventLine(count - behind)) + "\n";
-      }
-    }
-    if (!news.empty()) session_.print(news);
-  }
-
- private:
-  static uint32_t written() { return shm->eventLog.writeIndex % SHM_EVENTS; }
-
-  const Session& session_;
-  uint32_t seen_ = 0;
-};
-
 struct FollowLine {
+  bool follow = false;
   std::optional<int> seconds;
 };
 
-// Prints the events that come from now on, up to the given number of seconds (0, or none: until stopped).
-void follow(const Session& session, const FollowLine& line) {
-  const int seconds = line.seconds.value_or(0);
-  requireStore(session);
-  Follower follower(session);
-  for (int waited = 0; seconds == 0 || waited < seconds * kLooksASecond; ++waited) {
-    follower.look();
-    usleep(kPause);
-  }
+void follow(const Session& session, const FollowLine& line) { followEvents(session, line.seconds.value_or(0)); }
+
+void listOrFollow(const Session& session, const FollowLine& line) {
+  if (line.follow) return follow(session, line);
+  if (line.seconds) throw Refusal(kUsage, "--seconds goes with --follow");
+  list(session);
 }
 
 void clear(const Session& session) {
@@ -103,10 +63,13 @@ void clear(const Session& session) {
 }  // namespace
 
 std::vector<Command> eventCommands() {
-  return {command("events", "The event log", list), command("events list", "All events, oldest first", list),
-          command("events follow", "New events as they come", follow,
-                  {option("--seconds", &FollowLine::seconds, takes::number(0, INT_MAX).in("seconds"),
-                          "Stop after this time")}),
+  const std::vector<Argument<FollowLine>> seconds = {option(
+      "--seconds", &FollowLine::seconds, takes::number(0, INT_MAX).in("seconds"), "Stop after this time; 0 is never")};
+  const std::vector<Argument<FollowLine>> following = {
+      flag("--follow", &FollowLine::follow, "New events as they come, until Ctrl-C")};
+  return {command("events", "The event log", listOrFollow, following + seconds),
+          command("events list", "All events, oldest first", listOrFollow, following + seconds),
+          command("events follow", "New events as they come", follow, seconds),
           changing("events clear", "Empty the log", clear)};
 }
 

@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <ctime>
 #include <fstream>
 #include <sstream>
 
 #include "tools/common/lock_wait.h"
 #include "tools/common/plain_text.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/watch/stop.h"
 
 namespace ctl {
 namespace {
@@ -22,12 +22,6 @@ constexpr useconds_t kPause = 10000;
 struct LockLine {
   double seconds = 0.2;
 };
-
-double now() {
-  struct timespec time = {};
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
 
 // Two digits behind the point.
 Json rounded(double seconds) { return std::round(seconds * 100) / 100; }
@@ -51,10 +45,10 @@ struct Watched {
 };
 
 Watched watch(tools::LockHolder holder, double seconds) {
-  const double start = now();
+  const double start = steadySeconds();
   for (;;) {
     const tools::LockAnswer answer = look();
-    const double passed = now() - start;
+    const double passed = steadySeconds() - start;
     if (!sameHolder(answer, holder.pid)) return {holder, passed, true};
     holder = answer.holder;
     if (passed >= seconds) return {holder, passed, false};
