@@ -59,6 +59,10 @@ class Terminal {
   void type(const std::string& text) {
     EXPECT_EQ(static_cast<ssize_t>(text.size()), write(side_, text.data(), text.size()));
   }
+  void resize(unsigned short lines, unsigned short columns) {
+    const struct winsize size = {lines, columns, 0, 0};
+    EXPECT_EQ(0, ioctl(side_, TIOCSWINSZ, &size));
+  }
   bool echoes() const {
     struct termios settings;
     return tcgetattr(side_, &settings) == 0 && (settings.c_lflag & ECHO) != 0;

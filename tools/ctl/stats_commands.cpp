@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // stats.
 #include <cerrno>
+#include <optional>
 
 #include "kestrove/kestrove.h"
 #include "tools/ctl/commands.h"
 #include "tools/ctl/reading.h"
 #include "tools/ctl/rows.h"
+#include "tools/ctl/watch/stats_watch.h"
 
 namespace ctl {
 namespace {
@@ -24,6 +26,23 @@ Json facts() {
       Json::array({interfaceCounterRow("LAN", counters[0]), interfaceCounterRow("WAN", counters[1])});
   result["qos"] = qosTable(qos);
   return result;
+}
+
+struct StatsLine {
+  bool watch = false;
+  std::optional<double> seconds;
+  std::optional<int> samples;
+};
+
+void showOrWatch(const Session& session, const StatsLine& line) {
+  constexpr double kShortest = 0.1;
+  if (!line.watch && (line.seconds || line.samples)) throw Refusal(kUsage, "SECONDS and --samples go with --watch");
+  if (!line.watch) return showRead(session, facts);
+  WatchLine watch;
+  watch.seconds = line.seconds.value_or(watch.seconds);
+  watch.samples = line.samples.value_or(watch.samples);
+  if (watch.seconds < kShortest) throw Refusal(kUsage, "SECONDS: at least 0.1");
+  watchStats(session, watch);
 }
 
 enum Which : int { kAll, kOptimization, kCompression, kFilter };
@@ -61,7 +80,11 @@ void reset(const Session& session, const ResetLine& line) {
 }  // namespace
 
 std::vector<Command> statsCommands() {
-  return {command("stats", "Counters of the engine and the interfaces", showing<facts>),
+  return {command("stats", "Counters of the engine and the interfaces", showOrWatch,
+                  {option("SECONDS", &StatsLine::seconds, takes::seconds(0, 86400),
+                          "With --watch: between two samples; 1 when absent, at least 0.1"),
+                   flag("--watch", &StatsLine::watch, "Rates instead, as they change, until Ctrl-C"),
+                   option("--samples", &StatsLine::samples, takes::number(1, INT_MAX), "Stop after so many samples")}),
           changing("stats reset", "Start the counters anew", reset,
                    {option("WHICH", &ResetLine::which, takes::word(kWhich), "Which of them")})};
 }

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ctl/watch/event_follower.h"
 
-#include <sys/shm.h>
-
 #include <cstddef>
 #include <cstring>
 #include <optional>
@@ -18,8 +16,6 @@ namespace {
 
 constexpr double kPause = 0.2;
 constexpr size_t kHeader = offsetof(EventLog, record);
-
-int presentSegment() { return shmget(SHM_KEY, 1, 0); }
 
 void takeLock(const Session& session, std::optional<tools::Hold>& hold) {
   awaitLock(session);
@@ -39,8 +35,7 @@ void tellGaps(const EventNews& news) {
 
 }  // namespace
 
-EventFollower::EventFollower(const Session& session)
-    : session_(session), segment_(presentSegment()), seen_(std::make_unique<EventLog>()) {
+EventFollower::EventFollower(const Session& session) : session_(session), seen_(std::make_unique<EventLog>()) {
   std::optional<tools::Hold> hold;
   takeLock(session, hold);
   memcpy(seen_.get(), &shm->eventLog, sizeof *seen_);
@@ -68,7 +63,7 @@ std::string EventFollower::takeNews() {
 }
 
 void EventFollower::look() {
-  if (presentSegment() != segment_) throw Refusal(kNoStore, "the store is gone or was built anew", SHM_EATTACH);
+  store_.require();
   if (!changed()) return;
   const std::string lines = takeNews();
   if (!lines.empty()) session_.print(lines);

@@ -6,6 +6,7 @@
 
 #include "kestrove/layout.h"
 #include "tools/ctl/session.h"
+#include "tools/ctl/watch/same_store.h"
 
 namespace ctl {
 
@@ -23,7 +24,7 @@ class EventFollower {
   std::string takeNews();
 
   const Session& session_;
-  int segment_;
+  SameStore store_;
   std::unique_ptr<EventLog> seen_;
 };
 
