@@ -5,6 +5,7 @@
 #include <span>
 #include <unordered_map>
 
+#include "tools/common/plain_text.h"
 #include "tools/ctl/settings/sequence.h"
 
 namespace ctl {
@@ -83,7 +84,9 @@ class Unified {
     heading_ = name;
     text_ += painted("\x1b[36m", "@@ " + name + " @@") + "\n";
   }
-  void line(char mark, const char* colour, const std::string& text) { text_ += painted(colour, mark + text) + "\n"; }
+  void line(char mark, const char* colour, const std::string& text) {
+    text_ += painted(colour, mark + tools::escaped(text)) + "\n";
+  }
   std::string painted(const char* colour, const std::string& text) const {
     return colours_ ? colour + text + "\x1b[0m" : text;
   }

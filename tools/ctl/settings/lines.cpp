@@ -131,7 +131,7 @@ class Lines {
     uint32_t at = table.head;
     for (size_t step = 0; step < SHM_ROUTES && at < SHM_ROUTES && table.slot[at].inUse == 1; ++step) {
       const RouteEntry& route = table.slot[at];
-      const std::string destination = addressText(route.destination) + "/" + maskText(route.netmask);
+      const std::string destination = keyOf(route);
       add("routes", destination,
           "route add " + destination + " " + addressText(route.gateway) + disabledText(route.status));
       at = route.next;
@@ -143,7 +143,7 @@ class Lines {
     uint32_t at = table.head6;
     for (size_t step = 0; step < SHM_ROUTES6 && at < SHM_ROUTES6 && table.slot[at].inUse == 1; ++step) {
       const Route6Entry& route = table.slot[at];
-      const std::string destination = address6Text(route.destination) + "/" + std::to_string(route.prefixLength);
+      const std::string destination = keyOf(route);
       add("routes6", destination,
           "route6 add " + destination + " " + address6Text(route.gateway) + disabledText(route.status));
       at = route.next;
@@ -244,6 +244,12 @@ class RuleText {
 };
 
 }  // namespace
+
+std::string keyOf(const RouteEntry& route) { return addressText(route.destination) + "/" + maskText(route.netmask); }
+
+std::string keyOf(const Route6Entry& route) {
+  return address6Text(route.destination) + "/" + std::to_string(route.prefixLength);
+}
 
 std::string ruleLine(const FilterRule& rule) { return RuleText(rule).line(); }
 

@@ -28,6 +28,9 @@ inline constexpr const char* kSections[] = {"items",     "interfaces", "users", 
 std::vector<SettingLine> settingLines(const ShmData& store);
 // "rule add last --from 10.0.0.0/8 --kbps 512": all that a rule is but its place.
 std::string ruleLine(const FilterRule& rule);
+// The keys of routes.
+std::string keyOf(const RouteEntry& route);
+std::string keyOf(const Route6Entry& route);
 
 // The inverse: an otherwise empty store with these settings, or that store with its settings replaced by these. Throws
 // kUsage for a line that settingLines() does not write.
