@@ -44,8 +44,14 @@ bool appendPasswordLine(const std::string& line) {
   return written;
 }
 
+// The library finds a user by the password line: one that has none gets a locked one, to go with it.
+int removeAccount(const std::string& name) {
+  if (passwordLine(name).empty() && !getpwnam(name.c_str())) appendPasswordLine(name + ":!:65534:65534::/:/bin/false");
+  return removeUser(name.c_str()) == 1 ? 0 : -1;
+}
+
 void remove(Carrying& carrying, const SettingChange& change) {
-  carrying.attempt(change, [&change] { return removeUser(change.key.c_str()) == 1 ? 0 : -1; });
+  carrying.attempt(change, [&change] { return removeAccount(change.key); });
 }
 
 // The password of a user that changes stays, that of one that comes back is what the caller has kept.
@@ -65,7 +71,7 @@ void add(Carrying& carrying, const SettingChange& change, const std::string& lin
 
 void changeRights(Carrying& carrying, const SettingChange& change) {
   const std::string line = passwordLine(change.key);
-  if (removeUser(change.key.c_str()) != 1) return carrying.cannot(change, reasonText());
+  if (removeAccount(change.key) != 0) return carrying.cannot(change, reasonText());
   add(carrying, change, line);
 }
 
