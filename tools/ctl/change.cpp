@@ -20,8 +20,10 @@ bool mayBeLost(uint32_t code) { return code == SHM_ESYSTEM || code == SHM_EIO; }
 
 Change::Change(const Session& session) : session_(session) {
   if (!session.changes) throw Refusal(kSystem, "a command that says it only reads was about to change the store");
+  recording_.emplace(session);
   awaitLock(session);
   if (!hold_.emplace()) throw refusal("the store cannot be locked");
+  recording_->begin();
   shm_errno = SHM_OK;
   errno = 0;
 }
@@ -68,17 +70,27 @@ Json Change::resultJson(Json result, const std::string& stored) const {
   return result;
 }
 
+Recorded Change::giveBack() {
+  const Recorded recorded = recording_->finish();
+  hold_.reset();
+  recording_.reset();
+  return recorded;
+}
+
 // What is not saved is told first: the output may fail.
 void Change::tell(const Json& result, const std::string& text) {
   const std::string stored = notSaved();
-  hold_.reset();
+  const Recorded recorded = giveBack();
   if (!session_.json && !lost_.empty()) warn(lost_);
+  if (!session_.json) recorded.warn();
   if (session_.json) {
-    session_.show(resultJson(result, stored));
+    Json whole = resultJson(result, stored);
+    recorded.addTo(whole);
+    session_.show(whole);
   } else {
-    session_.print(text + (stored.empty() ? "" : "stored, not saved: " + stored + "\n"));
+    session_.print(text + (stored.empty() ? "" : "stored, not saved: " + stored + "\n") + recorded.text());
   }
-  if (!lost_.empty()) throw Refusal(kNotSaved, "");
+  if (!lost_.empty() || !recorded.missing.empty()) throw Refusal(kNotSaved, "");
 }
 
 void Change::show(const Json& result) { tell(result, session_.json ? "" : render(result)); }

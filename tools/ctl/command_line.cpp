@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <memory>
 
+#include "tools/ctl/history/changing.h"
+
 namespace ctl {
 namespace {
 
@@ -88,6 +90,7 @@ void addRow(CLI::App& place, const Session& session, const Command& row) {
   place.callback([&place, &session, &row, given, rest] {
     if (!place.get_subcommands().empty()) return;
     if (rest) given->back() = place.remaining();
+    refuseKeeping(session, row);
     runRow(session, row, *given);
   });
 }

@@ -28,5 +28,7 @@ std::vector<Command> resetCommands();      // factory-reset
 std::vector<Command> stateModeCommands();  // configuration-mode, debug-mode, notifications
 std::vector<Command> lockCommands();       // lock
 std::vector<Command> explainCommands();    // explain
+std::vector<Command> historyCommands();    // history, rollback
+std::vector<Command> confirmCommands();    // confirm
 
 }  // namespace ctl

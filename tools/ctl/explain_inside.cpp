@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 
@@ -98,6 +99,7 @@ void explainInside(const Session& session, const std::string& imagePath, const s
   memcpy(segment, image.data(), image.size());  // coming up has changed it
   std::vector<std::string> line = {tools::ownFolder() + "/kestrovectl"};
   line.insert(line.end(), command.begin(), command.end());
+  setenv("KESTROVE_HOME", "", 1);  // a copy has no history
   const Trace trace = traceProgram(line);
   const auto* before = reinterpret_cast<const ShmData*>(image.data());
   session.print(jsonText(traceJson(trace, *before, *static_cast<const ShmData*>(segment)), -1));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // kestrovectl: the appliance's store from the command line.
+#include <algorithm>
 #include <cstdlib>
 #include <deque>
 #include <memory>
@@ -22,7 +23,9 @@ constexpr char kExitCodes[] =
     "  5  a file, a program or standard output failed\n"
     "  6  another process held the store's lock longer than --wait\n"
     "  7  not permitted\n"
-    "  8  applied, but not saved\n"
+    "  8  applied, but not saved, or without a revision\n"
+    "  9  partly applied\n"
+    " 10  not confirmed in time, and taken back\n"
     "explain ends with the status of the command that it explains.";
 
 void tell(const std::string& message) { fprintf(stderr, "kestrovectl: %s\n", tools::escaped(message).c_str()); }
@@ -125,5 +128,6 @@ int main(int argc, char** argv) {
   ctl::Session session;
   session.out = tools::takeStandardOutput();
   if (const char* user = getenv("USER")) session.user = user;
+  session.words.assign(argv + std::min(argc, 1), argv + argc);
   return runSafely(session, argc, argv);
 }

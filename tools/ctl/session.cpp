@@ -13,6 +13,7 @@
 #include "tools/common/lock_wait.h"
 #include "tools/common/plain_text.h"
 #include "tools/common/standard_output.h"
+#include "tools/ctl/history/finish.h"
 #include "tools/ctl/render.h"
 
 namespace ctl {
@@ -107,7 +108,7 @@ void awaitLock(const Session& session) {
   }
 }
 
-void requireStore(const Session& session) {
+void attachStore(const Session& session) {
   requireSegment();
   awaitLock(session);
   shm_errno = SHM_OK;
@@ -120,6 +121,11 @@ void requireStore(const Session& session) {
   std::string note = tools::repairAbandonedLoad();
   kestrove_release();
   if (!note.empty()) warn(note);
+}
+
+void requireStore(const Session& session) {
+  attachStore(session);
+  finishAbandoned(session);
 }
 
 std::string addressText(uint32_t address) { return ipv4_to_a(address); }

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -23,7 +24,9 @@ enum Exit : int {
   kSystem = 5,        // a file, a program or standard output failed outside the library
   kLocked = 6,        // another process held the lock for too long
   kNotPermitted = 7,  // the lock file, the segment or a file belongs to others
-  kNotSaved = 8       // the change was made, and the file does not have it
+  kNotSaved = 8,      // the change was made, and the file or the history does not have it
+  kPartly = 9,        // of several changes some were made and some refused
+  kUnconfirmed = 10   // nobody confirmed the change in time: it is taken back
 };
 
 // Ends a command: main prints it and exits with its status.
@@ -56,8 +59,13 @@ struct Session {
   double waitSeconds = 10;          // for the store's lock
   const char* readsOnly = nullptr;  // why this session may change nothing; null where it may
   bool changes = true;              // whether the command that runs is one that does
+  std::string comment;              // of the revision that a change makes
+  double confirmMinutes = -1;       // after which an unconfirmed change goes back; negative: it stays
+  std::vector<std::string> words;   // of the command, as they were given
+  std::string loggedIn;             // who logged in to this session; empty: the user of the system
   FILE* out = stdout;               // the command's own output: the library's prints are turned to standard error
 
+  bool toBeConfirmed() const { return confirmMinutes > 0; }
   const char* userName() const { return user.c_str(); }
 
   // Prints as it stands. Throws kSystem when standard output cannot be written.
@@ -79,6 +87,9 @@ void warn(const std::string& text);
 
 // Attaches the store, waiting for its lock as long as the session says; throws kNoStore, kLocked or kNotPermitted. Puts
 // back the state that a loader left behind when it died.
+void attachStore(const Session& session);
+
+// The same for a command: ends, too, what the journal holds of a change that was interrupted or not confirmed.
 void requireStore(const Session& session);
 
 // Waits for the lock as long as the session says: for the next call of the library, which then finds it free.

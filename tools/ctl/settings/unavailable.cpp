@@ -1,13 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What diff compares with and this build does not have.
-#include "tools/ctl/settings/revision.h"
 #include "tools/ctl/settings/script_image.h"
 
 namespace ctl {
-
-std::vector<SettingLine> revisionLines(int revision) {
-  throw Refusal(kRefused, "rev:" + std::to_string(revision) + ": this build keeps no history");
-}
 
 Image scriptImage(const Session&, const std::string& path) {
   throw Refusal(kRefused, path + ": this build reads no scripts");
