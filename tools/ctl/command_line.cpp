@@ -70,6 +70,7 @@ bool namesFile(const Command& row, const Given& given) {
 }
 
 void runRow(const Session& session, const Command& row, const Given& given) {
+  refuseKeeping(session, row);
   Session own = session;
   own.changes = row.changes;
   if (session.readsOnly && (row.changes || row.secret || row.hidden || namesFile(row, given))) {
@@ -90,7 +91,6 @@ void addRow(CLI::App& place, const Session& session, const Command& row) {
   place.callback([&place, &session, &row, given, rest] {
     if (!place.get_subcommands().empty()) return;
     if (rest) given->back() = place.remaining();
-    refuseKeeping(session, row);
     runRow(session, row, *given);
   });
 }

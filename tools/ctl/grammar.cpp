@@ -20,23 +20,29 @@ const std::vector<Command>& grammar() {
           statsCommands, engineCommands,  interfaceCommands, addressCommands, routeCommands,   kernelCommands,
           stateCommands, dhcpCommands,    dumpCommands,      controlCommands, resetCommands,   stateModeCommands,
           lockCommands,  explainCommands, lintCommands,      diffCommands,    historyCommands, confirmCommands}) {
+      for (Command& row : commands()) all.push_back(std::move(row));
     }
+    return all;
+  }();
+  return rows;
+}
 
-    const std::vector<Argument<Session>>& sharedOptions() {
-      static const std::vector<Argument<Session>> options = [] {
-        std::vector<Argument<Session>> all = {
-            flag("--json", &Session::json, "Print JSON, errors included"),
-            argument("--source", &Session::source, takes::number(0, 8),
-                     "Number of the front end that events name (0 System, 3 Serial, 4 SSH ...)"),
-            argument("--user", &Session::user, takes::text(), "Name that events carry (default: $USER)"),
-            option("--wait", &Session::waitSeconds, takes::seconds(0, 86400),
-                   "How long to wait for a store that another process has locked"),
-            argument("--comment", &Session::comment, takes::text(), "Of a change: a text for its revision"),
-            argument("--confirm", &Session::confirmMinutes, takes::seconds(0, 1440).in("minutes"),
-                     "Of a change: takes it back after that time unless kestrovectl confirm keeps it")};
-        all[1].lastWins = all[2].lastWins = true;
-        return all;
-      }();
-      return options;
-    }
-  }  // namespace ctl
+const std::vector<Argument<Session>>& sharedOptions() {
+  static const std::vector<Argument<Session>> options = [] {
+    std::vector<Argument<Session>> all = {
+        flag("--json", &Session::json, "Print JSON, errors included"),
+        argument("--source", &Session::source, takes::number(0, 8),
+                 "Number of the front end that events name (0 System, 3 Serial, 4 SSH ...)"),
+        argument("--user", &Session::user, takes::text(), "Name that events carry (default: $USER)"),
+        option("--wait", &Session::waitSeconds, takes::seconds(0, 86400),
+               "How long to wait for a store that another process has locked"),
+        argument("--comment", &Session::comment, takes::text(), "Of a change: a text for its revision"),
+        argument("--confirm", &Session::confirmMinutes, takes::seconds(0, 1440).in("minutes"),
+                 "Of a change: takes it back after that time unless kestrovectl confirm keeps it")};
+    all[1].lastWins = all[2].lastWins = true;
+    return all;
+  }();
+  return options;
+}
+
+}  // namespace ctl
