@@ -27,6 +27,15 @@ void tell(const std::string& sentence) {
   warn(sentence);
 }
 
+template <typename Step>
+void tolerate(Step step) {
+  try {
+    step();
+  } catch (const Refusal& refusal) {
+    tell(refusal.what());
+  }
+}
+
 // In the name of who made the change.
 Session actingFor(const Session& session, const Entry& entry) {
   Session acting = session;
@@ -90,15 +99,16 @@ void carryOutEntry(const Session& acting, const Home& home, const Entry& entry) 
 
 }  // namespace
 
+// On a full disk the journal stays as it is: then the same is done once more, which changes nothing.
 void finishEntry(const Session& session, const Home& home, Entry entry) {
   const Journal journal(home);
   entry.interrupted = entry.stage != Stage::kWaiting;
   if (!goesForward(entry) && entry.stage != Stage::kBack) {
     entry.stage = Stage::kBack;
-    journal.write(entry);
+    tolerate([&] { journal.write(entry); });
   }
   carryOutEntry(actingFor(session, entry), home, entry);
-  if (!goesForward(entry)) journal.remember(entry.id, "taken back");
+  if (!goesForward(entry)) tolerate([&] { journal.remember(entry.id, "taken back"); });
   journal.remove();
   tell(sentenceOf(entry));
 }

@@ -43,7 +43,8 @@ constexpr char kFirst[] = "the settings that kestrovectl found";
 
 std::string fingerprintOf(const ShmData& store) {
   Mixer mixer;
-  mixer.take(&store.config, offsetof(ShmData, filterTable) - offsetof(ShmData, config));
+  const char* bytes = reinterpret_cast<const char*>(&store);
+  mixer.take(bytes + offsetof(ShmData, config), offsetof(ShmData, filterTable) - offsetof(ShmData, config));
   mixer.take(&store.filterTable.ruleCount, sizeof store.filterTable.ruleCount);
   mixer.take(store.filterTable.rule, rulesInUse(store.filterTable) * sizeof(FilterRule));
   mixer.take(store.ddupStartupOptions, sizeof store.ddupStartupOptions);

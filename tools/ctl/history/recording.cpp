@@ -36,6 +36,11 @@ std::string minutesText(double seconds) {
   return text;
 }
 
+std::string sentenceOf(const Pending& pending) {
+  return "to be confirmed within " + minutesText(pending.secondsLeft) +
+         " (kestrovectl confirm); otherwise the former settings come back";
+}
+
 }  // namespace
 
 void Recorded::addTo(Json& result) const {
@@ -45,11 +50,7 @@ void Recorded::addTo(Json& result) const {
   if (pending) result["confirm"] = {{"user", pending->user}, {"secondsLeft", pending->secondsLeft}};
 }
 
-std::string Recorded::text() const {
-  if (!pending) return {};
-  return "to be confirmed within " + minutesText(pending->secondsLeft) +
-         " (kestrovectl confirm); otherwise the former settings come back\n";
-}
+std::string Recorded::text() const { return pending ? sentenceOf(*pending) + "\n" : ""; }
 
 void Recorded::warn() const {
   if (!missing.empty()) ctl::warn("applied, without a revision: " + missing);
@@ -73,7 +74,7 @@ Recording::~Recording() {
     try {
       const Recorded recorded = finish();
       recorded.warn();
-      if (recorded.pending) ctl::warn(recorded.text());
+      if (recorded.pending) ctl::warn(sentenceOf(*recorded.pending));
     } catch (const Refusal& refusal) {
       ctl::warn(refusal.what());
     }
