@@ -106,6 +106,7 @@ void addCommand(CLI::App& app, const Session& session, const std::vector<Command
 
 void addSharedOptions(CLI::App& app, Session& session) {
   for (const Argument<Session>& argument : sharedOptions()) {
+    if (!session.loggedIn.empty() && argument.lastWins) continue;  // nobody else acts there
     addValue(app, argument, [&argument, &session](const std::string& word) { argument.put(session, word); });
   }
 }

@@ -8,6 +8,8 @@
 #include "tools/common/standard_output.h"
 #include "tools/common/version_text.h"
 #include "tools/ctl/command_line.h"
+#include "tools/ctl/shell/program.h"
+#include "tools/ctl/shell/shell.h"
 #include "tools/ctl/usage.h"
 
 namespace {
@@ -91,6 +93,7 @@ int run(ctl::Session& session, int argc, char** argv) {
   try {
     app.parse(argc, argv);
     if (!app.get_subcommands().empty()) return ctl::kDone;
+    if (const std::optional<int> status = ctl::shellWithoutCommand(session)) return *status;
     return reportUsage(app, session, "a command is needed (kestrovectl --help lists them)");
   } catch (const CLI::CallForHelp&) {
     session.print(ctl::helpOf(app));
@@ -125,5 +128,6 @@ int main(int argc, char** argv) {
   ctl::Session session;
   session.out = tools::takeStandardOutput();
   if (const char* user = getenv("USER")) session.user = user;
+  ctl::setProgram(runSafely);
   return runSafely(session, argc, argv);
 }

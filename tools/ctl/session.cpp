@@ -45,6 +45,11 @@ void requireSegment() {
   throw systemRefusal("the store", errno);
 }
 
+void tellWaiting() {
+  const tools::LockAnswer answer = tools::tryLock();
+  if (answer.state == tools::LockState::kHeld) warn("waiting for the store: locked by " + describe(answer.holder));
+}
+
 }  // namespace
 
 std::string reasonText() {
@@ -97,6 +102,7 @@ Json errorJson(Exit exit, const std::string& message, int code) {
 void warn(const std::string& text) { fprintf(stderr, "kestrovectl: %s\n", tools::escaped(text).c_str()); }
 
 void awaitLock(const Session& session) {
+  if (session.tellsWaiting && session.waitSeconds > 0) tellWaiting();
   const tools::LockAnswer answer = tools::waitForLock(session.waitSeconds);
   switch (answer.state) {
     case tools::LockState::kFree: return;

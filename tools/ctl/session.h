@@ -56,6 +56,8 @@ struct Session {
   double waitSeconds = 10;          // for the store's lock
   const char* readsOnly = nullptr;  // why this session may change nothing; null where it may
   bool changes = true;              // whether the command that runs is one that does
+  std::string loggedIn;             // who logged in at a console; empty for everybody else
+  bool tellsWaiting = false;        // a person waits: what for is said
   FILE* out = stdout;               // the command's own output: the library's prints are turned to standard error
 
   const char* userName() const { return user.c_str(); }
