@@ -27,6 +27,6 @@ std::vector<Command> resetCommands();      // factory-reset
 std::vector<Command> stateModeCommands();  // configuration-mode, debug-mode, notifications
 std::vector<Command> lockCommands();       // lock
 std::vector<Command> explainCommands();    // explain
-std::vector<Command> shellCommands();      // shell
+std::vector<Command> shellCommands();      // shell, completion
 
 }  // namespace ctl

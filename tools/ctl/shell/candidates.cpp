@@ -45,7 +45,8 @@ std::vector<Candidate> candidates(const Words& before, const std::string& begun,
   Gathering gathering(begun);
   gathering.addBelow(place);
   if (place.next && (files || place.next->type.completion != Completion::kFiles)) {
-    const ValuePlace at = {.type = place.next->type, .before = before, .begun = begun, .settable = place.row->changes};
+    const ValuePlace at = {
+        .type = place.next->type, .before = before, .begun = begun, .settable = place.row && place.row->changes};
     for (const std::string& word : knownValues(at)) gathering.add(word, place.next->help);
   }
   if (begun.starts_with("-") || gathering.empty()) gathering.addOptions(place);

@@ -124,11 +124,17 @@ int Shell::runWords(const std::string& line) {
   Filters filters(typed.filters(), [&screen](const std::string& one) { screen.line(one); });
   Session session = session_;
   session.json = session.json || filters.wantsJson();
-  return runCommand(session, words, filters, screen);
+  const int status = runCommand(session, words, filters, screen);
+  if (talks_ && status == 128 + SIGINT) session_.print("\n");  // behind the ^C that the terminal shows
+  return status;
 }
 
 int Shell::runCommand(const Session& session, const Words& words, Filters& filters, Screen& screen) const {
   if (filters.none() && (!talks_ || goesOn(words))) return inChild([&] { return runProgram(session, words); });
+  return filtered(session, words, filters, screen);
+}
+
+int Shell::filtered(const Session& session, const Words& words, Filters& filters, Screen& screen) const {
   const int status = inChild(
       [&](FILE* out) {
         Session own = session;

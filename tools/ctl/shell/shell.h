@@ -28,6 +28,8 @@ class Shell {
   int runWords(const std::string& line);
   int runCommand(const Session& session, const std::vector<std::string>& words, class Filters& filters,
                  class Screen& screen) const;
+  int filtered(const Session& session, const std::vector<std::string>& words, class Filters& filters,
+               class Screen& screen) const;
   bool refreshRights();
   void keep(const std::string& line, const std::vector<std::string>& words);
   std::string prompt() const;

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// shell.
+// shell, completion.
 #include <unistd.h>
 
 #include "kestrove/codes.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/shell/completion.h"
 #include "tools/ctl/shell/login.h"
 #include "tools/ctl/shell/program.h"
 #include "tools/ctl/shell/shell.h"
@@ -48,14 +49,17 @@ std::optional<int> shellWithoutCommand(const Session& session) {
 }
 
 std::vector<Command> shellCommands() {
-  return {command("shell", "Commands one after the other, from a person or from standard input", shell,
-                  {flag("--login", &ShellLine::login, "Ask for a user of the store first, as a serial console does"),
-                   option("--delay", &ShellLine::delay, takes::seconds(0, 30),
-                          "Wait after a log-in that failed; each further one doubles it, up to 30 seconds")},
-                  "On a terminal: Tab completes, ? lists what may follow, words of commands may be cut, Ctrl-C drops "
-                  "the line or ends the command, Ctrl-D leaves.\nBehind a bar: match RE, count, json, last N.\n"
-                  "From standard input each line runs, whatever came of those before; the exit status is that of the "
-                  "first that failed.")};
+  std::vector<Command> rows = {
+      command("shell", "Commands one after the other, from a person or from standard input", shell,
+              {flag("--login", &ShellLine::login, "Ask for a user of the store first, as a serial console does"),
+               option("--delay", &ShellLine::delay, takes::seconds(0, 30),
+                      "Wait after a log-in that failed; each further one doubles it, up to 30 seconds")},
+              "On a terminal: Tab completes, ? lists what may follow, words of commands may be cut, Ctrl-C drops "
+              "the line or ends the command, Ctrl-D leaves.\nBehind a bar: match RE, count, json, last N.\n"
+              "From standard input each line runs, whatever came of those before; the exit status is that of the "
+              "first that failed.")};
+  for (Command& row : completionCommands()) rows.push_back(std::move(row));
+  return rows;
 }
 
 }  // namespace ctl
