@@ -102,11 +102,14 @@ void addCommand(CLI::App& app, const Session& session, const std::vector<Command
   if (row.run) addRow(*place, session, row);
 }
 
+// Who has logged in acts for nobody else.
+bool saysWho(const std::string& option) { return option == "--source" || option == "--user"; }
+
 }  // namespace
 
 void addSharedOptions(CLI::App& app, Session& session) {
   for (const Argument<Session>& argument : sharedOptions()) {
-    if (!session.loggedIn.empty() && argument.lastWins) continue;  // nobody else acts there
+    if (!session.loggedIn.empty() && saysWho(argument.name)) continue;
     addValue(app, argument, [&argument, &session](const std::string& word) { argument.put(session, word); });
   }
 }

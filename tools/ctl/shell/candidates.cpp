@@ -16,12 +16,10 @@ class Gathering {
   void addBelow(const Place& place) {
     for (const Command* row : place.below) add(row->words.back(), row->help);
   }
-  // Options are many: they come when they are asked for, or when nothing else may come.
   void addOptions(const Place& place) {
     for (const Value* option : place.options) add(option->name, option->help);
   }
   std::vector<Candidate> take() { return std::move(found_); }
-  bool empty() const { return found_.empty(); }
 
  private:
   const std::string& begun_;
@@ -49,7 +47,12 @@ std::vector<Candidate> candidates(const Words& before, const std::string& begun,
         .type = place.next->type, .before = before, .begun = begun, .settable = place.row && place.row->changes};
     for (const std::string& word : knownValues(at)) gathering.add(word, place.next->help);
   }
-  if (begun.starts_with("-") || gathering.empty()) gathering.addOptions(place);
+  if (place.next && place.next->type.completion == Completion::kCommands) {
+    gathering.addBelow(placeBehind(grammar(), {}));
+  }
+  // Options are many: they come when they are asked for, or when nothing else may.
+  const bool nothingElse = !place.next && place.below.empty();
+  if (begun.starts_with("-") || nothingElse) gathering.addOptions(place);
   return gathering.take();
 }
 

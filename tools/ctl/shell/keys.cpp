@@ -5,6 +5,7 @@
 
 #include "tools/common/plain_text.h"
 #include "tools/ctl/session.h"
+#include "tools/ctl/settings/quoting.h"
 #include "tools/ctl/shell/abbreviations.h"
 #include "tools/ctl/shell/candidates.h"
 #include "tools/ctl/shell/child.h"
@@ -54,23 +55,17 @@ std::string columnsOf(const Candidates& all, const ScreenSize& size) {
   return shown == all.size() ? text : text + "and " + std::to_string(all.size() - shown) + " more\n";
 }
 
-bool isPlain(const std::string& word) { return word.find_first_of(" \t\"'\\|#") == std::string::npos; }
-
-std::string quotedWord(const std::string& word) {
-  std::string text = "\"";
-  for (char c : word) text += (c == '"' || c == '\\') ? std::string{'\\', c} : std::string(1, c);
-  return text;
-}
-
 // A folder is not the end of a word.
 KeyAnswer inserting(const std::string& line, const TypedWord& typed, const std::string& word, bool whole) {
   const bool ends = whole && !word.ends_with("/");
   KeyAnswer answer;
-  if (isPlain(word) && !typed.open) {
+  const std::string written = quoted(word);
+  if (written == word && !typed.open) {
     answer.insert = word.substr(typed.text.size());
   } else {
     answer.erase = line.size() - typed.begin;
-    answer.insert = quotedWord(word) + (ends ? "\"" : "");
+    answer.insert = written;
+    if (!ends && written.ends_with("\"")) answer.insert.pop_back();
   }
   if (ends) answer.insert += " ";
   return answer;

@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "kestrove/kestrove.h"
 #include "tools/common/plain_text.h"
@@ -127,13 +129,12 @@ std::string logIn(const Session& session, double delay) {
 }
 
 void closeEnvironment(const std::string& user) {
-  const char* terminal = getenv("TERM");
-  const char* home = getenv("KESTROVE_HOME");
-  const std::string kept[] = {terminal ? terminal : "vt100", home ? home : ""};
-  const bool hadHome = home;
+  std::vector<std::pair<const char*, std::string>> kept;
+  for (const char* name : {"TERM", "NO_COLOR", "LANG", "LC_ALL", "LC_CTYPE", "KESTROVE_HOME"}) {
+    if (const char* value = getenv(name)) kept.emplace_back(name, value);
+  }
   clearenv();
-  setenv("TERM", kept[0].c_str(), 1);
-  if (hadHome) setenv("KESTROVE_HOME", kept[1].c_str(), 1);
+  for (const auto& [name, value] : kept) setenv(name, value.c_str(), 1);
   setenv("PATH", "/usr/sbin:/usr/bin:/sbin:/bin", 1);
   setenv("USER", user.c_str(), 1);
   setenv("LESSSECURE", "1", 1);
