@@ -21,4 +21,7 @@ void addCommands(CLI::App& app, const Session& session, const std::vector<Comman
 void addNamedCommands(CLI::App& app, const Session& session, const std::vector<Command>& rows,
                       const std::vector<std::string>& line);
 
+// The handler of a row, unless the session may only read and the row changes something. Throws its Refusal.
+void runRow(const Session& session, const Command& row, const Given& given);
+
 }  // namespace ctl
