@@ -98,9 +98,12 @@ struct ScriptLine {
 };
 
 AddressLine lineOf(const ScriptLine& line) {
-  if (line.bridge + line.router + line.management > 1) throw Refusal(kUsage, "an address goes with one of -b, -v and -m");
+  if (line.bridge + line.router + line.management > 1)
+    throw Refusal(kUsage, "an address goes with one of -b, -v and -m");
   return {.address = parsePrefix(line.address + "/" + line.length, Family::kBoth),
-          .kind = line.router ? SHM_IF_LAN : line.management ? SHM_IF_MANAGEMENT : SHM_IF_BRIDGE};
+          .kind = line.router       ? SHM_IF_LAN
+                  : line.management ? SHM_IF_MANAGEMENT
+                                    : SHM_IF_BRIDGE};
 }
 
 void addOfScript(const Session& session, const ScriptLine& line) {
@@ -147,8 +150,8 @@ std::vector<Command> addressCommands() {
       group("address", "Management addresses, and the IPv6 addresses of br0"),
       command("address list", "All addresses", showing<allRows>),
       setting("address add", "Add an address", add, wish,
-               {needed("ADDRESS", &AddressLine::address, prefix, "IPv4 or IPv6"), own,
-                option("--interface", &AddressLine::kind, takes::word(kInterfaceKinds), "Where it is used")}),
+              {needed("ADDRESS", &AddressLine::address, prefix, "IPv4 or IPv6"), own,
+               option("--interface", &AddressLine::kind, takes::word(kInterfaceKinds), "Where it is used")}),
       changing("address remove", "Remove an address", remove,
                {needed("ADDRESS", &AddressLine::address, prefix.from(Completion::kAddresses), "IPv4 or IPv6"), own}),
       ofScripts(group("ip", "Management addresses in the words of a saved script")),

@@ -88,9 +88,8 @@ void addRow(CLI::App& place, const Session& session, const Command& row) {
 
 // A second row of the same words is one of saved scripts, which the parser cannot read: it is told of below the first.
 bool isSecond(const std::vector<Command>& rows, const Command& row) {
-  return row.script && std::any_of(rows.begin(), rows.end(), [&row](const Command& other) {
-           return &other < &row && other.words == row.words;
-         });
+  return row.script && std::any_of(rows.begin(), rows.end(),
+                                   [&row](const Command& other) { return &other < &row && other.words == row.words; });
 }
 
 std::string footerOf(const Command& row) {

@@ -14,7 +14,8 @@
 
 namespace ctl {
 
-// One value of a command line. Those without "--" stand in the order of the row. Options of saved scripts have one dash.
+// One value of a command line. Those without "--" stand in the order of the row. Options of saved scripts have one
+// dash.
 struct Value {
   std::string name;  // "POSITION", "--kbps", "-srcPort"
   Type type;

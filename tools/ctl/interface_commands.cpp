@@ -127,11 +127,11 @@ std::vector<Command> interfaceCommands() {
           group("mode", "The operating mode"),
           command("mode show", "The present mode", showing<modeFacts>),
           setting("mode single", "One interface that carries LAN and WAN as two VLANs", single, wishSingle,
-                   {needed("LAN", &SingleLine::lanVlan, vlan, "VLAN id of the LAN side"),
-                    needed("WAN", &SingleLine::wanVlan, vlan, "VLAN id of the WAN side")}),
+                  {needed("LAN", &SingleLine::lanVlan, vlan, "VLAN id of the LAN side"),
+                   needed("WAN", &SingleLine::wanVlan, vlan, "VLAN id of the WAN side")}),
           setting<DoubleLine>("mode double", "Two interfaces, bridged", twoInterfaces, wishDouble, {}),
           setting("mode pbr", "Policy routing on the single interface", policyRouting, wishPolicyRouting,
-                   {option("SWITCH", &RoutingLine::position, takes::onOrOff(), "Whether it is used")})};
+                  {option("SWITCH", &RoutingLine::position, takes::onOrOff(), "Whether it is used")})};
 }
 
 }  // namespace ctl

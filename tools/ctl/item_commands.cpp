@@ -40,18 +40,21 @@ void set(const Session& session, const SetLine& line) { setItem(session, itemNam
 Wish wish(const SetLine& line) { return itemWish(itemNamed(line.name), line.value); }
 
 constexpr char kNames[] =
-    "An item may also be named by its keyword in the configuration file (set INTERNET_RATE 2048000) or by the words of a "
+    "An item may also be named by its keyword in the configuration file (set INTERNET_RATE 2048000) or by the words of "
+    "a "
     "saved script (set rateLimit WAN 2048, in kbit/s). A rate may have a suffix: 512k, 1M, 2G bits per second.";
 
 }  // namespace
 
 std::vector<Command> itemCommands() {
-  std::vector<Command> rows = {command("show", "Items with value, unit and what they accept", show,
-                  {several("ITEM", &ShowLine::names, takes::item(), "Names of items (default: all)")}),
-          setting("set", "Change an item", set, wish,
-                   {needed("ITEM", &SetLine::name, takes::item(), "Name of the item"),
-                    needed("VALUE", &SetLine::value, takes::text().from(Completion::kItemValues),
-                           "New value; a switch is on or off")}, kNames)};
+  std::vector<Command> rows = {
+      command("show", "Items with value, unit and what they accept", show,
+              {several("ITEM", &ShowLine::names, takes::item(), "Names of items (default: all)")}),
+      setting("set", "Change an item", set, wish,
+              {needed("ITEM", &SetLine::name, takes::item(), "Name of the item"),
+               needed("VALUE", &SetLine::value, takes::text().from(Completion::kItemValues),
+                      "New value; a switch is on or off")},
+              kNames)};
   for (Command& row : scriptItemCommands()) rows.push_back(std::move(row));
   return rows;
 }

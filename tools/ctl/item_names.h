@@ -43,8 +43,8 @@ struct ItemRow {
   int modeEvent = 0;
   const char* action = "";
   bool actionSaves = false;
-  const char* keyword = "";  // of its line in a saved configuration file
-  const char* script = "";   // of its line in a saved script: "rateLimit WAN"
+  const char* keyword = "";   // of its line in a saved configuration file
+  const char* script = "";    // of its line in a saved script: "rateLimit WAN"
   uint32_t scriptFactor = 1;  // what one of the script's units is in units of the item
   const char* scriptUnit = "";
   Vocabulary scriptWords = {};  // where the script names values

@@ -50,8 +50,8 @@ class Walk {
 
   bool isBelow(const Command& row) const {
     const size_t depth = place_.row ? place_.row->words.size() : 0;
-    return !row.hidden && row.words.size() == depth + 1 &&
-           !isSecond(row) && (!place_.row || std::equal(place_.row->words.begin(), place_.row->words.end(), row.words.begin()));
+    return !row.hidden && row.words.size() == depth + 1 && !isSecond(row) &&
+           (!place_.row || std::equal(place_.row->words.begin(), place_.row->words.end(), row.words.begin()));
   }
 
   // The row of saved scripts behind the one of the same words.

@@ -202,7 +202,7 @@ std::vector<Command> commandsOf(const char* description) {
           command(own + " list", "All routes, in list order", showing<listed<Table>>),
           changing(own + " freshen", "Apply every route anew, disabled ones too", freshen<Table>),
           setting(own + " add", "Add a route", add<Table>, wish<Table>,
-                   {needed("DESTINATION", &RouteLine::destination, network, "Where it leads"), gateway, disabled}),
+                  {needed("DESTINATION", &RouteLine::destination, network, "Where it leads"), gateway, disabled}),
           scriptRow<Table>(),
           changing(own + " remove", "Remove a route", remove<Table>, {known}),
           changing(own + " replace", "Remove a route and add another", replace<Table>,

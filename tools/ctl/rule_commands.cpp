@@ -120,7 +120,8 @@ void refuseMeaninglessPorts(const FilterRule& rule) {
 }
 
 bool namesPorts(const RuleLine& given) {
-  return given.protocol || given.sourcePorts || given.sourcePortEnd || given.destinationPorts || given.destinationPortEnd;
+  return given.protocol || given.sourcePorts || given.sourcePortEnd || given.destinationPorts ||
+         given.destinationPortEnd;
 }
 
 bool matchesAll(const FilterRule& rule) {
@@ -216,20 +217,21 @@ constexpr Type kProtocol = takes::name(kProtocols, 255, "any|tcp|udp|0..255", "p
 constexpr Type kStatus = takes::name(kRuleStatus, 999, "active|nis|invalid", "status (active, nis or invalid)");
 
 std::vector<Argument<RuleLine>> ruleValues() {
-  return {needed("POSITION", &RuleLine::position, takes::rule(), "0 is the first rule"),
-          flag("--any", &RuleLine::any, "Match both address families"),
-          option("--from", &RuleLine::source, kEnd, "Source, IPv4 or IPv6"),
-          option("--to", &RuleLine::destination, kEnd, "Destination, IPv4 or IPv6"),
-          option("--proto", &RuleLine::protocol, kProtocol, "Protocol"),
-          option("--sport", &RuleLine::sourcePorts, takes::ports(), "Source ports, with tcp or udp: 80, 80-90; 0 is any"),
-          option("--sport-end", &RuleLine::sourcePortEnd, kPort, "Last source port"),
-          option("--dport", &RuleLine::destinationPorts, takes::ports(), "Destination ports, as well"),
-          option("--dport-end", &RuleLine::destinationPortEnd, kPort, "Last destination port"),
-          option("--target", &RuleLine::target, takes::word(kTargets), "What matching traffic gets"),
-          option("--priority", &RuleLine::priority, takes::number(), "Scheduling priority"),
-          option("--kbps", &RuleLine::kilobits, kRate, "Rate limit; the least is minRate"),
-          option("--accel", &RuleLine::accelerate, takes::onOrOff(), "Acceleration"),
-          option("--status", &RuleLine::action, kStatus, "Status")};
+  return {
+      needed("POSITION", &RuleLine::position, takes::rule(), "0 is the first rule"),
+      flag("--any", &RuleLine::any, "Match both address families"),
+      option("--from", &RuleLine::source, kEnd, "Source, IPv4 or IPv6"),
+      option("--to", &RuleLine::destination, kEnd, "Destination, IPv4 or IPv6"),
+      option("--proto", &RuleLine::protocol, kProtocol, "Protocol"),
+      option("--sport", &RuleLine::sourcePorts, takes::ports(), "Source ports, with tcp or udp: 80, 80-90; 0 is any"),
+      option("--sport-end", &RuleLine::sourcePortEnd, kPort, "Last source port"),
+      option("--dport", &RuleLine::destinationPorts, takes::ports(), "Destination ports, as well"),
+      option("--dport-end", &RuleLine::destinationPortEnd, kPort, "Last destination port"),
+      option("--target", &RuleLine::target, takes::word(kTargets), "What matching traffic gets"),
+      option("--priority", &RuleLine::priority, takes::number(), "Scheduling priority"),
+      option("--kbps", &RuleLine::kilobits, kRate, "Rate limit; the least is minRate"),
+      option("--accel", &RuleLine::accelerate, takes::onOrOff(), "Acceleration"),
+      option("--status", &RuleLine::action, kStatus, "Status")};
 }
 
 }  // namespace
@@ -259,7 +261,7 @@ std::vector<Command> ruleCommands() {
   return {group("rule", "The table of traffic policy rules, first match first"),
           command("rule list", "All rules; the last is the default rule", showing<rows>),
           setting("rule add", "Insert a rule in front of a position", add, wish,
-                   values + std::vector{flag("--match-all", &RuleLine::matchAll, "The rule may match all traffic")}),
+                  values + std::vector{flag("--match-all", &RuleLine::matchAll, "The rule may match all traffic")}),
           scriptRuleCommand(),
           changing("rule change", "Change what the options name", changeOne, values),
           changing("rule move", "Move a rule in front of another", move,

@@ -10,14 +10,14 @@
 namespace ctl {
 
 enum class Form {
-  kFlag,     // there or not
-  kText,     // any word; what it must be is looked at with the store
-  kNumber,   // within the limits
-  kRate,     // a number within the limits, or one with a suffix: 512k, 1M
+  kFlag,       // there or not
+  kText,       // any word; what it must be is looked at with the store
+  kNumber,     // within the limits
+  kRate,       // a number within the limits, or one with a suffix: 512k, 1M
   kPortRange,  // 80, 80-90
-  kSeconds,  // within the limits, parts of a second, too
-  kWord,     // one of the words, and nothing else
-  kName,     // one of the words, or a number up to the limit
+  kSeconds,    // within the limits, parts of a second, too
+  kWord,       // one of the words, and nothing else
+  kName,       // one of the words, or a number up to the limit
   kAddress,
   kPrefix,
   kCommandLine  // the rest of the line, as it stands

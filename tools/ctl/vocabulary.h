@@ -39,12 +39,9 @@ inline constexpr NamedNumber kPorts[] = {{"lan", SHM_IF_BASE}, {"wan", SHM_IF_WA
 
 // The words of saved scripts. Where a number has two, the first is the one that is written, but on the product that has
 // constant rates.
-inline constexpr NamedNumber kScriptLinks[] = {{"auto", SHM_LINK_AUTO},
-                                               {"10baseT", SHM_LINK_10_HALF},
-                                               {"10baseT-FD", SHM_LINK_10_FULL},
-                                               {"100baseTx", SHM_LINK_100_HALF},
-                                               {"100baseTx-FD", SHM_LINK_100_FULL},
-                                               {"1000baseTx-FD", SHM_LINK_1000_FULL}};
+inline constexpr NamedNumber kScriptLinks[] = {
+    {"auto", SHM_LINK_AUTO},          {"10baseT", SHM_LINK_10_HALF},       {"10baseT-FD", SHM_LINK_10_FULL},
+    {"100baseTx", SHM_LINK_100_HALF}, {"100baseTx-FD", SHM_LINK_100_FULL}, {"1000baseTx-FD", SHM_LINK_1000_FULL}};
 inline constexpr NamedNumber kScriptAccelerations[] = {
     {"perConnection", 2}, {"ratepacing", 5}, {"errors", 4}, {"variable", 2}, {"constant", 5}};
 inline constexpr NamedNumber kScriptFamilies[] = {

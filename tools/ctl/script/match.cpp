@@ -16,8 +16,8 @@ struct Alias {
   const char* other;
   const char* word;
 };
-constexpr Alias kAliases[] = {{"del", "delete"},   {"del", "remove"},    {"rm", "delete"}, {"rm", "remove"},
-                              {"ls", "list"},      {"delete", "remove"}, {"remove", "delete"}};
+constexpr Alias kAliases[] = {{"del", "delete"}, {"del", "remove"},    {"rm", "delete"},    {"rm", "remove"},
+                              {"ls", "list"},    {"delete", "remove"}, {"remove", "delete"}};
 
 bool mayBeAlias(const std::string& word) {
   return std::any_of(std::begin(kAliases), std::end(kAliases),
@@ -152,9 +152,8 @@ std::string takeShared(Words& words, Given& shared) {
       continue;
     }
     const size_t equals = words[at].find('=');
-    const auto value = std::find_if(values.begin(), values.end(), [&](const Value& one) {
-      return words[at].compare(0, equals, one.name) == 0;
-    });
+    const auto value = std::find_if(values.begin(), values.end(),
+                                    [&](const Value& one) { return words[at].compare(0, equals, one.name) == 0; });
     if (value == values.end()) {
       rest.push_back(std::move(words[at]));
       continue;
@@ -166,7 +165,8 @@ std::string takeShared(Words& words, Given& shared) {
     }
     if (equals == std::string::npos && at + 1 == words.size()) return words[at] + ": its value is missing";
     given = {equals == std::string::npos ? words[++at] : words[at].substr(equals + 1)};
-    if (!takesWord(value->type, given.front())) return given.front() + ": " + value->name + " takes " + typeText(value->type);
+    if (!takesWord(value->type, given.front()))
+      return given.front() + ": " + value->name + " takes " + typeText(value->type);
   }
   words = std::move(rest);
   return {};

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A line held against the rows of the grammar, without a parser being built for it: what thousands of lines are read by.
+// A line held against the rows of the grammar, without a parser being built for it: what thousands of lines are read
+// by.
 #pragma once
 
 #include <string>
@@ -13,9 +14,9 @@ namespace ctl {
 struct Match {
   const Command* row = nullptr;  // null where no row takes the line
   Given given;
-  Given shared;           // of sharedOptions(), in their order
+  Given shared;                   // of sharedOptions(), in their order
   const Command* near = nullptr;  // the row that the words belong to, where its values are not taken
-  std::string complaint;  // why not; empty for what is left to the parser: help, versions, lines within lines
+  std::string complaint;          // why not; empty for what is left to the parser: help, versions, lines within lines
 };
 
 class Matcher {

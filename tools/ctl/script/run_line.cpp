@@ -121,7 +121,9 @@ int dispatch(Session& session, const std::vector<std::string>& words) {
 
 class Place {
  public:
-  Place(const char* file, size_t number) : before_(place) { place = std::string(file) + ":" + std::to_string(number) + ": "; }
+  Place(const char* file, size_t number) : before_(place) {
+    place = std::string(file) + ":" + std::to_string(number) + ": ";
+  }
   ~Place() { place = before_; }
   Place(const Place&) = delete;
   Place& operator=(const Place&) = delete;

@@ -10,8 +10,8 @@
 
 namespace ctl {
 
-// Runs one line and reports what came of it, on the session's output and on standard error. Gives the exit code. Options
-// of the line hold for the line alone. A blank line, or one that begins with "#", does nothing.
+// Runs one line and reports what came of it, on the session's output and on standard error. Gives the exit code.
+// Options of the line hold for the line alone. A blank line, or one that begins with "#", does nothing.
 int runLine(const Session& session, const std::string& line);
 int runWords(const Session& session, const std::vector<std::string>& words);
 

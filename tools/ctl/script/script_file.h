@@ -25,8 +25,9 @@ class LineReader {
 // Nothing but blanks, or a remark.
 bool isBlankLine(const std::string& line);
 
-// Words of a line as of a shell: blanks part them, quotes of both kinds and backslashes keep them together, "#" in front
-// of a word ends the line. Throws kUsage for a quote that does not end, a control character and a line that is too long.
+// Words of a line as of a shell: blanks part them, quotes of both kinds and backslashes keep them together, "#" in
+// front of a word ends the line. Throws kUsage for a quote that does not end, a control character and a line that is
+// too long.
 std::vector<std::string> wordsOfLine(const std::string& line);
 
 }  // namespace ctl

@@ -102,8 +102,8 @@ void addModes(std::vector<Command>& rows) {
                                    single, wishSingle,
                                    {needed("LAN", &ModeLine::lan, takes::text(), "VLAN id of the LAN side"),
                                     needed("WAN", &ModeLine::wan, takes::text(), "VLAN id of the WAN side")})));
-  rows.push_back(
-      ofScripts(setting<DoubleLine>("set interfaceMode double", "Two interfaces, bridged", twoInterfaces, wishDouble, {})));
+  rows.push_back(ofScripts(
+      setting<DoubleLine>("set interfaceMode double", "Two interfaces, bridged", twoInterfaces, wishDouble, {})));
 }
 
 }  // namespace

@@ -32,7 +32,6 @@ struct RuleWish {
   FilterRule rule = {};
 };
 
-using Wish =
-    std::variant<NoWish, ItemWish, ModeWish, RuleWish, RouteEntry, Route6Entry, ManagementAddress, Ip6Address>;
+using Wish = std::variant<NoWish, ItemWish, ModeWish, RuleWish, RouteEntry, Route6Entry, ManagementAddress, Ip6Address>;
 
 }  // namespace ctl
