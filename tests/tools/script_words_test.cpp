@@ -2,6 +2,8 @@
 // The lines of saved scripts, and the words that are taken for others, held against the grammar.
 #include <gmock/gmock.h>
 
+#include <span>
+
 #include "tools/ctl/script/help_text.h"
 #include "tools/ctl/script/item_words.h"
 #include "tools/ctl/script/match.h"
@@ -36,51 +38,53 @@ struct ItemLine {
   uint32_t word;
 };
 
-class ItemLines : public ::testing::TestWithParam<ItemLine> {};
+constexpr ItemLine kOfScripts[] = {{"set rateLimit WAN 2048", "wanLinkRate", 2048000},
+                                   {"set rateLimit LAN 100000", "lanLinkRate", 100000000},
+                                   {"set mtu WAN 1500", "wanMaximumTransferUnit", 1500},
+                                   {"set mtu LAN 576", "lanMaximumTransferUnit", 576},
+                                   {"set prb on", "pbrOperState", SHM_ON},
+                                   {"set pbr off", "pbrOperState", SHM_OFF},
+                                   {"set pbrAddress LAN 10.1.2.3", "lanIpAddress", 0x0302010A},
+                                   {"set pbrMask LAN 255.255.0.0", "lanIpAddressMask", 0x0000FFFF},
+                                   {"set pbrAddress WAN 0.0.0.0", "wanIpAddress", 0},
+                                   {"set pbrMask WAN 0.0.0.0", "wanIpAddressMask", 0},
+                                   {"set sshInterface on", "sshdOperState", SHM_ON},
+                                   {"set httpInterface off", "httpOperState", SHM_OFF},
+                                   {"set compression on", "compression", SHM_ON},
+                                   {"set logging off", "loggingOperState", SHM_OFF},
+                                   {"set accelerationMode perConnection", "wanCongestionControl", 2},
+                                   {"set accelerationMode variable", "wanCongestionControl", 2},
+                                   {"set accelerationMode ratepacing", "wanCongestionControl", 5},
+                                   {"set accelerationMode constant", "wanCongestionControl", 5},
+                                   {"set accelerationMode errors", "wanCongestionControl", 4},
+                                   {"set linkSetting LAN auto", "lanLinkSetting", 1},
+                                   {"set linkSetting LAN 10baseT", "lanLinkSetting", 20},
+                                   {"set linkSetting WAN 10baseT-FD", "wanLinkSetting", 40},
+                                   {"set linkSetting WAN 100baseTx", "wanLinkSetting", 80},
+                                   {"set linkSetting MANAGEMENT 100baseTx-FD", "managementLinkSetting", 100},
+                                   {"set linkSetting MANAGEMENT 1000baseTx-FD", "managementLinkSetting", 140}};
 
-TEST_P(ItemLines, AskForTheItemInItsUnit) {
-  const ItemWish wish = wished<ItemWish>(GetParam().line);
-  EXPECT_STREQ(GetParam().item, wish.row->name);
-  EXPECT_EQ(GetParam().word, wish.word);
+constexpr ItemLine kOfFilesAndItems[] = {{"set wanLinkRate 2048000", "wanLinkRate", 2048000},
+                                         {"set INTERNET_RATE 2048000", "wanLinkRate", 2048000},
+                                         {"set SSHD 1", "sshdOperState", SHM_ON},
+                                         {"set SSHD 0", "sshdOperState", SHM_OFF},
+                                         {"set BRIDGE_MASK 24", "managementAddressMask", 0x00FFFFFF},
+                                         {"set wanLinkRate 512k", "wanLinkRate", 512000},
+                                         {"set INTERNET_RATE 1M", "wanLinkRate", 1000000},
+                                         {"set rateLimit WAN 1M", "wanLinkRate", 1000000},
+                                         {"set rateLimit WAN 2G", "wanLinkRate", 2000000000}};
+
+void expectWishes(std::span<const ItemLine> lines) {
+  for (const ItemLine& line : lines) {
+    const ItemWish wish = wished<ItemWish>(line.line);
+    EXPECT_STREQ(line.item, wish.row->name) << line.line;
+    EXPECT_EQ(line.word, wish.word) << line.line;
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    OfScripts, ItemLines,
-    ::testing::Values(ItemLine{"set rateLimit WAN 2048", "wanLinkRate", 2048000},
-                      ItemLine{"set rateLimit LAN 100000", "lanLinkRate", 100000000},
-                      ItemLine{"set mtu WAN 1500", "wanMaximumTransferUnit", 1500},
-                      ItemLine{"set mtu LAN 576", "lanMaximumTransferUnit", 576},
-                      ItemLine{"set prb on", "pbrOperState", SHM_ON}, ItemLine{"set pbr off", "pbrOperState", SHM_OFF},
-                      ItemLine{"set pbrAddress LAN 10.1.2.3", "lanIpAddress", 0x0302010A},
-                      ItemLine{"set pbrMask LAN 255.255.0.0", "lanIpAddressMask", 0x0000FFFF},
-                      ItemLine{"set pbrAddress WAN 0.0.0.0", "wanIpAddress", 0},
-                      ItemLine{"set pbrMask WAN 0.0.0.0", "wanIpAddressMask", 0},
-                      ItemLine{"set sshInterface on", "sshdOperState", SHM_ON},
-                      ItemLine{"set httpInterface off", "httpOperState", SHM_OFF},
-                      ItemLine{"set compression on", "compression", SHM_ON},
-                      ItemLine{"set logging off", "loggingOperState", SHM_OFF},
-                      ItemLine{"set accelerationMode perConnection", "wanCongestionControl", 2},
-                      ItemLine{"set accelerationMode variable", "wanCongestionControl", 2},
-                      ItemLine{"set accelerationMode ratepacing", "wanCongestionControl", 5},
-                      ItemLine{"set accelerationMode constant", "wanCongestionControl", 5},
-                      ItemLine{"set accelerationMode errors", "wanCongestionControl", 4},
-                      ItemLine{"set linkSetting LAN auto", "lanLinkSetting", 1},
-                      ItemLine{"set linkSetting LAN 10baseT", "lanLinkSetting", 20},
-                      ItemLine{"set linkSetting WAN 10baseT-FD", "wanLinkSetting", 40},
-                      ItemLine{"set linkSetting WAN 100baseTx", "wanLinkSetting", 80},
-                      ItemLine{"set linkSetting MANAGEMENT 100baseTx-FD", "managementLinkSetting", 100},
-                      ItemLine{"set linkSetting MANAGEMENT 1000baseTx-FD", "managementLinkSetting", 140}));
+TEST(ItemLines, OfScriptsAskForTheItemInItsUnit) { expectWishes(kOfScripts); }
 
-INSTANTIATE_TEST_SUITE_P(OfFilesAndItems, ItemLines,
-                         ::testing::Values(ItemLine{"set wanLinkRate 2048000", "wanLinkRate", 2048000},
-                                           ItemLine{"set INTERNET_RATE 2048000", "wanLinkRate", 2048000},
-                                           ItemLine{"set SSHD 1", "sshdOperState", SHM_ON},
-                                           ItemLine{"set SSHD 0", "sshdOperState", SHM_OFF},
-                                           ItemLine{"set BRIDGE_MASK 24", "managementAddressMask", 0x00FFFFFF},
-                                           ItemLine{"set wanLinkRate 512k", "wanLinkRate", 512000},
-                                           ItemLine{"set INTERNET_RATE 1M", "wanLinkRate", 1000000},
-                                           ItemLine{"set rateLimit WAN 1M", "wanLinkRate", 1000000},
-                                           ItemLine{"set rateLimit WAN 2G", "wanLinkRate", 2000000000}));
+TEST(ItemLines, MayNameItsKeywordOrARateWithASuffix) { expectWishes(kOfFilesAndItems); }
 
 TEST(ScriptLines, AModeIsOneWish) {
   const ModeWish single = wished<ModeWish>("set interfaceMode single 5 6");

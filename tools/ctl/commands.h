@@ -26,6 +26,8 @@ std::vector<Command> controlCommands();    // clock, reboot, poweroff
 std::vector<Command> resetCommands();      // factory-reset
 std::vector<Command> stateModeCommands();  // configuration-mode, debug-mode, notifications
 std::vector<Command> lockCommands();       // lock
+std::vector<Command> applyCommands();      // apply
+std::vector<Command> lostCommands();       // lost
 std::vector<Command> explainCommands();    // explain
 
 }  // namespace ctl

@@ -43,11 +43,21 @@ uint32_t switchOf(const ItemRow& row, Tongue tongue, const std::string& value) {
   refuse(row, value);
 }
 
+// A script has the numbers of a damaged store with their sign. The store refuses them.
+std::optional<uint64_t> numberBelowZero(const std::string& value) {
+  const std::optional<uint64_t> number = readDigits(value.substr(1));
+  if (!number || *number > uint64_t{INT32_MAX} + 1) return {};
+  return static_cast<uint32_t>(-static_cast<int64_t>(*number));
+}
+
 // A rate with a suffix is one in bits per second, whatever unit a number without one has.
 uint32_t numberOf(const ItemRow& row, Tongue tongue, const std::string& value) {
   const uint32_t factor = tongue == Tongue::kScript ? row.scriptFactor : 1;
+  const bool below = tongue == Tongue::kScript && value.starts_with("-");
   const bool rate = std::string_view(row.unit) == "bit/s";
-  const std::optional<uint64_t> number = rate ? readRate(value, factor) : readDigits(value);
+  const std::optional<uint64_t> number = below  ? numberBelowZero(value)
+                                         : rate ? readRate(value, factor)
+                                                : readDigits(value);
   if (!number || *number > UINT32_MAX) refuse(row, value);
   return static_cast<uint32_t>(*number);
 }

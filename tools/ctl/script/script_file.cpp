@@ -22,6 +22,24 @@ std::string untabbed(std::string line) {
   return line;
 }
 
+// Up to a remark behind it, which begins outside of quotes and behind a blank.
+std::string withoutRemark(const std::string& line) {
+  char mark = 0;
+  for (size_t at = 0; at < line.size(); ++at) {
+    const char one = line[at];
+    if (mark == '"' && one == '\\') {
+      ++at;
+    } else if (mark) {
+      if (one == mark) mark = 0;
+    } else if (one == '"' || one == '\'') {
+      mark = one;
+    } else if (one == '#' && at > 0 && line[at - 1] == ' ') {
+      return line.substr(0, at);
+    }
+  }
+  return line;
+}
+
 bool hasQuotes(const std::string& line) { return line.find_first_of("\"'\\") != std::string::npos; }
 
 std::vector<std::string> plainWords(const std::string& line) {
@@ -65,7 +83,7 @@ std::vector<std::string> wordsOfLine(const std::string& given) {
   if (isBlankLine(given)) return {};
   const std::string line = untabbed(given);
   if (tools::hasControlCharacter(line)) throw Refusal(kUsage, "the line holds a control character");
-  return hasQuotes(line) ? wordsIn(line) : plainWords(line);
+  return hasQuotes(line) ? wordsIn(withoutRemark(line)) : plainWords(line);
 }
 
 }  // namespace ctl
