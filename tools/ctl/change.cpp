@@ -5,8 +5,6 @@
 #include <cstring>
 
 #include "kestrove/kestrove.h"
-#include "tools/common/plain_text.h"
-#include "tools/ctl/render.h"
 
 namespace ctl {
 namespace {
@@ -52,6 +50,7 @@ void Change::ask(const std::string& what) {
     return warn(what + ": made and saved; a step of it failed: " + reason);
   lost_ = "applied, not saved: " + text(shm->config.configFileName) + ": " + (errno != 0 ? strerror(errno) : reason);
   code_ = code;
+  error_ = errno;
 }
 
 std::string Change::notSaved() const {
@@ -63,26 +62,33 @@ Json Change::resultJson(Json result, const std::string& stored) const {
   if (lost_.empty() && stored.empty()) return result;
   if (!result.is_object()) result = Json{{"result", result}};
   result["saved"] = false;
-  if (!lost_.empty()) result["error"] = errorJson(kNotSaved, lost_, code_);
+  if (!lost_.empty()) result["error"] = errorJson({kNotSaved, lost_, code_, error_});
   if (!stored.empty()) result["reason"] = stored;
   return result;
 }
 
 // What is not saved is told first: the output may fail.
-void Change::tell(const Json& result, const std::string& text) {
+void Change::tell(const Json& result, const std::function<void()>& print) {
   const std::string stored = notSaved();
   hold_.reset();
   if (!session_.json && !lost_.empty()) warn(lost_);
   if (session_.json) {
     session_.show(resultJson(result, stored));
   } else {
-    session_.print(text + (stored.empty() ? "" : "stored, not saved: " + stored + "\n"));
+    print();
+    const std::string said = stored.empty() ? "" : "stored, not saved: " + stored;
+    if (!said.empty() && session_.forPeople()) session_.print(said + "\n");
+    if (!said.empty() && !session_.forPeople()) warn(said);
   }
   if (!lost_.empty()) throw Refusal(kNotSaved, "");
 }
 
-void Change::show(const Json& result) { tell(result, session_.json ? "" : render(result)); }
+void Change::show(const Json& result) {
+  tell(result, [&] { session_.show(result); });
+}
 
-void Change::done(const std::string& text) { tell(Json{{"done", text}}, tools::escaped(text) + "\n"); }
+void Change::done(const std::string& text) {
+  tell(Json{{"done", text}}, [&] { session_.done(text); });
+}
 
 }  // namespace ctl

@@ -36,13 +36,14 @@ class Change {
   void ask(const std::string& what);
   std::string notSaved() const;
   Json resultJson(Json result, const std::string& stored) const;
-  void tell(const Json& result, const std::string& text);
+  void tell(const Json& result, const std::function<void()>& print);
 
   const Session& session_;
   std::optional<tools::Hold> hold_;
   const char* unsaved_ = "";
   std::string lost_;  // why the file does not have it
   int code_ = -1;
+  int error_ = 0;
 };
 
 }  // namespace ctl

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <memory>
 
+#include "tools/ctl/shape.h"
+
 namespace ctl {
 namespace {
 
@@ -68,6 +70,7 @@ bool namesFile(const Command& row, const Given& given) {
 }
 
 void runRow(const Session& session, const Command& row, const Given& given) {
+  requireOutput(session, row);
   Session own = session;
   own.changes = row.changes;
   if (session.readsOnly && (row.changes || row.secret || row.hidden || namesFile(row, given))) {

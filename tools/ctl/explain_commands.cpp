@@ -65,7 +65,7 @@ std::string needed(const std::string& name, const std::string& folder = "") {
 
 // For a human reader the text stands last: blanks at its end are part of it.
 void show(const Session& session, const Json& trace) {
-  if (session.json) return session.show(trace);
+  if (!session.forPeople()) return session.show(trace);
   std::string text;
   for (const Json& row : trace["effects"]) {
     char start[32];

@@ -31,12 +31,15 @@ const std::vector<Argument<Session>>& sharedOptions() {
   static const std::vector<Argument<Session>> options = [] {
     std::vector<Argument<Session>> all = {
         flag("--json", &Session::json, "Print JSON, errors included"),
+        flag("--terse", &Session::terse, "Print a record a line, its values with a colon between them, for scripts"),
+        option("--fields", &Session::fields, takes::list(), "Print only these members of each record, in this order"),
+        flag("--wide", &Session::wide, "Do not make tables fit the terminal"),
         argument("--source", &Session::source, takes::number(0, 8),
                  "Number of the front end that events name (0 System, 3 Serial, 4 SSH ...)"),
         argument("--user", &Session::user, takes::text(), "Name that events carry (default: $USER)"),
         option("--wait", &Session::waitSeconds, takes::seconds(0, 86400),
                "How long to wait for a store that another process has locked")};
-    all[1].lastWins = all[2].lastWins = true;
+    for (Argument<Session>& one : all) one.lastWins = one.name == "--source" || one.name == "--user";
     return all;
   }();
   return options;

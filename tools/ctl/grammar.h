@@ -46,6 +46,12 @@ struct Command {
   bool hidden = false;    // for the program's own use
   bool changes = false;   // the store, the kernel or a file; what does not may be run by who may only read
   bool secret = false;    // asks for a password: its lines are kept nowhere
+  const char* json = "";  // the shape of its result, in the words of shape.h
+
+  Command gives(const char* shape) && {
+    json = shape;
+    return std::move(*this);
+  }
 };
 
 // The whole table, groups in front of their commands, in the order in which help lists them.

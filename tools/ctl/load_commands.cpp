@@ -81,7 +81,7 @@ void load(const Session& session, const LoadLine& line) {
   awaitLock(session);
   const Json added = readIntoTables(path);
   if (!report.faults.empty()) warn(path + ": not taken as it stands: " + tools::faultText(report));
-  if (!session.json) return session.done("loaded " + path + ": " + addedText(added) + "; " + kNothingElse);
+  if (session.forPeople()) return session.done("loaded " + path + ": " + addedText(added) + "; " + kNothingElse);
   Json faults = Json::array();
   for (const tools::ConfigFault& fault : report.faults) faults.push_back({{"line", fault.line}, {"fault", fault.text}});
   session.show(

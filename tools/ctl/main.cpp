@@ -8,40 +8,29 @@
 #include "tools/common/standard_output.h"
 #include "tools/common/version_text.h"
 #include "tools/ctl/command_line.h"
+#include "tools/ctl/exit_codes.h"
 #include "tools/ctl/usage.h"
 
 namespace {
 
-constexpr char kExitCodes[] =
-    "Exit status:\n"
-    "  0  done\n"
-    "  1  refused by the library\n"
-    "  2  wrong usage\n"
-    "  3  there is no store\n"
-    "  4  check or kernel show found something\n"
-    "  5  a file, a program or standard output failed\n"
-    "  6  another process held the store's lock longer than --wait\n"
-    "  7  not permitted\n"
-    "  8  applied, but not saved\n"
-    "explain ends with the status of the command that it explains.";
-
 void tell(const std::string& message) { fprintf(stderr, "kestrovectl: %s\n", tools::escaped(message).c_str()); }
 
 // The result that was printed may say it all. Where JSON cannot be printed the message goes to standard error.
-int report(const ctl::Session& session, ctl::Exit exit, const std::string& message, int code = -1) {
-  if (message.empty()) return exit;
+int report(const ctl::Session& session, const ctl::Refusal& told) {
+  const std::string message = told.what();
+  if (message.empty()) return told.exit();
   if (!session.json) {
     tell(message);
-    return exit;
+    return told.exit();
   }
   try {
-    session.show({{"error", ctl::errorJson(exit, message, code)}});
+    session.show({{"error", ctl::errorJson(told)}});
   } catch (const ctl::Refusal& refusal) {
     tell(message);
     if (message != refusal.what()) tell(refusal.what());
     return refusal.exit();
   }
-  return exit;
+  return told.exit();
 }
 
 // Kept until the process ends, which frees it faster than it would itself.
@@ -51,7 +40,7 @@ CLI::App& makeParser(ctl::Session& session) {
       *kept.emplace_back(std::make_unique<CLI::App>("Reads and changes the appliance's store.", "kestrovectl"));
   app.require_subcommand(0, 1);
   app.fallthrough();
-  app.footer(kExitCodes);
+  app.footer(ctl::exitCodesText());
   app.set_version_flag("--version", tools::versionText("kestrovectl"));
   ctl::addSharedOptions(app, session);
   return app;
@@ -66,7 +55,7 @@ bool asksForJson(int argc, char** argv) {
 }
 
 int reportUsage(const CLI::App& app, const ctl::Session& session, const std::string& message) {
-  const int status = report(session, ctl::kUsage, message);
+  const int status = report(session, {ctl::kUsage, message});
   if (!session.json) fprintf(stderr, "%s\n", ctl::usageOf(app).c_str());
   return status;
 }
@@ -110,12 +99,12 @@ int runSafely(ctl::Session& session, int argc, char** argv) {
   if (refused.empty() && tools::hasControlCharacter(session.user)) refused = "USER holds a control character";
   if (!refused.empty()) {
     session.json = asksForJson(argc, argv);
-    return report(session, ctl::kUsage, refused);
+    return report(session, {ctl::kUsage, refused});
   }
   try {
     return run(session, argc, argv);
   } catch (const ctl::Refusal& refusal) {
-    return report(session, refusal.exit(), refusal.what(), refusal.code());
+    return report(session, refusal);
   }
 }
 

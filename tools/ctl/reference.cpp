@@ -3,17 +3,13 @@
 
 #include <algorithm>
 
+#include "tools/ctl/exit_codes.h"
+
 namespace ctl {
 namespace {
 
 constexpr char kBegin[] = "<!-- The commands begin: printed by kestrovectl-reference -->\n";
 constexpr char kEnd[] = "<!-- The commands end -->\n";
-
-std::string joined(const std::vector<std::string>& words, const char* between) {
-  std::string text;
-  for (const std::string& word : words) text += (text.empty() ? "" : between) + word;
-  return text;
-}
 
 // A bar would end the cell.
 std::string cell(std::string text) {
@@ -86,6 +82,12 @@ std::string section(const std::vector<const Command*>& rows) {
   return text + valueTable(values, single);
 }
 
+std::string exitTable() {
+  std::string text = "\n### Exit status\n\n| Exit | Meaning |\n|---|---|\n";
+  for (const ExitCode& code : exitCodes()) text += line({std::to_string(code.exit), cell(code.meaning)});
+  return text + "\n" + kExitOfExplain + "\n";
+}
+
 std::string sharedTable() {
   std::string text = "With every command, before or behind its words:\n\n| Option | Takes | Meaning |\n|---|---|---|\n";
   for (const Argument<Session>& option : sharedOptions()) {
@@ -95,6 +97,12 @@ std::string sharedTable() {
 }
 
 }  // namespace
+
+std::string joined(const std::vector<std::string>& words, const char* between) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : between) + word;
+  return text;
+}
 
 std::string syntaxOf(const Command& row) {
   std::string text = joined(row.words, " ");
@@ -109,7 +117,7 @@ std::string syntaxOf(const Command& row) {
 }
 
 std::string reference(const std::vector<Command>& rows) {
-  std::string text = std::string(kBegin) + "## Commands\n\n" + sharedTable();
+  std::string text = std::string(kBegin) + "## Commands\n\n" + sharedTable() + exitTable();
   for (size_t i = 0; i < rows.size();) {
     std::vector<const Command*> below;
     const std::string& first = rows[i].words.front();

@@ -9,6 +9,8 @@
 
 namespace ctl {
 
+std::string joined(const std::vector<std::string>& words, const char* between);
+
 // "rule add POSITION [OPTION...]"
 std::string syntaxOf(const Command& row);
 

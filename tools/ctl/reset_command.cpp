@@ -103,7 +103,7 @@ void factoryReset(const Session& session, const ResetLine& line) {
   if (!line.noReboot) restart(session);
   const std::string what = std::string("factory defaults restored; ") +
                            (line.noReboot ? "they take effect when the appliance restarts" : "the appliance restarts");
-  if (!session.json) return session.done(what);
+  if (session.forPeople()) return session.done(what);
   session.show({{"done", what}, {"removed", goes}});
 }
 

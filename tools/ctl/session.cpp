@@ -13,6 +13,9 @@
 #include "tools/common/lock_wait.h"
 #include "tools/common/plain_text.h"
 #include "tools/common/standard_output.h"
+#include "tools/ctl/output/fields.h"
+#include "tools/ctl/output/screen.h"
+#include "tools/ctl/output/terse.h"
 #include "tools/ctl/render.h"
 
 namespace ctl {
@@ -45,25 +48,32 @@ void requireSegment() {
   throw systemRefusal("the store", errno);
 }
 
+Json errnoJson(int error) {
+  const char* name = strerrorname_np(error);
+  return {{"number", error}, {"name", name ? Json(name) : Json()}, {"text", strerror(error)}};
+}
+
 }  // namespace
 
 std::string reasonText() {
   const char* reason = shm_strerror(static_cast<int>(shm_errno));
   if (!reason) return "unknown reason";
-  if (systemFailed() && errno != 0) return std::string(reason) + ": " + strerror(errno);
+  if (const int error = reasonError()) return std::string(reason) + ": " + strerror(error);
   return reason;
 }
+
+int reasonError() { return systemFailed() ? errno : 0; }
 
 Refusal refusal(const std::string& what) {
   if (shm_errno == SHM_OK) return {kRefused, what + ": refused; the library gives no reason"};
   const bool notPermitted = systemFailed() && forbidden(errno);
   return {notPermitted ? kNotPermitted : kRefused, (notPermitted ? "not permitted: " : "") + what + ": " + reasonText(),
-          static_cast<int>(shm_errno)};
+          static_cast<int>(shm_errno), reasonError()};
 }
 
 Refusal systemRefusal(const std::string& what, int error) {
-  if (forbidden(error)) return {kNotPermitted, "not permitted: " + what + ": " + strerror(error)};
-  return {kSystem, what + ": " + strerror(error)};
+  if (forbidden(error)) return {kNotPermitted, "not permitted: " + what + ": " + strerror(error), -1, error};
+  return {kSystem, what + ": " + strerror(error), -1, error};
 }
 
 int accept(int result, const std::string& what) {
@@ -73,13 +83,17 @@ int accept(int result, const std::string& what) {
 
 void Session::print(const std::string& text) const {
   const std::string failure = tools::writeOut(out, text);
-  if (!failure.empty()) throw Refusal(kSystem, failure);
+  if (!failure.empty()) throw Refusal(kSystem, failure, -1, errno);
 }
 
-void Session::show(const Json& result) const { print(json ? jsonText(result, 2) + "\n" : render(result)); }
+void Session::show(const Json& result) const {
+  if (json) return print(jsonText(result, 2) + "\n");
+  const Json chosen = fields.empty() ? result : fieldsOf(result, fieldNames(fields));
+  print(terse ? terseText(chosen) : render(chosen, wide ? 0 : columns.value_or(screenColumns(out))));
+}
 
 void Session::done(const std::string& text) const {
-  if (json) return show({{"done", text}});
+  if (!forPeople()) return show({{"done", text}});
   print(tools::escaped(text) + "\n");
 }
 
@@ -88,9 +102,10 @@ std::string jsonText(const Json& value, int indent) {
   return withoutControls(value.dump(indent, ' ', false, Json::error_handler_t::replace));
 }
 
-Json errorJson(Exit exit, const std::string& message, int code) {
-  Json error = {{"message", message}, {"exit", static_cast<int>(exit)}};
-  if (code >= 0) error["code"] = code;
+Json errorJson(const Refusal& refusal) {
+  Json error = {{"message", refusal.what()}, {"exit", static_cast<int>(refusal.exit())}};
+  if (refusal.code() >= 0) error["code"] = refusal.code();
+  if (refusal.error() != 0) error["errno"] = errnoJson(refusal.error());
   return error;
 }
 

@@ -67,7 +67,7 @@ void enter(const Session& session, const Mode& mode) {
     result = modeJson((changed ? "entered " : "already in ") + modeName(mode.state), changed);
   }
   result["effect"] = mode.effect;
-  if (session.json) return session.show(result);
+  if (!session.forPeople()) return session.show(result);
   session.done(result["done"].get<std::string>() + ": " + mode.effect);
 }
 
@@ -132,7 +132,7 @@ std::string savedText(const Json& result) {
 }
 
 void showLeft(const Session& session, const Json& result) {
-  if (session.json) return session.show(result);
+  if (!session.forPeople()) return session.show(result);
   std::string text = result["done"].get<std::string>() + "\n";
   if (result["changed"].get<bool>()) {
     if (result.contains("saved")) text += savedText(result) + "\n";

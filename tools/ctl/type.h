@@ -93,6 +93,7 @@ constexpr Type name(Vocabulary words, int most, const char* shown, const char* m
 }
 constexpr Type address(Family family) { return {.form = Form::kAddress, .shown = "ADDRESS", .family = family}; }
 constexpr Type prefix(Family family) { return {.form = Form::kPrefix, .shown = "ADDRESS[/LENGTH]", .family = family}; }
+constexpr Type list() { return {.shown = "NAME,..."}; }
 constexpr Type rule() { return number().from(Completion::kRules); }
 constexpr Type user() { return text().from(Completion::kUsers); }
 constexpr Type item() { return text().from(Completion::kItems); }

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: Apache-2.0
+// The shapes of commands whose rows do not say them.
+#include <string_view>
+
+#include "tools/ctl/reference.h"
+#include "tools/ctl/shape.h"
+
+namespace ctl {
+namespace {
+
+struct CommandShape {
+  std::string_view words;
+  const char* shape;
+};
+
+constexpr CommandShape kShapes[] = {
+    {"status", "@status"},
+    {"save", "@done"},
+    {"check", "{findings: [{table, finding}]}"},
+    {"load", "{done, added: {*: number} (rows by table), faults: [{line: number, fault}], saved: bool, applied: bool}"},
+    {"show", "[{item, value: text|number, unit, accepts}]"},
+    {"set", "change({item, value: text|number, unit?})"},
+    {"rule list", "[@rule]"},
+    {"rule add", "change(@rule)"},
+    {"rule change", "change(@rule)"},
+    {"rule move", "change(@done)"},
+    {"rule delete", "change(@done)"},
+    {"user list", "[@userRow]"},
+    {"user add", "change(@done)"},
+    {"user remove", "change(@done)"},
+    {"user passwd", "change(@done)"},
+    {"user check", "@done"},
+    {"events", "{events: [@event]}"},
+    {"events list", "{events: [@event]}"},
+    {"events follow", "lines(@event)"},
+    {"events clear", "@done"},
+    {"stats", "@stats"},
+    {"stats reset", "@done"},
+    {"engine status",
+     "{pid: number, process: @life, enabled: @switch, restarts: number, reboots: number, pendingChanges: [text], "
+     "version}"},
+    {"engine restart", "change(@done)"},
+    {"task list", "[@task]"},
+    {"interface list", "[{interface, inUse, physical, hardware?, address?, mask?}]"},
+    {"interface link", "{interface, first, second, third}"},
+    {"mode show", "@mode"},
+    {"mode single", "change(@mode)"},
+    {"mode double", "change(@mode)"},
+    {"mode pbr", "change(@mode)"},
+    {"address list", "[@address]"},
+    {"address add", "change(@done)"},
+    {"address remove", "change(@done)"},
+    {"route list", "[@route]"},
+    {"route freshen", "change([@route])"},
+    {"route add", "change(@route)"},
+    {"route remove", "change(@done)"},
+    {"route replace", "change(@route)"},
+    {"route6 list", "[@route6]"},
+    {"route6 freshen", "change([@route6])"},
+    {"route6 add", "change(@route6)"},
+    {"route6 remove", "change(@done)"},
+    {"route6 replace", "change(@route6)"},
+    {"kernel show",
+     "{addresses: [@addressInKernel], routes: [@routeInKernel], routes6: [@routeInKernel], rules: [any] (as ip -json "
+     "rule show has them)}"},
+    {"state save", "[@savedState]"},
+    {"state load", "@done"},
+    {"state list", "[@savedState]"},
+    {"dhcp", "{interface, address?, netmask?, gateways?, server?, nameServers?, domain?}"},
+    {"dump", "@dump"},
+    {"explain", "{exit: number (of the command), effects: [{kind, effect, result}]}"},
+    {"clock show", "{time: time, hardwareClock: time (null without one), uptimeSeconds: number}"},
+    {"clock set", "{done, set: time, time: time (what the clock says now)}"},
+    {"reboot", "@done"},
+    {"poweroff", "@done"},
+    {"lock",
+     "{lock: text|null (the lock file; null where there is none), held: bool}|{lock, held: bool, pid: number|null, "
+     "program: text|null, state: \"running\"|\"stopped\", heldAtLeastSeconds: number, heldAtMostSeconds: number|null, "
+     "released: bool, waiting: [{pid: number, program}]}"},
+    {"factory-reset",
+     "{done, removed: {users: [text], settings, settingsAfterwards: text|null, events: number, files: [text]}}"},
+    {"configuration-mode enter", "{done, state, changed: bool, effect}"},
+    {"configuration-mode leave",
+     "{done, state, changed: bool, saved?: bool, error?: @reason, kernelLacks?: [text]|null, engineTold?: bool}"},
+    {"debug-mode enter", "{done, state, changed: bool, effect}"},
+    {"debug-mode leave", "{done, state, changed: bool, kernelLacks?: [text]|null, engineTold?: bool}"},
+    {"notifications", "[{number: number, on: bool}]"},
+    {"notifications show", "[{number: number, on: bool}]"},
+    {"notifications set", "@done"},
+};
+
+}  // namespace
+
+const char* shapeOf(const Command& row) {
+  if (*row.json) return row.json;
+  const std::string words = joined(row.words, " ");
+  for (const CommandShape& one : kShapes) {
+    if (words == one.words) return one.shape;
+  }
+  return "";
+}
+
+}  // namespace ctl
