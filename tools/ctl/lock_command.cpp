@@ -123,7 +123,8 @@ void lock(const Session& session, const LockLine& line) {
   const tools::LockAnswer answer = look();
   if (answer.state == tools::LockState::kHeld) return session.show(holderJson(watch(answer.holder, line.seconds)));
   const bool missing = answer.state == tools::LockState::kMissing;
-  if (session.forPeople()) return session.done(missing ? "nobody holds it: there is no lock file" : "nobody holds the lock");
+  if (session.forPeople())
+    return session.done(missing ? "nobody holds it: there is no lock file" : "nobody holds the lock");
   session.show({{"lock", missing ? Json() : Json(kLockFile)}, {"held", false}});
 }
 

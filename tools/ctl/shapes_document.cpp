@@ -86,22 +86,28 @@ Told toldOf(const Shape& shape) {
 std::string described(const Shape& shape) {
   const Told told = toldOf(shape);
   if (told.object) return told.before + told.behind + ":\n" + memberTable(*told.object);
-  std::string text = kindText(shape);
-  if (text.starts_with('[')) text = "object " + text;
-  const std::string start = shape.kind == Kind::kList ? "A " : "The ";
-  return start + text + ".\n";
+  return kindText(shape) + ".\n";
+}
+
+// Those without members of their own in one table, the others below it.
+std::string commandsText(const std::vector<Command>& rows) {
+  std::string brief = "| Command | JSON |\n|---|---|\n";
+  std::string sections;
+  std::set<std::string> told;  // two rows may have the same words
+  for (const Command& row : rows) {
+    const std::string words = joined(row.words, " ");
+    if (row.hidden || !row.run || !told.insert(words).second) continue;
+    const Shape shape = parseShape(shapeOf(row));
+    if (!toldOf(shape).object) brief += "| `" + words + "` | " + kindText(shape) + " |\n";
+    if (toldOf(shape).object) sections += "\n### " + words + "\n\n" + described(shape);
+  }
+  return brief + sections;
 }
 
 }  // namespace
 
 std::string shapesDocument(const std::vector<Command>& rows) {
-  std::string text = std::string(kBegin) + "## Commands\n";
-  std::set<std::string> told;  // two rows may have the same words
-  for (const Command& row : rows) {
-    if (row.hidden || !row.run || !told.insert(joined(row.words, " ")).second) continue;
-    text += "\n### " + joined(row.words, " ") + "\n\n" + described(parseShape(shapeOf(row)));
-  }
-  text += "\n## Shapes with names\n";
+  std::string text = std::string(kBegin) + "## Commands\n\n" + commandsText(rows) + "\n## Shapes with names\n";
   for (const NamedShape& one : namedShapes()) {
     text += "\n### Shape " + std::string(one.name) + "\n\n" + one.help + ". " + described(shapeNamed(one.name));
   }
