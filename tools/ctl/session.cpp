@@ -86,10 +86,17 @@ void Session::print(const std::string& text) const {
   if (!failure.empty()) throw Refusal(kSystem, failure, -1, errno);
 }
 
+Json Session::chosen(const Json& result) const {
+  return fields.empty() ? result : fieldsOf(result, fieldNames(fields));
+}
+
+std::string Session::recordLine(const Json& record) const {
+  return json ? jsonText(record, -1) + "\n" : terseText(chosen(record));
+}
+
 void Session::show(const Json& result) const {
   if (json) return print(jsonText(result, 2) + "\n");
-  const Json chosen = fields.empty() ? result : fieldsOf(result, fieldNames(fields));
-  print(terse ? terseText(chosen) : render(chosen, wide ? 0 : columns.value_or(screenColumns(out))));
+  print(terse ? terseText(chosen(result)) : render(chosen(result), wide ? 0 : columns.value_or(screenColumns(out))));
 }
 
 void Session::done(const std::string& text) const {

@@ -80,8 +80,13 @@ struct Session {
   void print(const std::string& text) const;
   // Prints a result: as JSON, as terse records, or for a human reader as lines, lists and tables.
   void show(const Json& result) const;
+  // One of many results, as the line of a stream: JSON in one line, or a terse record.
+  std::string recordLine(const Json& record) const;
   // Prints that something was done.
   void done(const std::string& text) const;
+
+ private:
+  Json chosen(const Json& result) const;  // what --fields leaves of it
 };
 
 // Whole JSON without a control character in it but the line feeds of an indented text; -1 indents nothing.

@@ -55,6 +55,10 @@ const std::vector<NamedShape>& namedShapes() {
        "attachedProcesses?: number, lockHeldBy, state?: number, stateName?, configurationFile?}"},
       {"stats", "Counters of the engine, of the interfaces and of the scheduler",
        "{@statistics, uptimeHundredths: number, interfaces: [@counters], qos: [@qos]}"},
+      {"sample", "Rates since the sample before",
+       "{time: time, reports: number (of the engine), engine: \"reporting\"|\"silent\", perSecond: {*: number|null} "
+       "(by "
+       "counter), gauges: {*: number}}"},
       {"userRow", "An account beside the machine's password file",
        "{@account, passwordLine: bool (whether it has a line there)}"},
       {"addressInKernel", "An address of a table beside the kernel",
