@@ -27,6 +27,7 @@ std::vector<Command> resetCommands();      // factory-reset
 std::vector<Command> stateModeCommands();  // configuration-mode, debug-mode, notifications
 std::vector<Command> lockCommands();       // lock
 std::vector<Command> metricsCommands();    // metrics
+std::vector<Command> supportCommands();    // support
 std::vector<Command> explainCommands();    // explain
 
 }  // namespace ctl

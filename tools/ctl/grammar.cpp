@@ -16,10 +16,10 @@ const std::vector<Command>& grammar() {
   static const std::vector<Command> rows = [] {
     std::vector<Command> all;
     for (auto commands :
-         {storeCommands, loadCommands,    itemCommands,      ruleCommands,    userCommands,  eventCommands,
-          statsCommands, engineCommands,  interfaceCommands, addressCommands, routeCommands, kernelCommands,
-          stateCommands, dhcpCommands,    dumpCommands,      controlCommands, resetCommands, stateModeCommands,
-          lockCommands,  explainCommands, lintCommands,      metricsCommands}) {
+         {storeCommands, loadCommands,    itemCommands,      ruleCommands,    userCommands,   eventCommands,
+          statsCommands, engineCommands,  interfaceCommands, addressCommands, routeCommands,  kernelCommands,
+          stateCommands, dhcpCommands,    dumpCommands,      controlCommands, resetCommands,  stateModeCommands,
+          lockCommands,  explainCommands, lintCommands,      metricsCommands, supportCommands}) {
       for (Command& row : commands()) all.push_back(std::move(row));
     }
     return all;
