@@ -173,6 +173,16 @@ TEST(Scrubber, LongerSecretsGoFirst) {
   EXPECT_EQ("(removed) (removed)s abc", scrubber.clean("wordOfMine words abc"));
 }
 
+TEST(Scrubber, FormerSessionsGoBehindTheirName) {
+  const ctl::Scrubber scrubber;
+  EXPECT_EQ("set httpEncryptedId (removed)\nset sysName x", scrubber.clean("set httpEncryptedId a1b2\nset sysName x"));
+  EXPECT_EQ("-set httpEncryptedId \"(removed)\"\n", scrubber.clean("-set httpEncryptedId \"a b\"\n"));
+  EXPECT_EQ("{\"httpEncryptedId\":\"(removed)\",\"b\":1}", scrubber.clean("{\"httpEncryptedId\":\"a b\",\"b\":1}"));
+  EXPECT_EQ("[\"set httpEncryptedId (removed)\\nset b 1\"]", scrubber.clean("[\"set httpEncryptedId a1\\nset b 1\"]"));
+  EXPECT_EQ("  httpEncryptedId: \t\t(removed)\n", scrubber.clean("  httpEncryptedId: \t\ta1\n"));
+  EXPECT_EQ("httpEncryptedId", scrubber.clean("httpEncryptedId"));
+}
+
 TEST(Scrubber, HashesGoWhereverTheyStand) {
   const ctl::Scrubber scrubber;
   EXPECT_EQ("a:(removed):b", scrubber.clean("a:$1$abcdefgh$qZ0ZBbKYeqPT9fWKjmqO1.:b"));

@@ -96,6 +96,35 @@ void replaceHashes(std::string& text) {
   }
 }
 
+// The names of settings whose values are secrets, of which older ones may stand in a history.
+constexpr const char* kSecretSettings[] = {"httpEncryptedId", "oldAdminPassword"};
+
+// Of a value behind its name, as a dump, a command or JSON has it: "NAME: VALUE", "NAME VALUE", "\"NAME\": \"VALUE\"".
+struct Span {
+  size_t start;
+  size_t end;
+};
+
+Span valueBehind(const std::string& text, size_t at) {
+  const size_t start = text.find_first_not_of(" \t:=", text.compare(at, 2, "\":") == 0 ? at + 2 : at);
+  if (start == std::string::npos) return {text.size(), text.size()};
+  const size_t behindBackslash = text[start] == '\\' ? start + 1 : start;
+  const bool quoted = behindBackslash < text.size() && text[behindBackslash] == '"';
+  const size_t value = quoted ? behindBackslash + 1 : start;
+  return {value, std::min(text.find_first_of(quoted ? "\"\n" : " \t\n\"\\,", value), text.size())};
+}
+
+void replaceSettings(std::string& text) {
+  for (const std::string name : kSecretSettings) {
+    for (size_t at = 0; (at = text.find(name, at)) != std::string::npos;) {
+      at += name.size();
+      const Span span = valueBehind(text, at);
+      const std::string value = text.substr(span.start, span.end - span.start);
+      if (!value.empty() && value != kRemoved) text.replace(span.start, value.size(), kRemoved);
+    }
+  }
+}
+
 }  // namespace
 
 void Scrubber::learn(const std::string& secret) {
@@ -134,6 +163,7 @@ void Scrubber::learnConfiguration(const std::string& text) {
 
 std::string Scrubber::clean(std::string text) const {
   for (const std::string& secret : secrets_) replaceAll(text, secret);
+  replaceSettings(text);
   replaceHashes(text);
   return text;
 }
