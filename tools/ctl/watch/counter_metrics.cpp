@@ -4,6 +4,7 @@
 
 #include "kestrove/kestrove.h"
 #include "tools/ctl/watch/metric_tables.h"
+#include "tools/ctl/watch/packed_field.h"
 
 namespace ctl {
 namespace {
@@ -15,12 +16,12 @@ const StatisticsBlock& statisticsOf(const MetricFacts& facts) { return (*facts.s
 
 template <auto StatisticsBlock::*field>
 void plain(const MetricFacts& facts, Metrics& out) {
-  out.add(+(statisticsOf(facts).*field));
+  out.add(fieldOf(statisticsOf(facts), field));
 }
 
 template <uint32_t StatisticsBlock::*field>
 void ratio(const MetricFacts& facts, Metrics& out) {
-  out.add(statisticsOf(facts).*field / kPercent);
+  out.add(fieldOf(statisticsOf(facts), field) / kPercent);
 }
 
 void resetAt(const MetricFacts& facts, Metrics& out) {
@@ -36,7 +37,7 @@ std::string queueName(size_t row) {
 template <auto QosRow::*field>
 void queues(const MetricFacts& facts, Metrics& out) {
   for (size_t row = 0; row < SHM_QOS_ROWS; ++row) {
-    out.add(+((*facts.store)->qos[row].*field), {{"queue", queueName(row)}});
+    out.add(fieldOf((*facts.store)->qos[row], field), {{"queue", queueName(row)}});
   }
 }
 
@@ -46,8 +47,8 @@ void bothWays(Metrics& out, const InterfaceCounters& counters, PortField sent, P
   Labels in = labels;
   labels.emplace_back("direction", "sent");
   in.emplace_back("direction", "received");
-  out.add(counters.*sent, std::move(labels));
-  out.add(counters.*received, std::move(in));
+  out.add(fieldOf(counters, sent), std::move(labels));
+  out.add(fieldOf(counters, received), std::move(in));
 }
 
 template <PortField sent, PortField received>
