@@ -9,6 +9,7 @@ namespace ctl {
 std::vector<Command> storeCommands();      // status, save, check
 std::vector<Command> loadCommands();       // load
 std::vector<Command> lintCommands();       // lint
+std::vector<Command> previewCommands();    // preview
 std::vector<Command> itemCommands();       // show, set
 std::vector<Command> ruleCommands();       // rule
 std::vector<Command> userCommands();       // user

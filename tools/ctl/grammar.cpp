@@ -19,7 +19,7 @@ const std::vector<Command>& grammar() {
          {storeCommands, loadCommands,    itemCommands,      ruleCommands,    userCommands,  eventCommands,
           statsCommands, engineCommands,  interfaceCommands, addressCommands, routeCommands, kernelCommands,
           stateCommands, dhcpCommands,    dumpCommands,      controlCommands, resetCommands, stateModeCommands,
-          lockCommands,  explainCommands, lintCommands}) {
+          lockCommands,  explainCommands, lintCommands,      previewCommands}) {
       for (Command& row : commands()) all.push_back(std::move(row));
     }
     return all;
