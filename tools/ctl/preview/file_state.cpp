@@ -75,9 +75,11 @@ std::string shown(const fs::path& path) {
   return "(binary, " + std::to_string(content.size()) + " bytes, " + markOf(content) + ")\n";
 }
 
+// Folders keep who may enter them.
 void copyTo(const fs::path& from, const fs::path& to) {
   std::error_code ignored;
   fs::create_directories(to.parent_path(), ignored);
+  fs::permissions(to.parent_path(), fs::status(from.parent_path(), ignored).permissions(), ignored);
   fs::copy_file(from, to, fs::copy_options::overwrite_existing, ignored);
 }
 
@@ -85,12 +87,15 @@ void copyTo(const fs::path& from, const fs::path& to) {
 
 std::vector<std::string> ownPlaces() {
   std::vector<std::string> places(std::begin(kFolders), std::end(kFolders));
-  const char* home = getenv("KESTROVE_HOME");
-  places.emplace_back(home ? home : "/var/lib/kestrove");
   for (const std::string& file : {text(shm->config.configFileName), text(shm->config.eventLogFileName)}) {
     if (file.starts_with("/")) places.push_back(file);
   }
   return places;
+}
+
+std::string ownBooks() {
+  const char* home = getenv("KESTROVE_HOME");
+  return home ? home : "/var/lib/kestrove";
 }
 
 void exportFiles(const std::string& folder, const std::vector<std::string>& places) {

@@ -10,6 +10,9 @@ namespace ctl::preview {
 
 // The folders that an appliance has for itself, and the two files that its store names.
 std::vector<std::string> ownPlaces();
+// Where this program keeps its own books: a command that is tried finds them, and what it writes there is nobody's
+// difference.
+std::string ownBooks();
 
 // Copies them below the folder, and from below it to their places again. What cannot be read is left out.
 void exportFiles(const std::string& folder, const std::vector<std::string>& places);

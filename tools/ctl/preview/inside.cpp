@@ -115,6 +115,7 @@ void exportAppliance(const Session& session, const std::string& folder) {
   writeImage(*runningImage(session), folder + kImage);
   const std::vector<std::string> places = ownPlaces();
   exportFiles(folder + kFiles, places);
+  exportFiles(folder + kFiles, {ownBooks()});
   writeFacts(folder + kFacts, {{"places", places}, {"tasks", livingTasks()}, {"kernel", exportKernel()}});
 }
 
