@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # The one entry. Every target sets up what it needs, except install, which only says what is missing.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-sanitized test-all test-install explore bench fuzz shell format format-check lint clang setup install
+.PHONY: help demo test test-sanitized test-all test-install explore bench fuzz shell fleet format format-check lint clang setup install
 
 SECONDS ?= 60
 PREFIX ?= /usr/local
@@ -45,6 +45,12 @@ fuzz: ## each libFuzzer target for SECONDS=60
 shell: ## a shell on a throw-away appliance
 	@scripts/setup build tools sandbox
 	@scripts/shell
+
+# Where systemd runs, Debian would start the machine's own sshd with the package: there it is only named.
+fleet: ## a roll-out over 20 sandbox appliances by Ansible, played as root
+	@[ ! -d /run/systemd/system ] || scripts/setup --check fleet
+	@scripts/setup build tools sandbox fleet
+	@scripts/fleet 20 ansible/play/story
 
 format: ## formats every source with clang-format
 	@scripts/setup format
