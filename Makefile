@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # The one entry. Every target sets up what it needs, except install, which only says what is missing.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-sanitized test-all test-install explore bench fuzz shell format format-check lint clang setup install
+.PHONY: help demo test test-sanitized test-all test-install explore bench fuzz shell fleet format format-check lint clang setup install
 
 SECONDS ?= 60
 PREFIX ?= /usr/local
@@ -16,7 +16,7 @@ demo: ## the appliance's story, told in a sandbox in seconds; the first time som
 	@scripts/demo
 
 test: ## every test, 64-bit, and 32-bit where its packages are or can be installed
-	@scripts/setup build tools sandbox test model
+	@scripts/setup build tools sandbox test model manual
 	@if scripts/setup m32; then scripts/test dev m32; else echo "test: no 32-bit packages; 64-bit only"; scripts/test dev; fi
 
 test-sanitized: ## every test under ASan and UBSan, in both widths
@@ -26,7 +26,7 @@ test-sanitized: ## every test under ASan and UBSan, in both widths
 test-all: test test-sanitized ## the two together
 
 test-install: ## an installation, and C, C++ and Python front ends built against it
-	@scripts/setup build tools sandbox frontend
+	@scripts/setup build tools sandbox frontend manual
 	@scripts/test-install
 
 explore: ## every order of the operations of two and three processes; a share of it is in make test
@@ -45,6 +45,12 @@ fuzz: ## each libFuzzer target for SECONDS=60
 shell: ## a shell on a throw-away appliance
 	@scripts/setup build tools sandbox
 	@scripts/shell
+
+# Where systemd runs, Debian would start the machine's own sshd with the package: there it is only named.
+fleet: ## a roll-out over 20 sandbox appliances by Ansible, played as root
+	@[ ! -d /run/systemd/system ] || scripts/setup --check fleet
+	@scripts/setup build tools sandbox fleet
+	@scripts/fleet 20 ansible/play/story
 
 format: ## formats every source with clang-format
 	@scripts/setup format

@@ -18,6 +18,8 @@ install(DIRECTORY include/kestrove DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 if(TARGET kestrovectl)
   install(TARGETS kestrovectl kestrove-sim shm-init RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES tools/ctl/shell/completion.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+          RENAME kestrovectl)
 endif()
 
 install(TARGETS kestrove-sandbox kestrove-recorder RUNTIME DESTINATION ${kestrove_home})

@@ -74,6 +74,10 @@ KESTROVE_API int notifyKestrove(void);
    0; -1 with 3 for a null mask; -1 with the code of the lock, the marks then kept. */
 KESTROVE_API int receiveKestroveEvent(uint32_t* mask);
 
+/* Marks changes (SHM_CHANGE_*) for the engine to fetch, for a caller that made them in Configuration Mode and tells the
+   engine itself (notifyKestrove). Takes the lock. 0; -1 with the code of the lock. */
+KESTROVE_API int kestrove_mark(uint32_t changes);
+
 #ifdef __cplusplus
 }
 #endif

@@ -66,3 +66,10 @@ int receiveKestroveEvent(uint32_t* mask) {
   *mask = takePending();
   return 0;
 }
+
+int kestrove_mark(uint32_t changes) {
+  StoreLock lock;
+  if (!lock) return -1;
+  markPending(changes);
+  return 0;
+}

@@ -215,6 +215,16 @@ TEST_F(CtlResetTest, UsersMayStay) {
   EXPECT_THAT(removed["files"].dump(), AllOf(HasSubstr(kAgentFile), Not(HasSubstr(kMarker))));
 }
 
+TEST_F(CtlResetTest, WhatWaitsForItsConfirmationComesFirst) {
+  ASSERT_EQ(0, ctl("set sysName tried --confirm 5").status);
+  Ran ran = ctl("factory-reset --yes");
+  EXPECT_EQ(1, ran.status);
+  EXPECT_THAT(ran.err, HasSubstr("waits for its confirmation"));
+  EXPECT_EQ(1, shm->config.userCount);
+  ASSERT_EQ(0, ctl("confirm").status);
+  EXPECT_EQ(0, ctl("factory-reset --yes").status);
+}
+
 TEST_F(CtlResetTest, TheRestartMayBeLeftToTheCaller) {
   Ran ran = ctl("factory-reset --yes --no-reboot");
   EXPECT_EQ(0, ran.status) << ran.err;

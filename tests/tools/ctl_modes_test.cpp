@@ -36,11 +36,25 @@ TEST_F(CtlModesTest, LeavingItSavesNothingAndSaysSo) {
   Ran left = ctl("configuration-mode leave");
   EXPECT_EQ(0, left.status);
   EXPECT_EQ(SHM_STATE_OPERATIONAL, state());
-  EXPECT_THAT(left.out, AllOf(HasSubstr("left Configuration Mode\n"), HasSubstr("not saved: "),
+  EXPECT_THAT(left.out, AllOf(HasSubstr("left Configuration Mode\n"),
+                              HasSubstr("not saved: items sysName, routes 172.20.0.0/16 (kestrovectl save)"),
                               HasSubstr("the kernel lacks 172.20.0.0/16"), HasSubstr("the engine has not heard")));
   EXPECT_THAT(readFile(kFile), Not(HasSubstr("branch")));
   EXPECT_EQ(0, ctl("save").status);
   EXPECT_THAT(readFile(kFile), HasSubstr("branch"));
+}
+
+TEST_F(CtlModesTest, WhatIsNotSavedIsListed) {
+  ASSERT_EQ(0, ctl("save").status);
+  ctl("configuration-mode enter");
+  EXPECT_EQ(true, ctl("--json configuration-mode leave").json()["saved"]) << "nothing was changed";
+  ctl("configuration-mode enter");
+  ctl("set sysName branch");
+  const Json left = ctl("--json configuration-mode leave").json();
+  EXPECT_EQ(false, left["saved"]);
+  ASSERT_EQ(1u, left["unsaved"].size());
+  EXPECT_EQ("sysName", left["unsaved"][0]["key"]);
+  EXPECT_EQ("set sysName branch", left["unsaved"][0]["after"]);
 }
 
 TEST_F(CtlModesTest, LeavingItMaySaveAtOnce) {

@@ -43,9 +43,9 @@ TEST_F(CtlWordsTest, AValueMayBeTheNameOfACommand) {
 
 TEST(CtlUsage, HelpListsEveryExitCode) {
   const std::string help = ctl("--help").out;
-  for (const char* code : {"0  done", "1  refused", "2  wrong usage", "3  there is no store", "4  check or kernel show",
+  for (const char* code : {"0  done", "1  refused", "2  wrong usage", "3  there is no store", "4  something was found",
                            "5  a file, a program or standard output", "6  another process held", "7  not permitted",
-                           "8  applied, but not saved"}) {
+                           "8  applied, but not saved", "9  partly applied", "10  not confirmed in time"}) {
     EXPECT_THAT(help, HasSubstr(std::string("  ") + code));
   }
 }

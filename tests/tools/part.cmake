@@ -1,14 +1,14 @@
 # SPDX-License-Identifier: Apache-2.0
-# Fails when the output of TOOL does not stand in FILE between the marks that are its first and last lines. With WRITE
+# Fails when the output of TOOL ARGUMENT does not stand in FILE between the marks that are its first and last lines. With WRITE
 # it is put there.
-execute_process(COMMAND ${TOOL} OUTPUT_VARIABLE actual COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${TOOL} ${ARGUMENT} OUTPUT_VARIABLE actual COMMAND_ERROR_IS_FATAL ANY)
 file(READ ${FILE} text)
 string(FIND "${text}" "${actual}" at)
 if(NOT at EQUAL -1)
   return()
 elseif(NOT WRITE)
   message(FATAL_ERROR "${FILE} has not what ${TOOL} prints: write it anew with "
-                      "'cmake -DTOOL=${TOOL} -DFILE=${FILE} -DWRITE=ON -P ${CMAKE_CURRENT_LIST_FILE}'")
+                      "'cmake -DTOOL=${TOOL} -DARGUMENT=${ARGUMENT} -DFILE=${FILE} -DWRITE=ON -P ${CMAKE_CURRENT_LIST_FILE}'")
 endif()
 string(REGEX MATCH "^[^\n]*\n" begin "${actual}")
 string(REGEX MATCH "[^\n]*\n$" end "${actual}")

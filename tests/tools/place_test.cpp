@@ -71,7 +71,8 @@ TEST(Place, AnOptionTakesTheNextWord) {
   EXPECT_THAT(options("rule add 0"), AllOf(Contains("--kbps"), Contains("--match-all"), Contains("--json")));
   EXPECT_THAT(options("rule add 0 --kbps 512 --any"), AllOf(Not(Contains("--kbps")), Not(Contains("--any"))));
   EXPECT_THAT(options("rule change 0"), Not(Contains("--match-all")));
-  EXPECT_THAT(options(""), ElementsAre("--json", "--source", "--user", "--wait"));
+  EXPECT_THAT(options(""), ElementsAre("--json", "--terse", "--fields", "--wide", "--source", "--user", "--wait",
+                                       "--comment", "--confirm"));
 }
 
 TEST(Place, EachValueSaysWhatCompletesIt) {

@@ -7,6 +7,7 @@
 #include <random>
 
 #include "tests/support/addresses.h"
+#include "tests/support/random_store.h"
 #include "tests/support/store.h"
 #include "tools/ctl/settings/sequence.h"
 
@@ -97,6 +98,23 @@ TEST_F(DifferenceTest, WithLoginsAndRoutesThatTheKernelRefusedIsEmpty) {
   after->config.users[0].lastLoginSeconds = 7;
   after->routes.slot[0].status = SHM_ROUTE_INACTIVE;
   EXPECT_TRUE(compare(*shm, *after).empty());
+}
+
+// Records are compared where there are many; their lines would say the same.
+TEST_F(DifferenceTest, OfRecordsIsThatOfTheirLines) {
+  for (unsigned seed = 0; seed < 20; ++seed) {
+    drawStore(seed + 100);
+    const Image other(*shm);
+    drawStore(seed);
+    Image near(*shm);
+    near->filterTable.rule[0].priority += 1;
+    near->routes.slot[near->routes.head].gateway += 1;
+    const Image* const all[] = {&other, &near};
+    for (const Image* after : all) {
+      EXPECT_EQ(differenceJson(compare(ctl::settingLines(*shm), ctl::settingLines(**after))),
+                differenceJson(compare(*shm, **after)));
+    }
+  }
 }
 
 // The gaps taken out and put in make the second sequence of the first.

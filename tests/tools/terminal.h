@@ -21,10 +21,11 @@ namespace kestrove::testing {
 class Terminal {
  public:
   // A session of its own gets signals from keys; only a process that has its parent in its session can be stopped.
-  explicit Terminal(std::vector<const char*> words, bool ownSession = true) {
+  explicit Terminal(std::vector<const char*> words, bool ownSession = true, unsigned short columns = 0) {
     words.insert(words.begin(), KESTROVECTL);
     words.push_back(nullptr);
-    if (openpty(&side_, &other_, nullptr, nullptr, nullptr) != 0) abort();
+    const struct winsize size = sized(columns);
+    if (openpty(&side_, &other_, nullptr, nullptr, columns ? &size : nullptr) != 0) abort();
     pid_ = fork();
     if (pid_ != 0) return;
     close(side_);
@@ -96,6 +97,7 @@ class Terminal {
   const std::string& heard() const { return heard_; }
 
  private:
+  static struct winsize sized(unsigned short columns) { return {24, columns, 0, 0}; }
   void hear(int milliseconds) {
     struct pollfd input = {side_, POLLIN, 0};
     char buffer[512];

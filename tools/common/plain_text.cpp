@@ -62,12 +62,16 @@ std::string escaped(std::string_view text) {
   return out;
 }
 
-std::string refusedWord(int argc, char** argv) {
-  for (int i = 1; i < argc; ++i) {
-    if (!hasControlCharacter(argv[i])) continue;
-    return "word " + std::to_string(i) + " of the command line holds a control character: " + escaped(argv[i]);
+std::string refusedWord(const std::vector<std::string>& words) {
+  for (size_t i = 0; i < words.size(); ++i) {
+    if (!hasControlCharacter(words[i])) continue;
+    return "word " + std::to_string(i + 1) + " of the command line holds a control character: " + escaped(words[i]);
   }
   return {};
+}
+
+std::string refusedWord(int argc, char** argv) {
+  return refusedWord(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
 }
 
 unsigned distance(std::string_view one, std::string_view other) {

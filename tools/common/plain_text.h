@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tools {
 
@@ -15,6 +16,7 @@ bool hasControlCharacter(std::string_view text);
 std::string escaped(std::string_view text);
 
 // The first word of a command line that holds a control character, with its number: a sentence, or empty.
+std::string refusedWord(const std::vector<std::string>& words);
 std::string refusedWord(int argc, char** argv);
 
 // Of a few names the one that was probably meant, for a hint behind an error; empty when none is near.

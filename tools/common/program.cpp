@@ -28,7 +28,7 @@ bool executable(const std::string& path) { return access(path.c_str(), X_OK) == 
 
 }  // namespace
 
-Output runForOutput(const std::vector<std::string>& vector) {
+Output runForOutput(const std::vector<std::string>& vector, bool quiet) {
   int ends[2];
   Output output;
   if (pipe2(ends, O_CLOEXEC) != 0) return output;
@@ -38,6 +38,8 @@ Output runForOutput(const std::vector<std::string>& vector) {
     for (const std::string& argument : vector) arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
     dup2(ends[1], STDOUT_FILENO);
+    const int nowhere = quiet ? open("/dev/null", O_WRONLY | O_CLOEXEC) : -1;
+    if (nowhere != -1) dup2(nowhere, STDERR_FILENO);
     execvp(arguments[0], arguments.data());
     _exit(127);
   }

@@ -15,8 +15,9 @@ struct Output {
 // Runs a fixed line through the shell.
 Output runForOutput(const char* line);
 
-// Runs a vector without a shell; its standard output is the text, standard error stays this process's own.
-Output runForOutput(const std::vector<std::string>& vector);
+// Runs a vector without a shell; its standard output is the text, standard error stays this process's own unless it is
+// to be quiet.
+Output runForOutput(const std::vector<std::string>& vector, bool quiet = false);
 
 // The folder of this program, for programs installed beside it.
 std::string ownFolder();

@@ -42,17 +42,20 @@ void requireUsable(const Prefix& given) {
   accept(validateNetmask(&given.mask), given.text.substr(given.text.find('/') + 1));
 }
 
-ManagementAddress entryOf(const AddressLine& line) {
+ManagementAddress rawEntry(const AddressLine& line) {
   ManagementAddress entry = {};
   entry.interfaceKind = line.kind;
   entry.ipVersion = line.address.version();
   memcpy(entry.address6, line.address.host.address6, sizeof entry.address6);
   entry.prefixLength6 = line.address.length6;
-  if (entry.ipVersion == SHM_FAMILY_IPV6) return entry;
-  requireUsable(line.address);
   entry.address = line.address.host.address;
   entry.mask = line.address.mask;
   return entry;
+}
+
+ManagementAddress entryOf(const AddressLine& line) {
+  if (line.address.version() != SHM_FAMILY_IPV6) requireUsable(line.address);
+  return rawEntry(line);
 }
 
 Ip6Address bridgeEntry(const ManagementAddress& entry) {
@@ -63,10 +66,8 @@ Ip6Address bridgeEntry(const ManagementAddress& entry) {
   return own;
 }
 
-void add(const Session& session, const AddressLine& line) {
-  requireStore(session);
+void addEntry(const Session& session, const AddressLine& line, ManagementAddress entry) {
   const std::string& address = line.address.text;
-  ManagementAddress entry = entryOf(line);
   Change change(session);
   if (line.ofBridge) {
     Ip6Address own = bridgeEntry(entry);
@@ -76,6 +77,42 @@ void add(const Session& session, const AddressLine& line) {
   }
   change.done(address + " added");
 }
+
+void add(const Session& session, const AddressLine& line) {
+  requireStore(session);
+  addEntry(session, line, entryOf(line));
+}
+
+Wish wish(const AddressLine& line) {
+  const ManagementAddress entry = entryOf(line);
+  if (line.ofBridge) return bridgeEntry(entry);
+  return entry;
+}
+
+// Of a saved script, which has the mask as a word of its own and takes whatever the table holds.
+struct ScriptLine {
+  std::string address, length;
+  bool bridge = false;
+  bool router = false;
+  bool management = false;
+};
+
+AddressLine lineOf(const ScriptLine& line) {
+  if (line.bridge + line.router + line.management > 1)
+    throw Refusal(kUsage, "an address goes with one of -b, -v and -m");
+  return {.address = parsePrefix(line.address + "/" + line.length, Family::kBoth),
+          .kind = line.router       ? SHM_IF_LAN
+                  : line.management ? SHM_IF_MANAGEMENT
+                                    : SHM_IF_BRIDGE};
+}
+
+void addOfScript(const Session& session, const ScriptLine& line) {
+  const AddressLine own = lineOf(line);
+  requireStore(session);
+  addEntry(session, own, rawEntry(own));
+}
+
+Wish wishOfScript(const ScriptLine& line) { return rawEntry(lineOf(line)); }
 
 // The library sets no code for an address that is not there.
 void requireOwn(const Ip6Address& wanted, const std::string& address) {
@@ -112,11 +149,18 @@ std::vector<Command> addressCommands() {
   return {
       group("address", "Management addresses, and the IPv6 addresses of br0"),
       command("address list", "All addresses", showing<allRows>),
-      changing("address add", "Add an address", add,
-               {needed("ADDRESS", &AddressLine::address, prefix, "IPv4 or IPv6"), own,
-                option("--interface", &AddressLine::kind, takes::word(kInterfaceKinds), "Where it is used")}),
+      setting("address add", "Add an address", add, wish,
+              {needed("ADDRESS", &AddressLine::address, prefix, "IPv4 or IPv6"), own,
+               option("--interface", &AddressLine::kind, takes::word(kInterfaceKinds), "Where it is used")}),
       changing("address remove", "Remove an address", remove,
-               {needed("ADDRESS", &AddressLine::address, prefix.from(Completion::kAddresses), "IPv4 or IPv6"), own})};
+               {needed("ADDRESS", &AddressLine::address, prefix.from(Completion::kAddresses), "IPv4 or IPv6"), own}),
+      ofScripts(group("ip", "Management addresses in the words of a saved script")),
+      ofScripts(setting("ip add", "Add an address", addOfScript, wishOfScript,
+                        {needed("ADDRESS", &ScriptLine::address, takes::text(), "IPv4 or IPv6"),
+                         needed("MASK", &ScriptLine::length, takes::text(), "Its netmask, or its prefix length"),
+                         flag("-b", &ScriptLine::bridge, "On the bridge, as without an option"),
+                         flag("-v", &ScriptLine::router, "On the LAN side"),
+                         flag("-m", &ScriptLine::management, "On the management port")}))};
 }
 
 }  // namespace ctl

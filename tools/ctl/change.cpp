@@ -5,8 +5,6 @@
 #include <cstring>
 
 #include "kestrove/kestrove.h"
-#include "tools/common/plain_text.h"
-#include "tools/ctl/render.h"
 
 namespace ctl {
 namespace {
@@ -20,8 +18,10 @@ bool mayBeLost(uint32_t code) { return code == SHM_ESYSTEM || code == SHM_EIO; }
 
 Change::Change(const Session& session) : session_(session) {
   if (!session.changes) throw Refusal(kSystem, "a command that says it only reads was about to change the store");
+  recording_.emplace(session);
   awaitLock(session);
   if (!hold_.emplace()) throw refusal("the store cannot be locked");
+  recording_->begin();
   shm_errno = SHM_OK;
   errno = 0;
 }
@@ -52,6 +52,7 @@ void Change::ask(const std::string& what) {
     return warn(what + ": made and saved; a step of it failed: " + reason);
   lost_ = "applied, not saved: " + text(shm->config.configFileName) + ": " + (errno != 0 ? strerror(errno) : reason);
   code_ = code;
+  error_ = errno;
 }
 
 std::string Change::notSaved() const {
@@ -63,26 +64,44 @@ Json Change::resultJson(Json result, const std::string& stored) const {
   if (lost_.empty() && stored.empty()) return result;
   if (!result.is_object()) result = Json{{"result", result}};
   result["saved"] = false;
-  if (!lost_.empty()) result["error"] = errorJson(kNotSaved, lost_, code_);
+  if (!lost_.empty()) result["error"] = errorJson({kNotSaved, lost_, code_, error_});
   if (!stored.empty()) result["reason"] = stored;
   return result;
 }
 
-// What is not saved is told first: the output may fail.
-void Change::tell(const Json& result, const std::string& text) {
-  const std::string stored = notSaved();
+Recorded Change::giveBack() {
+  const Recorded recorded = recording_->finish();
   hold_.reset();
-  if (!session_.json && !lost_.empty()) warn(lost_);
-  if (session_.json) {
-    session_.show(resultJson(result, stored));
-  } else {
-    session_.print(text + (stored.empty() ? "" : "stored, not saved: " + stored + "\n"));
-  }
-  if (!lost_.empty()) throw Refusal(kNotSaved, "");
+  recording_.reset();
+  return recorded;
 }
 
-void Change::show(const Json& result) { tell(result, session_.json ? "" : render(result)); }
+// What is not saved is told first: the output may fail.
+void Change::tell(const Json& result, const std::function<void()>& print) {
+  const std::string stored = notSaved();
+  const Recorded recorded = giveBack();
+  if (!session_.json && !lost_.empty()) warn(lost_);
+  if (!session_.json) recorded.warn();
+  if (session_.json) {
+    Json whole = resultJson(result, stored);
+    recorded.addTo(whole);
+    session_.show(whole);
+  } else {
+    print();
+    const std::string said = stored.empty() ? "" : "stored, not saved: " + stored;
+    if (!said.empty() && session_.forPeople()) session_.print(said + "\n");
+    if (!said.empty() && !session_.forPeople()) warn(said);
+    if (session_.forPeople()) session_.print(recorded.text());
+  }
+  if (!lost_.empty() || !recorded.missing.empty()) throw Refusal(kNotSaved, "");
+}
 
-void Change::done(const std::string& text) { tell(Json{{"done", text}}, tools::escaped(text) + "\n"); }
+void Change::show(const Json& result) {
+  tell(result, [&] { session_.show(result); });
+}
+
+void Change::done(const std::string& text) {
+  tell(Json{{"done", text}}, [&] { session_.done(text); });
+}
 
 }  // namespace ctl

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tools/common/hold.h"
+#include "tools/ctl/history/recording.h"
 #include "tools/ctl/session.h"
 
 namespace ctl {
@@ -15,7 +16,7 @@ class Change {
  public:
   using Question = std::function<bool()>;
 
-  // Waits for the lock as long as the session says, holds the store from here on, so that what is read for the change
+  // Waits for the locks as long as the session says, holds the store from here on, so that what is read for the change
   // is still so when it is made, and forgets the codes of earlier steps: what stands there afterwards is of this
   // change.
   explicit Change(const Session& session);
@@ -23,6 +24,9 @@ class Change {
   // Takes the result of the operation. Throws its refusal when it failed; where a save that failed may be all that the
   // result tells, the question says whether the change was made.
   int made(int result, const std::string& what, const Question& inStore = nullptr);
+
+  // What was changed is no setting, and is to have a revision all the same.
+  void leavesRevision() { recording_->always(); }
 
   // Why the library only stores what was changed; empty when it saves it.
   void leavesUnsaved(const char* reason) { unsaved_ = reason; }
@@ -36,13 +40,16 @@ class Change {
   void ask(const std::string& what);
   std::string notSaved() const;
   Json resultJson(Json result, const std::string& stored) const;
-  void tell(const Json& result, const std::string& text);
+  Recorded giveBack();
+  void tell(const Json& result, const std::function<void()>& print);
 
   const Session& session_;
   std::optional<tools::Hold> hold_;
+  std::optional<Recording> recording_;  // ends with the store still held
   const char* unsaved_ = "";
   std::string lost_;  // why the file does not have it
   int code_ = -1;
+  int error_ = 0;
 };
 
 }  // namespace ctl

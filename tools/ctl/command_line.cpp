@@ -4,6 +4,13 @@
 #include <algorithm>
 #include <memory>
 
+#include "tools/common/version_text.h"
+#include "tools/ctl/exit_codes.h"
+#include "tools/ctl/history/changing.h"
+#include "tools/ctl/reference.h"
+#include "tools/ctl/script/help_text.h"
+#include "tools/ctl/shape.h"
+
 namespace ctl {
 namespace {
 
@@ -67,21 +74,12 @@ bool namesFile(const Command& row, const Given& given) {
   return false;
 }
 
-void runRow(const Session& session, const Command& row, const Given& given) {
-  Session own = session;
-  own.changes = row.changes;
-  if (session.readsOnly && (row.changes || row.secret || row.hidden || namesFile(row, given))) {
-    throw Refusal(kNotPermitted, session.readsOnly);
-  }
-  row.run(own, given);
-}
-
 void addRow(CLI::App& place, const Session& session, const Command& row) {
   auto given = std::make_shared<Given>(row.values.size());
   bool rest = false;
   for (size_t i = 0; i < row.values.size(); ++i) {
     rest = rest || row.values[i].type.form == Form::kCommandLine;
-    if (rest) continue;
+    if (rest || (row.script && row.values[i].isOption())) continue;
     addValue(place, row.values[i], [given, i](const std::string& word) { (*given)[i].push_back(word); });
   }
   if (rest) place.prefix_command()->fallthrough(false);
@@ -92,20 +90,63 @@ void addRow(CLI::App& place, const Session& session, const Command& row) {
   });
 }
 
+// A second row of the same words is one of saved scripts, which the parser cannot read: it is told of below the first.
+bool isSecond(const std::vector<Command>& rows, const Command& row) {
+  return row.script && std::any_of(rows.begin(), rows.end(),
+                                   [&row](const Command& other) { return &other < &row && other.words == row.words; });
+}
+
+std::string footerOf(const Command& row) {
+  const std::string options = scriptOptions(row);
+  std::string text = options.empty() ? "" : "In a saved script:\n  " + syntaxOf(row) + "\n" + options;
+  return text + row.more;
+}
+
+void addFooter(CLI::App& place, const Command& row) {
+  const std::string footer = footerOf(row);
+  const std::string before = place.get_footer();
+  if (!footer.empty()) place.footer(before + (before.empty() ? "" : "\n\n") + footer);
+}
+
 void addCommand(CLI::App& app, const Session& session, const std::vector<Command>& rows, const Command& row) {
   CLI::App* place = &app;
   for (size_t i = 0; i + 1 < row.words.size(); ++i) place = place->get_subcommand(row.words[i]);
+  if (isSecond(rows, row)) return addFooter(*place->get_subcommand(row.words.back()), row);
   place = place->add_subcommand(row.words.back(), row.help);
-  if (!row.more.empty()) place->footer(row.more);
-  if (row.hidden) place->group("");
+  addFooter(*place, row);
+  if (row.hidden || row.script) place->group("");
   if (hasBelow(rows, row)) place->require_subcommand(row.run ? 0 : 1, 1);
   if (row.run) addRow(*place, session, row);
 }
 
 }  // namespace
 
+void runRow(const Session& session, const Command& row, const Given& given) {
+  refuseKeeping(session, row);
+  requireOutput(session, row);
+  Session own = session;
+  own.changes = row.changes;
+  if (session.readsOnly && (row.changes || row.secret || row.hidden || namesFile(row, given))) {
+    throw Refusal(kNotPermitted, session.readsOnly);
+  }
+  row.run(own, given);
+}
+
+void describeProgram(CLI::App& app, Session& session) {
+  app.require_subcommand(0, 1);
+  app.fallthrough();
+  app.footer(exitCodesText());
+  app.set_version_flag("--version", tools::versionText("kestrovectl"));
+  addSharedOptions(app, session);
+}
+
+bool mayGive(const Session& session, const std::string& option) {
+  return session.loggedIn.empty() || (option != "--source" && option != "--user");
+}
+
 void addSharedOptions(CLI::App& app, Session& session) {
   for (const Argument<Session>& argument : sharedOptions()) {
+    if (!mayGive(session, argument.name)) continue;
     addValue(app, argument, [&argument, &session](const std::string& word) { argument.put(session, word); });
   }
 }

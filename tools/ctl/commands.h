@@ -9,6 +9,8 @@ namespace ctl {
 std::vector<Command> storeCommands();      // status, save, check
 std::vector<Command> loadCommands();       // load
 std::vector<Command> lintCommands();       // lint
+std::vector<Command> diffCommands();       // diff
+std::vector<Command> previewCommands();    // preview
 std::vector<Command> itemCommands();       // show, set
 std::vector<Command> ruleCommands();       // rule
 std::vector<Command> userCommands();       // user
@@ -26,6 +28,14 @@ std::vector<Command> controlCommands();    // clock, reboot, poweroff
 std::vector<Command> resetCommands();      // factory-reset
 std::vector<Command> stateModeCommands();  // configuration-mode, debug-mode, notifications
 std::vector<Command> lockCommands();       // lock
+std::vector<Command> applyCommands();      // apply
+std::vector<Command> lostCommands();       // lost
+std::vector<Command> metricsCommands();    // metrics
+std::vector<Command> supportCommands();    // support
+std::vector<Command> helpCommands();       // help
 std::vector<Command> explainCommands();    // explain
+std::vector<Command> historyCommands();    // history, rollback
+std::vector<Command> confirmCommands();    // confirm
+std::vector<Command> shellCommands();      // shell, completion
 
 }  // namespace ctl

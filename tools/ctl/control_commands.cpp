@@ -47,7 +47,7 @@ void setClock(const Session& session, const ClockLine& line) {
   const int64_t now = time(nullptr);
   if (std::abs(now - when.seconds) > kClockSlack) warn("the clock was told and does not follow: " + momentText(now));
   if (stopped) warn("the engine was switched off and is switched on now");
-  if (!session.json) return session.done("clock set to " + momentText(when.seconds));
+  if (session.forPeople()) return session.done("clock set to " + momentText(when.seconds));
   session.show({{"done", "clock set"}, {"set", momentText(when.seconds)}, {"time", momentText(now)}});
 }
 

@@ -67,7 +67,7 @@ std::string cut(const std::string& dump, const std::string& name) {
 void dump(const Session& session, const DumpLine& line) {
   const std::string& section = line.section;
   requireStore(session);
-  if (!session.json) {
+  if (session.forPeople()) {
     awaitLock(session);
     return session.print(section.empty() ? dumpText() : cut(dumpText(), section));
   }

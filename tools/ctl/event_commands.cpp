@@ -25,14 +25,14 @@ void list(const Session& session) {
     tools::Hold hold;
     requireHold(hold);
     for (uint32_t index = 0; index < eventCount(); ++index) {
-      if (session.json) {
+      if (!session.forPeople()) {
         events.push_back(eventRow(index));
       } else {
         lines += eventLine(index) + "\n";
       }
     }
   }
-  if (session.json) return session.show({{"events", events}});
+  if (!session.forPeople()) return session.show({{"events", events}});
   session.print(lines);
 }
 

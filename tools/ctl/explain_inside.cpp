@@ -1,37 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ctl/explain_inside.h"
 
-#include <sys/shm.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
-#include <fstream>
 
 #include "kestrove/kestrove.h"
 #include "tools/common/program.h"
 #include "tools/ctl/rows.h"
+#include "tools/ctl/sandbox_store.h"
 #include "tools/ctl/trace/tracer.h"
 
 namespace ctl {
 namespace {
-
-std::string readImage(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::string image((std::istreambuf_iterator<char>(file)), {});
-  if (image.size() != SHM_SIZE) throw Refusal(kSystem, path + ": no image of a store");
-  return image;
-}
-
-void* makeStore() {
-  int id = shmget(SHM_KEY, SHM_SIZE, IPC_CREAT | IPC_EXCL | 0666);
-  void* segment = id == -1 ? reinterpret_cast<void*>(-1) : shmat(id, nullptr, 0);
-  if (segment == reinterpret_cast<void*>(-1) || create_lock_file() != 0) {
-    throw Refusal(kSystem, std::string("copy of the store: ") + strerror(errno));
-  }
-  return segment;
-}
 
 // In any state of the store, and without the engine, whose number belongs to nobody here.
 [[noreturn]] void powerOn() {
@@ -90,17 +74,17 @@ Json traceJson(const Trace& trace, const ShmData& before, const ShmData& after) 
 }  // namespace
 
 void explainInside(const Session& session, const std::string& imagePath, const std::vector<std::string>& command) {
-  if (access("/run/kestrove/inside", F_OK) != 0) throw Refusal(kRefused, "only inside the sandbox");
-  std::string image = readImage(imagePath);
-  void* segment = makeStore();
-  memcpy(segment, image.data(), image.size());
+  requireInside();
+  const Image image = readImage(imagePath);
+  ShmData* segment = makeStore();
+  memcpy(segment, &*image, sizeof *segment);
   bringUpAppliance();
-  memcpy(segment, image.data(), image.size());  // coming up has changed it
+  memcpy(segment, &*image, sizeof *segment);  // coming up has changed it
   std::vector<std::string> line = {tools::ownFolder() + "/kestrovectl"};
   line.insert(line.end(), command.begin(), command.end());
+  setenv("KESTROVE_HOME", "", 1);  // a copy has no history
   const Trace trace = traceProgram(line);
-  const auto* before = reinterpret_cast<const ShmData*>(image.data());
-  session.print(jsonText(traceJson(trace, *before, *static_cast<const ShmData*>(segment)), -1));
+  session.print(jsonText(traceJson(trace, *image, *segment), -1));
 }
 
 }  // namespace ctl

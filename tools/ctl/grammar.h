@@ -8,22 +8,25 @@
 #include <type_traits>
 #include <vector>
 
+#include "tools/ctl/script/wish.h"
 #include "tools/ctl/session.h"
 #include "tools/ctl/values.h"
 
 namespace ctl {
 
-// One value of a command line. Those without "--" stand in the order of the row.
+// One value of a command line. Those without "--" stand in the order of the row. Options of saved scripts have one
+// dash.
 struct Value {
-  std::string name;  // "POSITION", "--kbps"
+  std::string name;  // "POSITION", "--kbps", "-srcPort"
   Type type;
   const char* help = "";
   bool needed = false;
   bool several = false;   // takes every word that is left
   bool lastWins = false;  // may be given again
+  bool wordless = false;  // an option that may stand without its value
   std::string preset;     // what holds when it is not given; empty where that is nothing to show
 
-  bool isOption() const { return name.starts_with("--"); }
+  bool isOption() const { return name.starts_with("-"); }
 };
 
 // A value with its place in the record that the handler gets.
@@ -46,6 +49,15 @@ struct Command {
   bool hidden = false;    // for the program's own use
   bool changes = false;   // the store, the kernel or a file; what does not may be run by who may only read
   bool secret = false;    // asks for a password: its lines are kept nowhere
+  const char* json = "";  // the shape of its result, in the words of shape.h
+
+  Command gives(const char* shape) && {
+    json = shape;
+    return std::move(*this);
+  }
+  bool script = false;  // a line of saved scripts; may have the words of the row in front of it, with other values
+  // What the line asks the store to hold, where it is a setting: what apply makes a whole store of. Throws a Refusal.
+  std::function<Wish(const Given&)> wish = nullptr;
 };
 
 // The whole table, groups in front of their commands, in the order in which help lists them.
@@ -93,6 +105,16 @@ Argument<Line> several(const char* name, std::vector<std::string> Line::*field, 
   return made;
 }
 
+// The record of a handler, made of the words.
+template <typename Line>
+Line lineOf(const std::vector<Argument<Line>>& arguments, const Given& given) {
+  Line line;
+  for (size_t i = 0; i < given.size(); ++i) {
+    for (const std::string& word : given[i]) arguments[i].put(line, word);
+  }
+  return line;
+}
+
 // "rule add" as its words.
 std::vector<std::string> wordsOf(const std::string& text);
 
@@ -111,11 +133,7 @@ Command command(const std::string& words, const char* help, void (*handler)(cons
   row.values.assign(arguments.begin(), arguments.end());
   row.more = more;
   row.run = [handler, arguments](const Session& session, const Given& given) {
-    Line line;
-    for (size_t i = 0; i < given.size(); ++i) {
-      for (const std::string& word : given[i]) arguments[i].put(line, word);
-    }
-    handler(session, line);
+    handler(session, lineOf(arguments, given));
   };
   return row;
 }
@@ -138,6 +156,22 @@ Command changing(const std::string& words, const char* help, void (*handler)(con
 // The same row, whose handler asks for a password.
 inline Command askingPassword(Command row) {
   row.secret = true;
+  return row;
+}
+
+// A changing row that says what the store shall hold.
+template <typename Line>
+Command setting(const std::string& words, const char* help, void (*handler)(const Session&, const Line&),
+                Wish (*wish)(const Line&), std::type_identity_t<std::vector<Argument<Line>>> arguments,
+                const std::string& more = "") {
+  Command row = changing(words, help, handler, arguments, more);
+  row.wish = [wish, arguments](const Given& given) { return wish(lineOf(arguments, given)); };
+  return row;
+}
+
+// The same row as one of saved scripts.
+inline Command ofScripts(Command row) {
+  row.script = true;
   return row;
 }
 

@@ -5,6 +5,7 @@
 #include "kestrove/kestrove.h"
 #include "tools/ctl/change.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/mode_setting.h"
 #include "tools/ctl/reading.h"
 
 namespace ctl {
@@ -83,19 +84,20 @@ Json modeFacts() {
           {"wanVlan", wan}};
 }
 
-void single(const Session& session, const SingleLine& line) {
-  requireStore(session);
-  Change change(session);
-  change.made(setSingleInterfaceMode(SHM_ON, line.lanVlan, line.wanVlan), "single-interface mode");
-  change.show(modeFacts());
-}
+ModeWish modeOf(const SingleLine& line) { return {SHM_ON, line.lanVlan, line.wanVlan}; }
 
-// Two interfaces: where policy routing is on, it goes with the single interface.
-void twoInterfaces(const Session& session) {
-  requireStore(session);
-  Change change(session);
-  change.made(setSingleInterfaceMode(SHM_OFF, 0, 0), "two-interface mode");
-  change.show(modeFacts());
+void single(const Session& session, const SingleLine& line) { setMode(session, modeOf(line)); }
+
+Wish wishSingle(const SingleLine& line) { return modeOf(line); }
+
+struct DoubleLine {};
+
+void twoInterfaces(const Session& session, const DoubleLine&) { setMode(session, {.mode = SHM_OFF}); }
+
+Wish wishDouble(const DoubleLine&) { return ModeWish{.mode = SHM_OFF}; }
+
+Wish wishPolicyRouting(const RoutingLine& line) {
+  return ItemWish{.row = findItemRow("pbrOperState"), .word = line.position, .text = {}};
 }
 
 void policyRouting(const Session& session, const RoutingLine& line) {
@@ -108,6 +110,14 @@ void policyRouting(const Session& session, const RoutingLine& line) {
 
 }  // namespace
 
+void setMode(const Session& session, const ModeWish& wish) {
+  requireStore(session);
+  Change change(session);
+  change.made(setSingleInterfaceMode(wish.mode, wish.lanVlan, wish.wanVlan),
+              wish.mode == SHM_ON ? "single-interface mode" : "two-interface mode");
+  change.show(modeFacts());
+}
+
 std::vector<Command> interfaceCommands() {
   const Type vlan = takes::number(1, 4094);
   return {group("interface", "The ports"),
@@ -116,12 +126,12 @@ std::vector<Command> interfaceCommands() {
                   {needed("PORT", &LinkLine::port, takes::word(kPorts), "Which of them")}),
           group("mode", "The operating mode"),
           command("mode show", "The present mode", showing<modeFacts>),
-          changing("mode single", "One interface that carries LAN and WAN as two VLANs", single,
-                   {needed("LAN", &SingleLine::lanVlan, vlan, "VLAN id of the LAN side"),
-                    needed("WAN", &SingleLine::wanVlan, vlan, "VLAN id of the WAN side")}),
-          changing("mode double", "Two interfaces, bridged", twoInterfaces),
-          changing("mode pbr", "Policy routing on the single interface", policyRouting,
-                   {option("SWITCH", &RoutingLine::position, takes::onOrOff(), "Whether it is used")})};
+          setting("mode single", "One interface that carries LAN and WAN as two VLANs", single, wishSingle,
+                  {needed("LAN", &SingleLine::lanVlan, vlan, "VLAN id of the LAN side"),
+                   needed("WAN", &SingleLine::wanVlan, vlan, "VLAN id of the WAN side")}),
+          setting<DoubleLine>("mode double", "Two interfaces, bridged", twoInterfaces, wishDouble, {}),
+          setting("mode pbr", "Policy routing on the single interface", policyRouting, wishPolicyRouting,
+                  {option("SWITCH", &RoutingLine::position, takes::onOrOff(), "Whether it is used")})};
 }
 
 }  // namespace ctl

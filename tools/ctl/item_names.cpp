@@ -50,6 +50,9 @@ constexpr ItemRow completed(ItemRow row) {
 #define ACTION(function, text) .action = text,
 #define SAVING_ACTION(function, text) .action = text, .actionSaves = true,
 #define KEYWORD(word) .keyword = word,
+#define SCRIPT(words) .script = words,
+#define SCRIPT_UNIT(factor, text) .scriptFactor = factor, .scriptUnit = text,
+#define SCRIPT_WORDS(words) .scriptWords = words,
 #define REMARK(text) .remark = text,
 
 constexpr ItemRow kRows[] = {
@@ -69,6 +72,14 @@ std::span<const ItemRow> itemRows() { return kRows; }
 const ItemRow* findItemRow(const std::string& name) {
   for (const ItemRow& row : kRows) {
     if (name == row.name) return &row;
+  }
+  return nullptr;
+}
+
+const ItemRow* findKeywordRow(const std::string& keyword) {
+  if (keyword.empty()) return nullptr;
+  for (const ItemRow& row : kRows) {
+    if (keyword == row.keyword) return &row;
   }
   return nullptr;
 }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tools/ctl/item_range.h"
+#include "tools/ctl/vocabulary.h"
 
 namespace ctl {
 
@@ -42,13 +43,18 @@ struct ItemRow {
   int modeEvent = 0;
   const char* action = "";
   bool actionSaves = false;
-  const char* keyword = "";  // of its line in a saved configuration file
+  const char* keyword = "";   // of its line in a saved configuration file
+  const char* script = "";    // of its line in a saved script: "rateLimit WAN"
+  uint32_t scriptFactor = 1;  // what one of the script's units is in units of the item
+  const char* scriptUnit = "";
+  Vocabulary scriptWords = {};  // where the script names values
   const char* remark = "";
   Keeping keeping = Keeping::kUntilRebuilt;  // follows from the rest
 };
 
 std::span<const ItemRow> itemRows();
 const ItemRow* findItemRow(const std::string& name);
+const ItemRow* findKeywordRow(const std::string& keyword);
 
 // What the item takes in the attached store, with numbers for what its row names.
 std::string rangeText(const ItemRow& row);

@@ -90,7 +90,7 @@ std::string findingText(const std::string& path, const Json& finding) {
 }
 
 void show(const Session& session, const std::string& path, const Json& findings) {
-  if (session.json) return session.show(findings);
+  if (!session.forPeople()) return session.show(findings);
   std::string text;
   for (const Json& finding : findings) text += findingText(path, finding);
   session.print(findings.empty() ? tools::escaped(path) + ": no findings\n" : text);

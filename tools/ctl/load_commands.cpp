@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // load.
 #include <cerrno>
+#include <optional>
 
 #include "kestrove/kestrove.h"
 #include "tools/common/config_lint.h"
 #include "tools/common/hold.h"
 #include "tools/common/loading_note.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/history/recording.h"
 #include "tools/ctl/plain_file.h"
 #include "tools/ctl/tables_back.h"
 
@@ -57,9 +59,12 @@ std::string addedText(const Json& added) {
   return text.empty() ? "no rows added" : text + " added";
 }
 
-Json readIntoTables(const std::string& path) {
-  tools::Hold hold;
-  if (!hold) throw refusal("the store cannot be locked");
+Json readIntoTables(const Session& session, const std::string& path, Recorded& recorded) {
+  std::optional<tools::Hold> hold;
+  Recording recording(session);  // ends with the store still held
+  awaitLock(session);
+  if (!hold.emplace()) throw refusal("the store cannot be locked");
+  recording.begin();
   const std::vector<RowCounts> before = countRows();
   TablesBack back;
   tools::LoadingNote note(shm->operationalState);
@@ -67,7 +72,17 @@ Json readIntoTables(const std::string& path) {
   errno = 0;
   const int result = load_shared_memory(path.c_str());
   if (result < 0) throw systemRefusal(path, errno != 0 ? errno : EIO);
+  recorded = recording.finish();
   return addedSince(before);
+}
+
+Json resultOf(const std::string& path, const Json& added, const tools::ConfigReport& report, const Recorded& recorded) {
+  Json faults = Json::array();
+  for (const tools::ConfigFault& fault : report.faults) faults.push_back({{"line", fault.line}, {"fault", fault.text}});
+  Json result = {
+      {"done", "loaded " + path}, {"added", added}, {"faults", faults}, {"saved", false}, {"applied", false}};
+  recorded.addTo(result);
+  return result;
 }
 
 struct LoadLine {
@@ -78,14 +93,17 @@ void load(const Session& session, const LoadLine& line) {
   const std::string& path = line.path;
   requireStore(session);
   const tools::ConfigReport report = requireConfiguration(path);
-  awaitLock(session);
-  const Json added = readIntoTables(path);
+  Recorded recorded;
+  const Json added = readIntoTables(session, path, recorded);
   if (!report.faults.empty()) warn(path + ": not taken as it stands: " + tools::faultText(report));
-  if (!session.json) return session.done("loaded " + path + ": " + addedText(added) + "; " + kNothingElse);
-  Json faults = Json::array();
-  for (const tools::ConfigFault& fault : report.faults) faults.push_back({{"line", fault.line}, {"fault", fault.text}});
-  session.show(
-      {{"done", "loaded " + path}, {"added", added}, {"faults", faults}, {"saved", false}, {"applied", false}});
+  if (session.forPeople()) {
+    recorded.warn();
+    session.done("loaded " + path + ": " + addedText(added) + "; " + kNothingElse);
+    session.print(recorded.text());
+  } else {
+    session.show(resultOf(path, added, report, recorded));
+  }
+  if (!recorded.missing.empty()) throw Refusal(kNotSaved, "");
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "tools/common/lock_wait.h"
 #include "tools/common/plain_text.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/watch/lock_waiters.h"
 #include "tools/ctl/watch/stop.h"
 
 namespace ctl {
@@ -73,35 +74,10 @@ Json ageOf(int pid) {
   return rounded(std::max(0.0, uptime - start / static_cast<double>(sysconf(_SC_CLK_TCK))));
 }
 
-// "7: POSIX  ADVISORY  WRITE 4711 00:2f:1234 0 EOF", and for who waits for it "7: -> POSIX ...".
-struct KernelLock {
-  std::string number;
-  bool waits = false;
-  int pid = 0;
-};
-
-KernelLock kernelLock(const std::string& line) {
-  KernelLock lock;
-  std::istringstream words(line);
-  std::string word;
-  words >> lock.number >> word;
-  lock.waits = word == "->";
-  if (lock.waits) words >> word;
-  words >> word >> word >> lock.pid;
-  return lock;
-}
-
 Json waitingFor(int pid) {
   Json waiting = Json::array();
-  std::ifstream file("/proc/locks");
-  std::string number;
-  for (std::string line; std::getline(file, line);) {
-    const bool whole = line.find(" POSIX ") != std::string::npos && line.find(" WRITE ") != std::string::npos &&
-                       line.ends_with(" 0 EOF");
-    const KernelLock lock = kernelLock(line);
-    if (whole && !lock.waits && lock.pid == pid) number = lock.number;
-    if (!whole || !lock.waits || lock.number != number || lock.pid <= 0) continue;
-    waiting.push_back({{"pid", lock.pid}, {"program", tools::holderOf(lock.pid).name}});
+  for (const int waiter : waitersBehind(pid)) {
+    waiting.push_back({{"pid", waiter}, {"program", tools::holderOf(waiter).name}});
   }
   return waiting;
 }
@@ -123,7 +99,8 @@ void lock(const Session& session, const LockLine& line) {
   const tools::LockAnswer answer = look();
   if (answer.state == tools::LockState::kHeld) return session.show(holderJson(watch(answer.holder, line.seconds)));
   const bool missing = answer.state == tools::LockState::kMissing;
-  if (!session.json) return session.done(missing ? "nobody holds it: there is no lock file" : "nobody holds the lock");
+  if (session.forPeople())
+    return session.done(missing ? "nobody holds it: there is no lock file" : "nobody holds the lock");
   session.show({{"lock", missing ? Json() : Json(kLockFile)}, {"held", false}});
 }
 

@@ -1,122 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 // kestrovectl: the appliance's store from the command line.
+#include <algorithm>
 #include <cstdlib>
-#include <deque>
-#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
-#include "tools/common/plain_text.h"
 #include "tools/common/standard_output.h"
-#include "tools/common/version_text.h"
-#include "tools/ctl/command_line.h"
-#include "tools/ctl/usage.h"
+#include "tools/ctl/script/run_line.h"
+#include "tools/ctl/shell/shell.h"
 
 namespace {
 
-constexpr char kExitCodes[] =
-    "Exit status:\n"
-    "  0  done\n"
-    "  1  refused by the library\n"
-    "  2  wrong usage\n"
-    "  3  there is no store\n"
-    "  4  check or kernel show found something\n"
-    "  5  a file, a program or standard output failed\n"
-    "  6  another process held the store's lock longer than --wait\n"
-    "  7  not permitted\n"
-    "  8  applied, but not saved\n"
-    "explain ends with the status of the command that it explains.";
-
-void tell(const std::string& message) { fprintf(stderr, "kestrovectl: %s\n", tools::escaped(message).c_str()); }
-
-// The result that was printed may say it all. Where JSON cannot be printed the message goes to standard error.
-int report(const ctl::Session& session, ctl::Exit exit, const std::string& message, int code = -1) {
-  if (message.empty()) return exit;
-  if (!session.json) {
-    tell(message);
-    return exit;
-  }
-  try {
-    session.show({{"error", ctl::errorJson(exit, message, code)}});
-  } catch (const ctl::Refusal& refusal) {
-    tell(message);
-    if (message != refusal.what()) tell(refusal.what());
-    return refusal.exit();
-  }
-  return exit;
-}
-
-// Kept until the process ends, which frees it faster than it would itself.
-CLI::App& makeParser(ctl::Session& session) {
-  static std::deque<std::unique_ptr<CLI::App>>& kept = *new std::deque<std::unique_ptr<CLI::App>>;
-  CLI::App& app =
-      *kept.emplace_back(std::make_unique<CLI::App>("Reads and changes the appliance's store.", "kestrovectl"));
-  app.require_subcommand(0, 1);
-  app.fallthrough();
-  app.footer(kExitCodes);
-  app.set_version_flag("--version", tools::versionText("kestrovectl"));
-  ctl::addSharedOptions(app, session);
-  return app;
-}
-
-// A usage error may come before the option was parsed.
-bool asksForJson(int argc, char** argv) {
-  for (int i = 1; i < argc; ++i) {
-    if (std::string(argv[i]) == "--json") return true;
-  }
-  return false;
-}
-
-int reportUsage(const CLI::App& app, const ctl::Session& session, const std::string& message) {
-  const int status = report(session, ctl::kUsage, message);
-  if (!session.json) fprintf(stderr, "%s\n", ctl::usageOf(app).c_str());
-  return status;
-}
-
-// False for what the whole parser has to answer: help, and a line that makes no sense.
-bool runNamed(ctl::Session& session, int argc, char** argv) {
-  const std::vector<std::string> line(argv + 1, argv + argc);
-  CLI::App& app = makeParser(session);
-  ctl::addNamedCommands(app, session, ctl::grammar(), line);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError&) {
-    return false;
-  }
-  return !app.get_subcommands().empty();
-}
-
-int run(ctl::Session& session, int argc, char** argv) {
-  if (runNamed(session, argc, argv)) return ctl::kDone;
-  CLI::App& app = makeParser(session);
-  ctl::addCommands(app, session, ctl::grammar());
-  try {
-    app.parse(argc, argv);
-    if (!app.get_subcommands().empty()) return ctl::kDone;
-    return reportUsage(app, session, "a command is needed (kestrovectl --help lists them)");
-  } catch (const CLI::CallForHelp&) {
-    session.print(ctl::helpOf(app));
-  } catch (const CLI::CallForVersion&) {
-    session.print(tools::versionText("kestrovectl") + "\n");
-  } catch (const CLI::Success&) {
-    return ctl::kDone;
-  } catch (const CLI::ParseError& error) {
-    session.json = asksForJson(argc, argv);
-    return reportUsage(app, session, ctl::usageError(app, error));
-  }
-  return ctl::kDone;
-}
-
-int runSafely(ctl::Session& session, int argc, char** argv) {
-  std::string refused = tools::refusedWord(argc, argv);
-  if (refused.empty() && tools::hasControlCharacter(session.user)) refused = "USER holds a control character";
-  if (!refused.empty()) {
-    session.json = asksForJson(argc, argv);
-    return report(session, ctl::kUsage, refused);
-  }
-  try {
-    return run(session, argc, argv);
-  } catch (const ctl::Refusal& refusal) {
-    return report(session, refusal.exit(), refusal.what(), refusal.code());
-  }
+// Without words the shell, and with "-" for them the lines of standard input.
+std::optional<int> runShell(const ctl::Session& session, const std::vector<std::string>& words) {
+  if (words.empty()) return ctl::shellWithoutCommand(session);
+  if (words.size() != 1 || words[0] != "-") return std::nullopt;
+  return ctl::Shell(session).readAll();
 }
 
 }  // namespace
@@ -125,5 +25,7 @@ int main(int argc, char** argv) {
   ctl::Session session;
   session.out = tools::takeStandardOutput();
   if (const char* user = getenv("USER")) session.user = user;
-  return runSafely(session, argc, argv);
+  const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+  if (const std::optional<int> status = runShell(session, words)) return *status;
+  return ctl::runWords(session, words);
 }

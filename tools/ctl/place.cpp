@@ -15,7 +15,7 @@ class Walk {
   void pass(const std::string& word) {
     if (open_) {
       open_ = nullptr;
-    } else if (word.starts_with("--")) {
+    } else if (isOption(word)) {
       passOption(word);
     } else if (const Command* row = values_ == 0 ? below(word) : nullptr) {
       enter(*row);
@@ -41,10 +41,22 @@ class Walk {
   }
 
  private:
+  // One dash begins an option only where the row has it: a number may be below 0.
+  bool isOption(const std::string& word) const {
+    if (word.starts_with("--")) return true;
+    return word.starts_with("-") && std::any_of(place_.options.begin(), place_.options.end(),
+                                                [&word](const Value* one) { return one->name == word; });
+  }
+
   bool isBelow(const Command& row) const {
     const size_t depth = place_.row ? place_.row->words.size() : 0;
-    return !row.hidden && row.words.size() == depth + 1 &&
+    return !row.hidden && row.words.size() == depth + 1 && !isSecond(row) &&
            (!place_.row || std::equal(place_.row->words.begin(), place_.row->words.end(), row.words.begin()));
+  }
+
+  // The row of saved scripts behind the one of the same words.
+  bool isSecond(const Command& row) const {
+    return row.script && &row != rows_.data() && (&row - 1)->words == row.words;
   }
 
   const Command* below(const std::string& word) const {
@@ -56,6 +68,12 @@ class Walk {
 
   void enter(const Command& row) {
     place_.row = &row;
+    addOptions(row);
+    const Command* second = &row + 1;
+    if (second != rows_.data() + rows_.size() && isSecond(*second)) addOptions(*second);
+  }
+
+  void addOptions(const Command& row) {
     for (const Value& value : row.values) {
       if (value.isOption()) place_.options.push_back(&value);
     }

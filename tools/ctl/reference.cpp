@@ -3,17 +3,13 @@
 
 #include <algorithm>
 
+#include "tools/ctl/exit_codes.h"
+
 namespace ctl {
 namespace {
 
 constexpr char kBegin[] = "<!-- The commands begin: printed by kestrovectl-reference -->\n";
 constexpr char kEnd[] = "<!-- The commands end -->\n";
-
-std::string joined(const std::vector<std::string>& words, const char* between) {
-  std::string text;
-  for (const std::string& word : words) text += (text.empty() ? "" : between) + word;
-  return text;
-}
 
 // A bar would end the cell.
 std::string cell(std::string text) {
@@ -24,12 +20,6 @@ std::string cell(std::string text) {
 std::string code(const std::string& text) { return text.empty() ? text : "`" + cell(text) + "`"; }
 
 std::string line(const std::vector<std::string>& cells) { return "| " + joined(cells, " | ") + " |\n"; }
-
-// A value with the commands that take it: those of a group often share theirs.
-struct SharedValue {
-  const Value* value;
-  std::vector<std::string> commands;
-};
 
 bool same(const Value& one, const Value& other) {
   return one.name == other.name && typeText(one.type) == typeText(other.type) &&
@@ -81,9 +71,13 @@ std::string section(const std::vector<const Command*>& rows) {
   std::string text =
       "\n### " + first.words.front() + "\n\n" + (single ? code(syntaxOf(first)) + ": " : "") + first.help;
   text += single ? ".\n" : ".\n" + commandTable(rows);
-  std::vector<SharedValue> values;
-  for (const Command* row : rows) addValues(values, *row);
-  return text + valueTable(values, single);
+  return text + valueTable(sharedValues(rows), single);
+}
+
+std::string exitTable() {
+  std::string text = "\n### Exit status\n\n| Exit | Meaning |\n|---|---|\n";
+  for (const ExitCode& code : exitCodes()) text += line({std::to_string(code.exit), cell(code.meaning)});
+  return text + "\n" + kExitOfExplain + "\n";
 }
 
 std::string sharedTable() {
@@ -95,6 +89,28 @@ std::string sharedTable() {
 }
 
 }  // namespace
+
+std::string joined(const std::vector<std::string>& words, const char* between) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : between) + word;
+  return text;
+}
+
+std::vector<SharedValue> sharedValues(const std::vector<const Command*>& rows) {
+  std::vector<SharedValue> values;
+  for (const Command* row : rows) addValues(values, *row);
+  return values;
+}
+
+std::vector<std::vector<const Command*>> families(const std::vector<Command>& rows) {
+  std::vector<std::vector<const Command*>> all;
+  for (const Command& row : rows) {
+    if (row.hidden) continue;
+    if (all.empty() || all.back().front()->words.front() != row.words.front()) all.emplace_back();
+    all.back().push_back(&row);
+  }
+  return all;
+}
 
 std::string syntaxOf(const Command& row) {
   std::string text = joined(row.words, " ");
@@ -109,13 +125,8 @@ std::string syntaxOf(const Command& row) {
 }
 
 std::string reference(const std::vector<Command>& rows) {
-  std::string text = std::string(kBegin) + "## Commands\n\n" + sharedTable();
-  for (size_t i = 0; i < rows.size();) {
-    std::vector<const Command*> below;
-    const std::string& first = rows[i].words.front();
-    for (; i < rows.size() && rows[i].words.front() == first; ++i) below.push_back(&rows[i]);
-    if (!below.front()->hidden) text += section(below);
-  }
+  std::string text = std::string(kBegin) + "## Commands\n\n" + sharedTable() + exitTable();
+  for (const std::vector<const Command*>& family : families(rows)) text += section(family);
   return text + kEnd;
 }
 

@@ -2,92 +2,95 @@
 #include "tools/ctl/render.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "tools/common/plain_text.h"
+#include "tools/ctl/output/cells.h"
+#include "tools/ctl/output/table.h"
+#include "tools/ctl/output/width.h"
 
 namespace ctl {
 namespace {
 
-std::string scalar(const Json& value) {
-  if (value.is_string()) return tools::escaped(value.get<std::string>());
-  if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
-  if (value.is_null()) return "-";
-  return value.dump();
-}
+constexpr size_t kLeastTable = 60;
+constexpr size_t kLeastValue = 12;  // beside its name; a narrower one stands below it
 
-bool isTable(const Json& value) { return value.is_array() && !value.empty() && value.front().is_object(); }
-bool isNested(const Json& value) { return value.is_object() || isTable(value); }
-
-std::string padded(const std::string& text, size_t width) {
-  return text.size() < width ? text + std::string(width - text.size(), ' ') : text;
-}
-
-std::string listText(const Json& list) {
-  std::string line;
-  for (const Json& element : list) line += (line.empty() ? "" : ", ") + scalar(element);
-  return line.empty() ? "none" : line;
-}
-
-std::string inlineText(const Json& value) { return value.is_array() ? listText(value) : scalar(value); }
-
-std::vector<std::string> columnsOf(const Json& table) {
-  std::vector<std::string> columns;
-  for (const Json& row : table) {
-    for (const auto& [name, value] : row.items()) {
-      if (std::find(columns.begin(), columns.end(), name) == columns.end()) columns.push_back(name);
-    }
+std::string indented(const std::string& text, size_t indent) {
+  std::string out;
+  for (size_t start = 0; start < text.size();) {
+    const size_t end = text.find('\n', start);
+    if (end > start) out += std::string(indent, ' ');
+    out += text.substr(start, end + 1 - start);
+    start = end + 1;
   }
-  return columns;
+  return out;
 }
 
-std::string cell(const Json& row, const std::string& column) {
-  auto value = row.find(column);
-  return value == row.end() ? "" : inlineText(*value);
+size_t inside(size_t columns, size_t indent) {
+  return columns == 0 ? 0 : std::max<size_t>(columns - std::min(columns, indent), 1);
 }
 
-std::string tableText(const Json& table, const std::string& indent) {
-  const std::vector<std::string> columns = columnsOf(table);
-  std::vector<size_t> widths;
-  for (const std::string& column : columns) {
-    size_t width = column.size();
-    for (const Json& row : table) width = std::max(width, cell(row, column).size());
-    widths.push_back(width);
+// Where the first line of a text ends that is wider than the columns: at a blank; a longer word stays whole.
+size_t breakOf(const std::string& text, size_t columns) {
+  size_t end = std::string::npos;
+  for (size_t blank = text.find(' '); blank != std::string::npos; blank = text.find(' ', blank + 1)) {
+    if (end != std::string::npos && displayWidth(text.substr(0, blank)) > columns) break;
+    end = blank;
   }
-  auto line = [&](auto textOf) {
-    std::string text = indent;
-    for (size_t i = 0; i < columns.size(); ++i) text += padded(textOf(columns[i]), widths[i] + 2);
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text + "\n";
-  };
-  std::string text = line([](const std::string& column) { return column; });
-  for (const Json& row : table) text += line([&](const std::string& column) { return cell(row, column); });
-  return text;
+  return end;
 }
 
-std::string block(const Json& value, const std::string& indent);
+// Lines behind the first begin below it.
+std::string folded(std::string text, size_t columns) {
+  std::string out;
+  while (columns != 0 && displayWidth(text) > columns) {
+    const size_t end = breakOf(text, columns);
+    if (end == std::string::npos) break;
+    out += text.substr(0, end) + "\n";
+    text.erase(0, end + 1);
+  }
+  return out + text + "\n";
+}
 
-std::string objectText(const Json& object, const std::string& indent) {
+// A value beside its name, or below it where there is no room.
+std::string line(const std::string& name, const Json& value, size_t width, size_t columns) {
+  if (columns != 0 && columns < width + kLeastValue)
+    return name + "\n" + indented(folded(cellText(value), inside(columns, 2)), 2);
+  const std::string text = indented(folded(cellText(value), inside(columns, width)), width);
+  return padded(name, width) + (text[0] == '\n' ? text : text.substr(width));
+}
+
+std::string block(const Json& value, size_t columns);
+
+std::string objectText(const Json& object, size_t columns) {
   size_t width = 0;
   for (const auto& [name, value] : object.items()) {
-    if (!isNested(value)) width = std::max(width, name.size());
+    if (!isNested(value)) width = std::max(width, displayWidth(tools::escaped(name)) + 2);
   }
   std::string text;
-  for (const auto& [name, value] : object.items()) {
-    text += isNested(value) ? indent + name + ":\n" + block(value, indent + "  ")
-                            : indent + padded(name, width + 2) + inlineText(value) + "\n";
+  for (const auto& [key, value] : object.items()) {
+    const std::string name = tools::escaped(key);
+    text += isNested(value) ? name + ":\n" + indented(block(value, inside(columns, 2)), 2)
+                            : line(name, value, width, columns);
   }
   return text;
 }
 
-std::string block(const Json& value, const std::string& indent) {
-  if (isTable(value)) return tableText(value, indent);
-  if (value.is_object()) return objectText(value, indent);
-  return indent + inlineText(value) + "\n";
+std::string recordsText(const Json& table, size_t columns) {
+  std::string text;
+  for (const Json& row : table) text += (text.empty() ? "" : "\n") + objectText(row, columns);
+  return text;
+}
+
+std::string block(const Json& value, size_t columns) {
+  if (value.is_object()) return objectText(value, columns);
+  if (!isTable(value)) return folded(cellText(value), columns);
+  const bool narrow = columns != 0 && columns < kLeastTable;
+  const std::optional<std::string> table = narrow ? std::nullopt : tableText(value, columns);
+  return table ? *table : recordsText(value, columns);
 }
 
 }  // namespace
 
-std::string render(const Json& value) { return block(value, ""); }
+std::string render(const Json& value, size_t columns) { return block(value, columns); }
 
 }  // namespace ctl

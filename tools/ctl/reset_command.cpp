@@ -9,6 +9,7 @@
 #include "tools/ctl/ask.h"
 #include "tools/ctl/commands.h"
 #include "tools/ctl/event_rows.h"
+#include "tools/ctl/history/pending.h"
 #include "tools/ctl/reading.h"
 
 namespace ctl {
@@ -94,7 +95,16 @@ void restart(const Session& session) {
                              (result == -1 ? std::string("could not be run") : "gave " + std::to_string(result)));
 }
 
+// What is not confirmed in time would bring settings back into a unit that has none.
+void refuseWhilePending() {
+  const std::optional<Pending> pending = pendingConfirmation();
+  if (!pending) return;
+  throw Refusal(kRefused, "factory-reset: \"" + pending->command + "\" of " + pending->user +
+                              " waits for its confirmation; end that first (kestrovectl confirm, or confirm --abort)");
+}
+
 void factoryReset(const Session& session, const ResetLine& line) {
+  refuseWhilePending();
   const Json goes = gather(session, [&line] { return whatGoes(line); });
   if (!line.yes) tellWhatGoes(goes, line);
   requireAgreement(line.yes, "factory-reset", line.noReboot ? "Do it?" : "Do it and restart the appliance?");
@@ -103,7 +113,7 @@ void factoryReset(const Session& session, const ResetLine& line) {
   if (!line.noReboot) restart(session);
   const std::string what = std::string("factory defaults restored; ") +
                            (line.noReboot ? "they take effect when the appliance restarts" : "the appliance restarts");
-  if (!session.json) return session.done(what);
+  if (session.forPeople()) return session.done(what);
   session.show({{"done", what}, {"removed", goes}});
 }
 

@@ -120,6 +120,48 @@ void add(const Session& session, const RouteLine& line) {
 }
 
 template <typename Table>
+Wish wish(const RouteLine& line) {
+  return wanted<Table>(line.destination, line);
+}
+
+// Of a saved script, which has the destination in two words.
+struct ScriptLine {
+  std::string network, length;
+  Address gateway;
+  bool disabled = false;
+};
+
+template <typename Table>
+RouteLine lineOf(const ScriptLine& line) {
+  return {.destination = parsePrefix(line.network + "/" + line.length, Table::kFamily),
+          .newDestination = {},
+          .gateway = line.gateway,
+          .disabled = line.disabled};
+}
+
+template <typename Table>
+void addOfScript(const Session& session, const ScriptLine& line) {
+  add<Table>(session, lineOf<Table>(line));
+}
+
+template <typename Table>
+Wish wishOfScript(const ScriptLine& line) {
+  return wish<Table>(lineOf<Table>(line));
+}
+
+template <typename Table>
+Command scriptRow() {
+  const bool six = Table::kFamily == Family::kIpv6;
+  return ofScripts(setting(
+      std::string(Table::kCommand) + " add", "Add a route in the words of a saved script", addOfScript<Table>,
+      wishOfScript<Table>,
+      {needed("NETWORK", &ScriptLine::network, takes::text(), "Where it leads"),
+       needed(six ? "LENGTH" : "MASK", &ScriptLine::length, takes::text(), six ? "Its prefix length" : "Its netmask"),
+       needed("GATEWAY", &ScriptLine::gateway, takes::address(Table::kFamily), "Next hop"),
+       flag("-n", &ScriptLine::disabled, "Keep it out of the kernel")}));
+}
+
+template <typename Table>
 void remove(const Session& session, const RouteLine& line) {
   requireStore(session);
   const std::string& destination = line.destination.text;
@@ -159,8 +201,9 @@ std::vector<Command> commandsOf(const char* description) {
   return {group(own, description),
           command(own + " list", "All routes, in list order", showing<listed<Table>>),
           changing(own + " freshen", "Apply every route anew, disabled ones too", freshen<Table>),
-          changing(own + " add", "Add a route", add<Table>,
-                   {needed("DESTINATION", &RouteLine::destination, network, "Where it leads"), gateway, disabled}),
+          setting(own + " add", "Add a route", add<Table>, wish<Table>,
+                  {needed("DESTINATION", &RouteLine::destination, network, "Where it leads"), gateway, disabled}),
+          scriptRow<Table>(),
           changing(own + " remove", "Remove a route", remove<Table>, {known}),
           changing(own + " replace", "Remove a route and add another", replace<Table>,
                    {known, needed("NEW", &RouteLine::newDestination, network, "Destination of the other"), gateway,

@@ -8,6 +8,8 @@
 #include "tools/ctl/commands.h"
 #include "tools/ctl/reading.h"
 #include "tools/ctl/rows.h"
+#include "tools/ctl/rule_setting.h"
+#include "tools/ctl/script/script_rows.h"
 
 namespace ctl {
 namespace {
@@ -20,7 +22,8 @@ struct RuleLine {
   int destinationPosition = 0;
   std::optional<Prefix> source, destination;
   std::optional<uint32_t> protocol, accelerate, action;
-  std::optional<int> sourcePort, sourcePortEnd, destinationPort, destinationPortEnd, target, priority, kilobits;
+  std::optional<Ports> sourcePorts, destinationPorts;
+  std::optional<int> sourcePortEnd, destinationPortEnd, target, priority, kilobits;
   bool any = false;
   bool matchAll = false;
 };
@@ -92,8 +95,10 @@ void refuseOtherFamily(const FilterRule& rule, const RuleLine& given) {
   }
 }
 
-void setPorts(int32_t& first, int32_t& last, const std::optional<int>& start, const std::optional<int>& end) {
-  if (start) first = last = *start;
+void setPorts(int32_t& first, int32_t& last, const std::optional<Ports>& ports, const std::optional<int>& end) {
+  if (ports && ports->last && end) throw Refusal(kUsage, "a range has its last port: it goes without a second one");
+  if (ports) first = ports->first;
+  if (ports) last = ports->last.value_or(first);
   if (end) last = *end;
 }
 
@@ -115,7 +120,8 @@ void refuseMeaninglessPorts(const FilterRule& rule) {
 }
 
 bool namesPorts(const RuleLine& given) {
-  return given.protocol || given.sourcePort || given.sourcePortEnd || given.destinationPort || given.destinationPortEnd;
+  return given.protocol || given.sourcePorts || given.sourcePortEnd || given.destinationPorts ||
+         given.destinationPortEnd;
 }
 
 bool matchesAll(const FilterRule& rule) {
@@ -130,24 +136,14 @@ void apply(FilterRule& rule, const RuleLine& given) {
   if (given.source) setEnd(rule, *given.source, true);
   if (given.destination) setEnd(rule, *given.destination, false);
   if (given.protocol) rule.proto = *given.protocol;
-  setPorts(rule.srcPort, rule.srcPortEnd, given.sourcePort, given.sourcePortEnd);
-  setPorts(rule.destPort, rule.destPortEnd, given.destinationPort, given.destinationPortEnd);
+  setPorts(rule.srcPort, rule.srcPortEnd, given.sourcePorts, given.sourcePortEnd);
+  setPorts(rule.destPort, rule.destPortEnd, given.destinationPorts, given.destinationPortEnd);
   if (namesPorts(given)) refuseMeaninglessPorts(rule);
   if (given.target) rule.target = *given.target;
   if (given.priority) rule.priority = *given.priority;
   if (given.kilobits) rule.bandwidth = *given.kilobits * kBitsPerKilobit;
   if (given.accelerate) rule.accel = *given.accelerate;
   if (given.action) rule.ruleAction = *given.action;
-}
-
-FilterRule freshRule() {
-  FilterRule rule = {};
-  rule.ipVersion = SHM_FAMILY_IPV4;
-  rule.target = SHM_TARGET_ACCELERATE;
-  rule.priority = 8;
-  rule.accel = SHM_ON;
-  rule.ruleAction = SHM_RULE_ACTIVE;
-  return rule;
 }
 
 // What the library made of the rule beyond reducing its addresses.
@@ -167,7 +163,7 @@ void tell(Change& change, int position, const FilterRule& asked, const FilterRul
   change.show(row);
 }
 
-void add(const Session& session, const RuleLine& line) {
+RuleWish wished(const RuleLine& line) {
   FilterRule rule = freshRule();
   apply(rule, line);
   if (matchesAll(rule) && !line.matchAll) {
@@ -175,14 +171,12 @@ void add(const Session& session, const RuleLine& line) {
                   "this rule matches all traffic and no rule behind it is reached: say --match-all, or name an "
                   "address, a protocol or a port");
   }
-  requireStore(session);
-  const FilterRule asked = rule;
-  Change change(session);
-  const int result = addRule(line.position, &rule, 0, 0);
-  if (result < 0) throw ruleRefusal(line.position);
-  change.made(result, ruleName(line.position));
-  tell(change, line.position, asked, rule);
+  return {line.position, rule};
 }
+
+void add(const Session& session, const RuleLine& line) { insertRule(session, wished(line)); }
+
+Wish wish(const RuleLine& line) { return wished(line); }
 
 void changeOne(const Session& session, const RuleLine& line) {
   requireStore(session);
@@ -218,35 +212,57 @@ void remove(const Session& session, const RuleLine& line) {
 
 constexpr Type kPort = takes::number(0, 65535);
 constexpr Type kEnd = takes::prefix(Family::kBoth);
-constexpr Type kRate = takes::number(0, INT32_MAX / kBitsPerKilobit).in("kbit/s");
+constexpr Type kRate = takes::kilobits(INT32_MAX / kBitsPerKilobit);
 constexpr Type kProtocol = takes::name(kProtocols, 255, "any|tcp|udp|0..255", "protocol (any, tcp, udp or 0 to 255)");
 constexpr Type kStatus = takes::name(kRuleStatus, 999, "active|nis|invalid", "status (active, nis or invalid)");
 
 std::vector<Argument<RuleLine>> ruleValues() {
-  return {needed("POSITION", &RuleLine::position, takes::rule(), "0 is the first rule"),
-          flag("--any", &RuleLine::any, "Match both address families"),
-          option("--from", &RuleLine::source, kEnd, "Source, IPv4 or IPv6"),
-          option("--to", &RuleLine::destination, kEnd, "Destination, IPv4 or IPv6"),
-          option("--proto", &RuleLine::protocol, kProtocol, "Protocol"),
-          option("--sport", &RuleLine::sourcePort, kPort, "First source port, with tcp or udp; 0 is any"),
-          option("--sport-end", &RuleLine::sourcePortEnd, kPort, "Last source port"),
-          option("--dport", &RuleLine::destinationPort, kPort, "First destination port, with tcp or udp; 0 is any"),
-          option("--dport-end", &RuleLine::destinationPortEnd, kPort, "Last destination port"),
-          option("--target", &RuleLine::target, takes::word(kTargets), "What matching traffic gets"),
-          option("--priority", &RuleLine::priority, takes::number(), "Scheduling priority"),
-          option("--kbps", &RuleLine::kilobits, kRate, "Rate limit; the least is minRate"),
-          option("--accel", &RuleLine::accelerate, takes::onOrOff(), "Acceleration"),
-          option("--status", &RuleLine::action, kStatus, "Status")};
+  return {
+      needed("POSITION", &RuleLine::position, takes::rule(), "0 is the first rule"),
+      flag("--any", &RuleLine::any, "Match both address families"),
+      option("--from", &RuleLine::source, kEnd, "Source, IPv4 or IPv6"),
+      option("--to", &RuleLine::destination, kEnd, "Destination, IPv4 or IPv6"),
+      option("--proto", &RuleLine::protocol, kProtocol, "Protocol"),
+      option("--sport", &RuleLine::sourcePorts, takes::ports(), "Source ports, with tcp or udp: 80, 80-90; 0 is any"),
+      option("--sport-end", &RuleLine::sourcePortEnd, kPort, "Last source port"),
+      option("--dport", &RuleLine::destinationPorts, takes::ports(), "Destination ports, as well"),
+      option("--dport-end", &RuleLine::destinationPortEnd, kPort, "Last destination port"),
+      option("--target", &RuleLine::target, takes::word(kTargets), "What matching traffic gets"),
+      option("--priority", &RuleLine::priority, takes::number(), "Scheduling priority"),
+      option("--kbps", &RuleLine::kilobits, kRate, "Rate limit; the least is minRate"),
+      option("--accel", &RuleLine::accelerate, takes::onOrOff(), "Acceleration"),
+      option("--status", &RuleLine::action, kStatus, "Status")};
 }
 
 }  // namespace
+
+FilterRule freshRule() {
+  FilterRule rule = {};
+  rule.ipVersion = SHM_FAMILY_IPV4;
+  rule.target = SHM_TARGET_ACCELERATE;
+  rule.priority = 8;
+  rule.accel = SHM_ON;
+  rule.ruleAction = SHM_RULE_ACTIVE;
+  return rule;
+}
+
+void insertRule(const Session& session, const RuleWish& wish) {
+  requireStore(session);
+  FilterRule rule = wish.rule;
+  Change change(session);
+  const int result = addRule(wish.position, &rule, 0, 0);
+  if (result < 0) throw ruleRefusal(wish.position);
+  change.made(result, ruleName(wish.position));
+  tell(change, wish.position, wish.rule, rule);
+}
 
 std::vector<Command> ruleCommands() {
   const std::vector<Argument<RuleLine>> values = ruleValues();
   return {group("rule", "The table of traffic policy rules, first match first"),
           command("rule list", "All rules; the last is the default rule", showing<rows>),
-          changing("rule add", "Insert a rule in front of a position", add,
-                   values + std::vector{flag("--match-all", &RuleLine::matchAll, "The rule may match all traffic")}),
+          setting("rule add", "Insert a rule in front of a position", add, wish,
+                  values + std::vector{flag("--match-all", &RuleLine::matchAll, "The rule may match all traffic")}),
+          scriptRuleCommand(),
           changing("rule change", "Change what the options name", changeOne, values),
           changing("rule move", "Move a rule in front of another", move,
                    {needed("FROM", &RuleLine::position, takes::rule(), "The rule to move"),

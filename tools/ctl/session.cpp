@@ -13,6 +13,10 @@
 #include "tools/common/lock_wait.h"
 #include "tools/common/plain_text.h"
 #include "tools/common/standard_output.h"
+#include "tools/ctl/history/finish.h"
+#include "tools/ctl/output/fields.h"
+#include "tools/ctl/output/screen.h"
+#include "tools/ctl/output/terse.h"
 #include "tools/ctl/render.h"
 
 namespace ctl {
@@ -45,25 +49,37 @@ void requireSegment() {
   throw systemRefusal("the store", errno);
 }
 
+void tellWaiting() {
+  const tools::LockAnswer answer = tools::tryLock();
+  if (answer.state == tools::LockState::kHeld) warn("waiting for the store: locked by " + describe(answer.holder));
+}
+
+Json errnoJson(int error) {
+  const char* name = strerrorname_np(error);
+  return {{"number", error}, {"name", name ? Json(name) : Json()}, {"text", strerror(error)}};
+}
+
 }  // namespace
 
 std::string reasonText() {
   const char* reason = shm_strerror(static_cast<int>(shm_errno));
   if (!reason) return "unknown reason";
-  if (systemFailed() && errno != 0) return std::string(reason) + ": " + strerror(errno);
+  if (const int error = reasonError()) return std::string(reason) + ": " + strerror(error);
   return reason;
 }
+
+int reasonError() { return systemFailed() ? errno : 0; }
 
 Refusal refusal(const std::string& what) {
   if (shm_errno == SHM_OK) return {kRefused, what + ": refused; the library gives no reason"};
   const bool notPermitted = systemFailed() && forbidden(errno);
   return {notPermitted ? kNotPermitted : kRefused, (notPermitted ? "not permitted: " : "") + what + ": " + reasonText(),
-          static_cast<int>(shm_errno)};
+          static_cast<int>(shm_errno), reasonError()};
 }
 
 Refusal systemRefusal(const std::string& what, int error) {
-  if (forbidden(error)) return {kNotPermitted, "not permitted: " + what + ": " + strerror(error)};
-  return {kSystem, what + ": " + strerror(error)};
+  if (forbidden(error)) return {kNotPermitted, "not permitted: " + what + ": " + strerror(error), -1, error};
+  return {kSystem, what + ": " + strerror(error), -1, error};
 }
 
 int accept(int result, const std::string& what) {
@@ -73,13 +89,24 @@ int accept(int result, const std::string& what) {
 
 void Session::print(const std::string& text) const {
   const std::string failure = tools::writeOut(out, text);
-  if (!failure.empty()) throw Refusal(kSystem, failure);
+  if (!failure.empty()) throw Refusal(kSystem, failure, -1, errno);
 }
 
-void Session::show(const Json& result) const { print(json ? jsonText(result, 2) + "\n" : render(result)); }
+Json Session::chosen(const Json& result) const {
+  return fields.empty() ? result : fieldsOf(result, fieldNames(fields));
+}
+
+std::string Session::recordLine(const Json& record) const {
+  return json ? jsonText(record, -1) + "\n" : terseText(chosen(record));
+}
+
+void Session::show(const Json& result) const {
+  if (json) return print(jsonText(result, 2) + "\n");
+  print(terse ? terseText(chosen(result)) : render(chosen(result), wide ? 0 : columns.value_or(screenColumns(out))));
+}
 
 void Session::done(const std::string& text) const {
-  if (json) return show({{"done", text}});
+  if (!forPeople()) return show({{"done", text}});
   print(tools::escaped(text) + "\n");
 }
 
@@ -88,15 +115,17 @@ std::string jsonText(const Json& value, int indent) {
   return withoutControls(value.dump(indent, ' ', false, Json::error_handler_t::replace));
 }
 
-Json errorJson(Exit exit, const std::string& message, int code) {
-  Json error = {{"message", message}, {"exit", static_cast<int>(exit)}};
-  if (code >= 0) error["code"] = code;
+Json errorJson(const Refusal& refusal) {
+  Json error = {{"message", refusal.what()}, {"exit", static_cast<int>(refusal.exit())}};
+  if (refusal.code() >= 0) error["code"] = refusal.code();
+  if (refusal.error() != 0) error["errno"] = errnoJson(refusal.error());
   return error;
 }
 
 void warn(const std::string& text) { fprintf(stderr, "kestrovectl: %s\n", tools::escaped(text).c_str()); }
 
 void awaitLock(const Session& session) {
+  if (session.tellsWaiting && session.waitSeconds > 0) tellWaiting();
   const tools::LockAnswer answer = tools::waitForLock(session.waitSeconds);
   switch (answer.state) {
     case tools::LockState::kFree: return;
@@ -107,7 +136,7 @@ void awaitLock(const Session& session) {
   }
 }
 
-void requireStore(const Session& session) {
+void attachStore(const Session& session) {
   requireSegment();
   awaitLock(session);
   shm_errno = SHM_OK;
@@ -120,6 +149,11 @@ void requireStore(const Session& session) {
   std::string note = tools::repairAbandonedLoad();
   kestrove_release();
   if (!note.empty()) warn(note);
+}
+
+void requireStore(const Session& session) {
+  attachStore(session);
+  finishAbandoned(session);
 }
 
 std::string addressText(uint32_t address) { return ipv4_to_a(address); }

@@ -75,7 +75,7 @@ void save(const Session& session) {
     throw Refusal(kSystem, "the state is not saved: a command failed, which syslog names");
   }
   const std::string archive = savedArchive();
-  if (!session.json) session.done("saved " + archive);
+  if (session.forPeople()) session.done("saved " + archive);
   session.show(stateRows());
 }
 

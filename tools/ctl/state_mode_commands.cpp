@@ -10,6 +10,8 @@
 #include "tools/ctl/commands.h"
 #include "tools/ctl/kernel_tables.h"
 #include "tools/ctl/reading.h"
+#include "tools/ctl/settings/difference.h"
+#include "tools/ctl/settings/image.h"
 
 namespace ctl {
 namespace {
@@ -67,7 +69,7 @@ void enter(const Session& session, const Mode& mode) {
     result = modeJson((changed ? "entered " : "already in ") + modeName(mode.state), changed);
   }
   result["effect"] = mode.effect;
-  if (session.json) return session.show(result);
+  if (!session.forPeople()) return session.show(result);
   session.done(result["done"].get<std::string>() + ": " + mode.effect);
 }
 
@@ -121,18 +123,39 @@ Json leave(const Session& session, const Mode& mode, const std::function<void(Js
 void saveNow(Json& result) {
   shm_errno = SHM_OK;
   errno = 0;
-  result["saved"] = save_shared_memory() == 0 && shm_errno == SHM_OK;
-  if (!result["saved"].get<bool>()) result["error"] = errorJson(kNotSaved, reasonText(), static_cast<int>(shm_errno));
+  const bool saved = save_shared_memory() == 0 && shm_errno == SHM_OK;
+  if (!saved) result["error"] = errorJson(kNotSaved, reasonText(), static_cast<int>(shm_errno));
+}
+
+// The settings that a restart would not bring back; null where the file cannot be read.
+Json unsavedSettings(const Session& session) {
+  try {
+    return differenceJson(compare(*savedImage(session), *runningImage(session)))["changes"];
+  } catch (const Refusal&) {
+    return nullptr;
+  }
+}
+
+std::string keysOf(const Json& changes) {
+  constexpr size_t kShown = 8;
+  std::string line;
+  for (size_t i = 0; i < changes.size() && i < kShown; ++i) {
+    line +=
+        (i == 0 ? "" : ", ") + changes[i]["section"].get<std::string>() + " " + changes[i]["key"].get<std::string>();
+  }
+  return changes.size() > kShown ? line + " and " + std::to_string(changes.size() - kShown) + " more" : line;
 }
 
 std::string savedText(const Json& result) {
-  if (result["saved"].get<bool>()) return "saved";
   if (result.contains("error")) return "not saved: " + result["error"]["message"].get<std::string>();
-  return "not saved: what was changed meanwhile stands in the store alone (kestrovectl save)";
+  const Json& unsaved = result["unsaved"];
+  if (unsaved.is_null()) return "the configuration file cannot be read (kestrovectl save writes it)";
+  if (unsaved.empty()) return "saved: the configuration file has every setting";
+  return "not saved: " + keysOf(unsaved) + " (kestrovectl save)";
 }
 
 void showLeft(const Session& session, const Json& result) {
-  if (session.json) return session.show(result);
+  if (!session.forPeople()) return session.show(result);
   std::string text = result["done"].get<std::string>() + "\n";
   if (result["changed"].get<bool>()) {
     if (result.contains("saved")) text += savedText(result) + "\n";
@@ -145,10 +168,14 @@ void showLeft(const Session& session, const Json& result) {
 void enterConfiguration(const Session& session) { enter(session, kConfiguration); }
 
 void leaveConfiguration(const Session& session, const LeaveLine& line) {
-  const Json result = leave(session, kConfiguration, [&line](Json& left) {
+  Json result = leave(session, kConfiguration, [&line](Json& left) {
     left["saved"] = false;
     if (line.save) saveNow(left);
   });
+  if (result["changed"].get<bool>()) {
+    result["unsaved"] = unsavedSettings(session);
+    result["saved"] = result["unsaved"].is_array() && result["unsaved"].empty() && !result.contains("error");
+  }
   showLeft(session, result);
   if (result.contains("error")) throw Refusal(kNotSaved, "");
 }

@@ -94,7 +94,7 @@ void check(const Session& session) {
   for (Finding& finding : checkPasswordFile(*shm)) findings.push_back(finding);
   Json rows = Json::array();
   for (const Finding& finding : findings) rows.push_back({{"table", finding.table}, {"finding", finding.text}});
-  session.show(session.json || !rows.empty() ? Json{{"findings", rows}} : Json("every table is sound"));
+  session.show(!session.forPeople() || !rows.empty() ? Json{{"findings", rows}} : Json("every table is sound"));
   if (!rows.empty()) throw Refusal(kFindings, "");
 }
 

@@ -10,12 +10,14 @@
 namespace ctl {
 
 enum class Form {
-  kFlag,     // there or not
-  kText,     // any word; what it must be is looked at with the store
-  kNumber,   // within the limits
-  kSeconds,  // within the limits, parts of a second, too
-  kWord,     // one of the words, and nothing else
-  kName,     // one of the words, or a number up to the limit
+  kFlag,       // there or not
+  kText,       // any word; what it must be is looked at with the store
+  kNumber,     // within the limits
+  kRate,       // a number within the limits, or one with a suffix: 512k, 1M
+  kPortRange,  // 80, 80-90
+  kSeconds,    // within the limits, parts of a second, too
+  kWord,       // one of the words, and nothing else
+  kName,       // one of the words, or a number up to the limit
   kAddress,
   kPrefix,
   kCommandLine  // the rest of the line, as it stands
@@ -75,6 +77,10 @@ constexpr Type flag() { return {.form = Form::kFlag, .shown = ""}; }
 constexpr Type number(int least = INT_MIN, int most = INT_MAX) {
   return {.form = Form::kNumber, .shown = "NUMBER", .least = least, .most = most};
 }
+constexpr Type kilobits(int most) {
+  return {.form = Form::kRate, .shown = "NUMBER", .least = 0, .most = most, .unit = "kbit/s"};
+}
+constexpr Type ports() { return {.form = Form::kPortRange, .shown = "PORT[-PORT]"}; }
 constexpr Type seconds(int least, int most) {
   return {.form = Form::kSeconds, .shown = "NUMBER", .least = least, .most = most, .unit = "seconds"};
 }
@@ -93,6 +99,7 @@ constexpr Type name(Vocabulary words, int most, const char* shown, const char* m
 }
 constexpr Type address(Family family) { return {.form = Form::kAddress, .shown = "ADDRESS", .family = family}; }
 constexpr Type prefix(Family family) { return {.form = Form::kPrefix, .shown = "ADDRESS[/LENGTH]", .family = family}; }
+constexpr Type list() { return {.shown = "NAME,..."}; }
 constexpr Type rule() { return number().from(Completion::kRules); }
 constexpr Type user() { return text().from(Completion::kUsers); }
 constexpr Type item() { return text().from(Completion::kItems); }

@@ -206,6 +206,7 @@ void changePassword(const Session& session, const UserLine& given) {
   const UserAccount before = account;
   const std::string line = passwordLine(name);
   account.lastPasswdChange = static_cast<int32_t>(time(nullptr));
+  change.leavesRevision();
   if (removeUser(name.c_str()) != 1) putBack(before, line, refusal(name));
   const int result = addUser(&account, newPassword.text());
   if (result != 0) putBack(before, line, refusal(name));

@@ -31,6 +31,27 @@ bool isVersion6(const std::string& text, Family family) {
   return family == Family::kBoth ? text.find(':') != std::string::npos : family == Family::kIpv6;
 }
 
+// The one that means every address, in the family that is asked for.
+std::string withoutNames(const std::string& text, Family family) {
+  if (text != "default") return text;
+  return family == Family::kIpv6 ? "::/0" : "0.0.0.0/0";
+}
+
+// A number of the type's unit, or a rate with a suffix that makes a whole number of it.
+int parseRate(const Type& type, const std::string& text) {
+  constexpr uint64_t kBitsPerKilobit = 1000;
+  const std::optional<uint64_t> rate = readRate(text, kBitsPerKilobit);
+  if (!rate || *rate % kBitsPerKilobit != 0 || *rate / kBitsPerKilobit > static_cast<uint64_t>(type.most)) {
+    throw Refusal(kUsage, text + ": no rate (" + typeText(type) + ", or with k, M or G)");
+  }
+  return static_cast<int>(*rate / kBitsPerKilobit);
+}
+
+int parsePort(const std::string& word, const std::string& text) {
+  if (digits(word, 5) && std::stoi(word) <= 65535) return std::stoi(word);
+  throw Refusal(kUsage, text + ": no port (0 to 65535, or two with a dash between)");
+}
+
 }  // namespace
 
 uint32_t parseAddress(const std::string& text) {
@@ -63,7 +84,8 @@ Address parseAddress(const std::string& text, Family family) {
   return address;
 }
 
-Prefix parsePrefix(const std::string& text, Family family) {
+Prefix parsePrefix(const std::string& given, Family family) {
+  const std::string text = withoutNames(given, family);
   const size_t slash = text.find('/');
   Prefix prefix = {.text = text, .host = parseAddress(text.substr(0, slash), family)};
   const bool whole = slash == std::string::npos;
@@ -83,6 +105,27 @@ int parseWord(const Type& type, const std::string& text) {
   throw Refusal(kUsage, text + ": no " + type.meant);
 }
 
+std::optional<uint64_t> readDigits(const std::string& text) {
+  if (!digits(text, 18)) return {};
+  return std::stoull(text);
+}
+
+std::optional<uint64_t> readRate(const std::string& text, uint64_t factor) {
+  struct Suffix {
+    char letter;
+    uint64_t factor;
+  };
+  constexpr Suffix kSuffixes[] = {{'k', 1000}, {'M', 1000000}, {'G', 1000000000}};
+  std::string number = text;
+  for (const Suffix& suffix : kSuffixes) {
+    if (text.empty() || text.back() != suffix.letter) continue;
+    number.pop_back();
+    factor = suffix.factor;
+  }
+  const std::optional<uint64_t> value = number.size() > 10 ? std::nullopt : readDigits(number);
+  return value ? std::optional(*value * factor) : std::nullopt;
+}
+
 bool readNumber(const std::string& text, int& out) { return CLI::detail::lexical_cast(text, out); }
 
 bool readSeconds(const std::string& text, double& out) { return CLI::detail::lexical_cast(text, out); }
@@ -90,7 +133,9 @@ bool readSeconds(const std::string& text, double& out) { return CLI::detail::lex
 void convert(const Type&, const std::string& text, std::string& out) { out = text; }
 
 void convert(const Type& type, const std::string& text, int& out) {
-  if (type.form != Form::kNumber) {
+  if (type.form == Form::kRate) {
+    out = parseRate(type, text);
+  } else if (type.form != Form::kNumber) {
     out = parseWord(type, text);
   } else if (!readNumber(text, out)) {
     throw Refusal(kUsage, text + ": no number");
@@ -112,6 +157,12 @@ void convert(const Type&, const std::string& text, double& out) {
 void convert(const Type& type, const std::string& text, Address& out) { out = parseAddress(text, type.family); }
 
 void convert(const Type& type, const std::string& text, Prefix& out) { out = parsePrefix(text, type.family); }
+
+void convert(const Type&, const std::string& text, Ports& out) {
+  const size_t dash = text.find('-');
+  out.first = parsePort(text.substr(0, dash), text);
+  if (dash != std::string::npos) out.last = parsePort(text.substr(dash + 1), text);
+}
 
 std::string presetText(const Type& type, int value) {
   return type.words.empty() ? std::to_string(value) : nameOf(type.words, static_cast<uint32_t>(value));

@@ -28,6 +28,12 @@ struct Prefix {
   uint32_t version() const { return host.version; }
 };
 
+// The first and the last; without a last one there is only the first.
+struct Ports {
+  int first = 0;
+  std::optional<int> last = {};
+};
+
 // A dotted quad, checked strictly, with what the library says of it.
 uint32_t parseAddress(const std::string& text);
 // The mask of a prefix length or of a dotted mask.
@@ -38,6 +44,11 @@ Address parseAddress(const std::string& text, Family family);
 Prefix parsePrefix(const std::string& text, Family family);
 // A word of the vocabulary, or where the type takes numbers, too, one of these.
 int parseWord(const Type& type, const std::string& text);
+// Digits alone; none where there is anything else.
+std::optional<uint64_t> readDigits(const std::string& text);
+// A rate in bits per second: digits of that many of them, or with k, M or G a number of thousands, millions or thousand
+// millions.
+std::optional<uint64_t> readRate(const std::string& text, uint64_t factor);
 // False when it is no number. Whether it is within the type's limits is looked at before.
 bool readNumber(const std::string& text, int& out);
 bool readSeconds(const std::string& text, double& out);
@@ -50,6 +61,7 @@ void convert(const Type& type, const std::string& text, bool& out);
 void convert(const Type& type, const std::string& text, double& out);
 void convert(const Type& type, const std::string& text, Address& out);
 void convert(const Type& type, const std::string& text, Prefix& out);
+void convert(const Type& type, const std::string& text, Ports& out);
 
 template <typename Value>
 void convert(const Type& type, const std::string& text, std::optional<Value>& out) {

@@ -37,6 +37,18 @@ inline constexpr NamedNumber kInterfaceKinds[] = {{"lan", SHM_IF_LAN},
 // Ports by the interface whose link they have: the LAN port is the base of the bridge.
 inline constexpr NamedNumber kPorts[] = {{"lan", SHM_IF_BASE}, {"wan", SHM_IF_WAN}, {"management", SHM_IF_MANAGEMENT}};
 
+// The words of saved scripts. Where a number has two, the first is the one that is written, but on the product that has
+// constant rates.
+inline constexpr NamedNumber kScriptLinks[] = {
+    {"auto", SHM_LINK_AUTO},          {"10baseT", SHM_LINK_10_HALF},       {"10baseT-FD", SHM_LINK_10_FULL},
+    {"100baseTx", SHM_LINK_100_HALF}, {"100baseTx-FD", SHM_LINK_100_FULL}, {"1000baseTx-FD", SHM_LINK_1000_FULL}};
+inline constexpr NamedNumber kScriptAccelerations[] = {
+    {"perConnection", 2}, {"ratepacing", 5}, {"errors", 4}, {"variable", 2}, {"constant", 5}};
+inline constexpr NamedNumber kScriptFamilies[] = {
+    {"4", SHM_FAMILY_IPV4}, {"6", SHM_FAMILY_IPV6}, {"Any", SHM_FAMILY_ANY}};
+inline constexpr NamedNumber kScriptProtocols[] = {
+    {"ANY", SHM_PROTO_ANY}, {"TCP", SHM_PROTO_TCP}, {"UDP", SHM_PROTO_UDP}};
+
 // Null where the words do not have it.
 const NamedNumber* findName(Vocabulary words, const std::string& name);
 

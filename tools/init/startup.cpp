@@ -16,6 +16,7 @@
 #include "tools/common/loading_note.h"
 #include "tools/common/lock_wait.h"
 #include "tools/common/plain_text.h"
+#include "tools/ctl/history/finish.h"
 #include "tools/init/kept_copy.h"
 
 namespace init {
@@ -220,11 +221,13 @@ bool finish() {
 }  // namespace
 
 Exit startUp(const Options& options) {
+  ctl::EndAtStart unconfirmed(options.waitSeconds);
   clearTheWay(options);
   build(options);
   Built held;  // who waits for the store finds it ready
   applyPlatform(options.platform);
   bool whole = finish();
+  whole = unconfirmed.end() && whole;
   if (shm->operationalState == SHM_STATE_UNCONFIGURED) {
     warn("no configuration could be read; the store holds the factory defaults");
     return kUnconfigured;

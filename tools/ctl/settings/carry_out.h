@@ -2,6 +2,7 @@
 // Making the settings of the attached store those of another one.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -28,7 +29,7 @@ struct Outcome {
   Difference made;                 // between the store before and the store after
   Difference left;                 // between the store after and the target: empty when all was reached
 
-  // kDone, kNotSaved, or kPartlyApplied when something is left.
+  // kDone; kNotSaved; kRefused when nothing could be made, 9 (partly applied) when something is left.
   Exit exit() const;
 };
 
@@ -36,6 +37,8 @@ struct CarryOptions {
   bool stopOnError = false;
   // Lines of the password file by user name, for users that come back; without one an added user has no password.
   std::map<std::string, std::string> passwordLines = {};
+  // Called in front of each step with the number of those behind it and of all.
+  std::function<void(size_t, size_t)> progress = nullptr;
 };
 
 // Holds the store from beginning to end. What is equal is not touched: when nothing differs nothing is written,

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 
 #include "kestrove/kestrove.h"
@@ -106,6 +107,7 @@ struct Inside {
 Json workInside(const Inside& inside) {
   try {
     forgetStore();
+    setenv("KESTROVE_HOME", "", 1);  // a copy has no history
     inside.place.enter(inside.ownUserNamespace);
     layOutStore(inside.start);
     return {{"result", inside.work()}};

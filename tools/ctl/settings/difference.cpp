@@ -2,10 +2,14 @@
 #include "tools/ctl/settings/difference.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <span>
 #include <unordered_map>
 
-#include "tools/ctl/settings/sequence.h"
+#include "kestrove/codes.h"
+#include "tools/common/plain_text.h"
+#include "tools/ctl/settings/route_walk.h"
 
 namespace ctl {
 namespace {
@@ -59,6 +63,87 @@ void compareInOrder(Section before, Section after, std::vector<SettingChange>& c
   }
 }
 
+// Equal where the keys of the lines are equal.
+using RouteKey = std::array<uint32_t, 5>;
+
+RouteKey rawKey(const RouteEntry& route) { return {route.destination, route.netmask}; }
+
+RouteKey rawKey(const Route6Entry& route) {
+  RouteKey key = {};
+  memcpy(key.data(), route.destination, sizeof route.destination);
+  key[4] = route.prefixLength;
+  return key;
+}
+
+struct KeyHash {
+  size_t operator()(const RouteKey& key) const {
+    return std::hash<std::string_view>()({reinterpret_cast<const char*>(key.data()), sizeof key});
+  }
+};
+
+template <typename Route>
+bool sameRoute(const Route& a, const Route& b) {
+  const bool off = a.status == SHM_ROUTE_DISABLED;
+  return memcmp(&a.gateway, &b.gateway, sizeof a.gateway) == 0 && off == (b.status == SHM_ROUTE_DISABLED);
+}
+
+template <typename Route>
+void compareRoutes(const char* section, const std::vector<const Route*>& before, const std::vector<const Route*>& after,
+                   std::vector<SettingChange>& changes) {
+  std::unordered_map<RouteKey, const Route*, KeyHash> had;
+  for (const Route* route : before) had[rawKey(*route)] = route;
+  for (const Route* route : after) {
+    auto old = had.find(rawKey(*route));
+    if (old == had.end()) {
+      changes.push_back({section, keyOf(*route), {}, routeLine(*route)});
+      continue;
+    }
+    if (!sameRoute(*old->second, *route))
+      changes.push_back({section, keyOf(*route), routeLine(*old->second), routeLine(*route)});
+    had.erase(old);
+  }
+  for (const Route* route : before) {
+    auto left = had.find(rawKey(*route));
+    if (left != had.end() && left->second == route) changes.push_back({section, keyOf(*route), routeLine(*route), {}});
+  }
+}
+
+// The rules but the default rule, without what their lines leave out.
+std::vector<FilterRule> comparable(const FilterTable& table) {
+  const int32_t count = std::clamp<int32_t>(table.ruleCount, 1, SHM_RULES);
+  std::vector<FilterRule> rules(table.rule, table.rule + count - 1);
+  for (FilterRule& rule : rules) {
+    const bool six = rule.ipVersion == SHM_FAMILY_IPV6;
+    rule.order = 0;
+    if (six || rule.ipVersion == SHM_FAMILY_ANY) rule.srcAddr = rule.srcMask = rule.dstAddr = rule.dstMask = 0;
+    if (six) continue;
+    memset(rule.srcAddr6, 0, sizeof rule.srcAddr6);
+    memset(rule.dstAddr6, 0, sizeof rule.dstAddr6);
+    rule.srcPrefixLen6 = rule.dstPrefixLen6 = 0;
+  }
+  return rules;
+}
+
+std::vector<std::string_view> viewsOf(const std::vector<FilterRule>& rules) {
+  std::vector<std::string_view> views;
+  views.reserve(rules.size());
+  for (const FilterRule& rule : rules) views.emplace_back(reinterpret_cast<const char*>(&rule), sizeof rule);
+  return views;
+}
+
+void compareRules(const FilterTable& before, const FilterTable& after, std::vector<SettingChange>& changes) {
+  for (const Gap& gap : ruleGaps(before, after)) {
+    for (size_t i = 0; i < std::max(gap.removed, gap.added); ++i) {
+      const bool old = i < gap.removed;
+      const bool fresh = i < gap.added;
+      SettingChange change = {"rules", std::to_string(fresh ? gap.after + i : gap.before + i), {}, {}};
+      if (old) change.before = ruleLine(before.rule[gap.before + i]);
+      if (fresh) change.after = ruleLine(after.rule[gap.after + i]);
+      changes.push_back(std::move(change));
+    }
+  }
+}
+
 bool ordered(const char* section) { return std::string_view(section) == "rules"; }
 
 class Unified {
@@ -83,7 +168,9 @@ class Unified {
     heading_ = name;
     text_ += painted("\x1b[36m", "@@ " + name + " @@") + "\n";
   }
-  void line(char mark, const char* colour, const std::string& text) { text_ += painted(colour, mark + text) + "\n"; }
+  void line(char mark, const char* colour, const std::string& text) {
+    text_ += painted(colour, mark + tools::escaped(text)) + "\n";
+  }
   std::string painted(const char* colour, const std::string& text) const {
     return colours_ ? colour + text + "\x1b[0m" : text;
   }
@@ -113,8 +200,19 @@ Difference compare(const std::vector<SettingLine>& before, const std::vector<Set
   return difference;
 }
 
+// Texts are made of what differs alone: a table may hold thousands that are equal.
 Difference compare(const ShmData& before, const ShmData& after) {
-  return compare(settingLines(before), settingLines(after));
+  Difference difference = compare(smallSettingLines(before), smallSettingLines(after));
+  compareRoutes("routes", routesOf(before), routesOf(after), difference.changes);
+  compareRoutes("routes6", routes6Of(before), routes6Of(after), difference.changes);
+  compareRules(before.filterTable, after.filterTable, difference.changes);
+  return difference;
+}
+
+std::vector<Gap> ruleGaps(const FilterTable& before, const FilterTable& after) {
+  const std::vector<FilterRule> had = comparable(before);
+  const std::vector<FilterRule> has = comparable(after);
+  return gapsBetween(viewsOf(had), viewsOf(has));
 }
 
 std::string differenceText(const Difference& difference, bool colours) { return Unified(colours).of(difference); }

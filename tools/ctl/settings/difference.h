@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tools/ctl/settings/lines.h"
+#include "tools/ctl/settings/sequence.h"
 
 namespace ctl {
 
@@ -24,6 +25,8 @@ struct Difference {
 
 // Rules are compared as a sequence: one that is inserted is one change, whatever stands behind it.
 Difference compare(const ShmData& before, const ShmData& after);
+// The rules of both, as keys that are equal where their lines are, and the gaps between them.
+std::vector<Gap> ruleGaps(const FilterTable& before, const FilterTable& after);
 Difference compare(const std::vector<SettingLine>& before, const std::vector<SettingLine>& after);
 
 // Unified by section, "-" and "+" in front of the lines; empty when nothing differs.

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 #include "kestrove/kestrove.h"
 #include "tools/common/hold.h"
@@ -108,7 +109,7 @@ Image fileImage(const Session& session, const std::string& path) {
   requireReadable(path);
   Image start = emptyImage();
   takePlatform(*start, *runningImage(session));
-  const std::string whole = path.starts_with("/") ? path : std::string(get_current_dir_name()) + "/" + path;
+  const std::string whole = std::filesystem::absolute(path).string();
   return onCopy(start, [&whole] { return readAsAtStart(whole); }).after;
 }
 

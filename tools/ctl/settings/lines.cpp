@@ -8,6 +8,7 @@
 
 #include "kestrove/kestrove.h"
 #include "tools/ctl/settings/quoting.h"
+#include "tools/ctl/settings/route_walk.h"
 #include "tools/ctl/settings/setting_items.h"
 #include "tools/ctl/vocabulary.h"
 
@@ -28,19 +29,26 @@ std::string maskText(uint32_t mask) {
   return (rest & (rest + 1)) == 0 ? std::to_string(inet_ntocidr(mask)) : addressText(mask);
 }
 
+// Whether the kernel took a route is no setting.
+const char* disabledText(uint32_t status) { return status == SHM_ROUTE_DISABLED ? " --disabled" : ""; }
+
 class Lines {
  public:
   explicit Lines(const ShmData& store) : store_(store), config_(store.config) {}
 
-  std::vector<SettingLine> all() {
-    lines_.reserve(64 + 3 * size_t{SHM_ROUTES});
+  std::vector<SettingLine> small() {
     items();
     interfaces();
     users();
     addresses6();
     addresses();
-    routes();
-    routes6();
+    return std::move(lines_);
+  }
+
+  std::vector<SettingLine> all() {
+    lines_ = small();
+    for (const RouteEntry* route : routesOf(store_)) add("routes", keyOf(*route), routeLine(*route));
+    for (const Route6Entry* route : routes6Of(store_)) add("routes6", keyOf(*route), routeLine(*route));
     rules();
     return std::move(lines_);
   }
@@ -125,33 +133,6 @@ class Lines {
               (six || entry.ipVersion == SHM_FAMILY_IPV4 ? "" : " --family " + std::to_string(entry.ipVersion)));
     }
   }
-
-  void routes() {
-    const RouteTable& table = store_.routes;
-    uint32_t at = table.head;
-    for (size_t step = 0; step < SHM_ROUTES && at < SHM_ROUTES && table.slot[at].inUse == 1; ++step) {
-      const RouteEntry& route = table.slot[at];
-      const std::string destination = addressText(route.destination) + "/" + maskText(route.netmask);
-      add("routes", destination,
-          "route add " + destination + " " + addressText(route.gateway) + disabledText(route.status));
-      at = route.next;
-    }
-  }
-
-  void routes6() {
-    const Route6Table& table = store_.routes6;
-    uint32_t at = table.head6;
-    for (size_t step = 0; step < SHM_ROUTES6 && at < SHM_ROUTES6 && table.slot[at].inUse == 1; ++step) {
-      const Route6Entry& route = table.slot[at];
-      const std::string destination = address6Text(route.destination) + "/" + std::to_string(route.prefixLength);
-      add("routes6", destination,
-          "route6 add " + destination + " " + address6Text(route.gateway) + disabledText(route.status));
-      at = route.next;
-    }
-  }
-
-  // Whether the kernel took a route is no setting.
-  static const char* disabledText(uint32_t status) { return status == SHM_ROUTE_DISABLED ? " --disabled" : ""; }
 
   // The last rule is the default rule, which nobody sets.
   void rules() {
@@ -245,7 +226,23 @@ class RuleText {
 
 }  // namespace
 
+std::string keyOf(const RouteEntry& route) { return addressText(route.destination) + "/" + maskText(route.netmask); }
+
+std::string keyOf(const Route6Entry& route) {
+  return address6Text(route.destination) + "/" + std::to_string(route.prefixLength);
+}
+
+std::string routeLine(const RouteEntry& route) {
+  return "route add " + keyOf(route) + " " + addressText(route.gateway) + disabledText(route.status);
+}
+
+std::string routeLine(const Route6Entry& route) {
+  return "route6 add " + keyOf(route) + " " + address6Text(route.gateway) + disabledText(route.status);
+}
+
 std::string ruleLine(const FilterRule& rule) { return RuleText(rule).line(); }
+
+std::vector<SettingLine> smallSettingLines(const ShmData& store) { return Lines(store).small(); }
 
 std::vector<SettingLine> settingLines(const ShmData& store) { return Lines(store).all(); }
 

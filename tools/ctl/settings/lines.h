@@ -26,8 +26,16 @@ inline constexpr const char* kSections[] = {"items",     "interfaces", "users", 
 // of a route or an address in the kernel). A switch that nothing has set has no line. The rules are in their order and
 // their lines carry no position: each is added in front of the default rule.
 std::vector<SettingLine> settingLines(const ShmData& store);
+// The same without routes and rules, which are many.
+std::vector<SettingLine> smallSettingLines(const ShmData& store);
+// "route add 10.0.0.0/8 192.168.1.1".
+std::string routeLine(const RouteEntry& route);
+std::string routeLine(const Route6Entry& route);
 // "rule add last --from 10.0.0.0/8 --kbps 512": all that a rule is but its place.
 std::string ruleLine(const FilterRule& rule);
+// The keys of routes.
+std::string keyOf(const RouteEntry& route);
+std::string keyOf(const Route6Entry& route);
 
 // The inverse: an otherwise empty store with these settings, or that store with its settings replaced by these. Throws
 // kUsage for a line that settingLines() does not write.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Lines of settings into a store: the inverse of lines.cpp.
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <functional>
 #include <optional>
@@ -138,7 +139,11 @@ class RuleReader {
   void dport() { rule_.destPort = rule_.destPortEnd = signedWord(); }
   void dportEnd() { rule_.destPortEnd = signedWord(); }
   void priority() { rule_.priority = signedWord(); }
-  void kbps() { rule_.bandwidth = signedWord() * kBitsPerKilobit; }
+  void kbps() {
+    const int64_t bits = int64_t{signedWord()} * kBitsPerKilobit;
+    if (bits < 0 || bits > INT32_MAX) refuse(std::to_string(bits / kBitsPerKilobit), "no rate");
+    rule_.bandwidth = static_cast<int32_t>(bits);
+  }
   void bps() { rule_.bandwidth = signedWord(); }
   void target() { rule_.target = static_cast<int32_t>(named(kTargets, words_.next())); }
   void accel() { rule_.accel = named(kSwitches, words_.next()); }

@@ -5,6 +5,7 @@
 
 #include "kestrove/kestrove.h"
 #include "tools/common/hold.h"
+#include "tools/ctl/watch/packed_field.h"
 #include "tools/ctl/watch/stop.h"
 
 namespace ctl {
@@ -17,17 +18,17 @@ constexpr int kWanPort = 1;
 
 template <int row, uint64_t QosRow::*field>
 uint64_t queue(const Counters& counters) {
-  return counters.qos[row].*field;
+  return fieldOf(counters.qos[row], field);
 }
 
 template <int row, uint64_t InterfaceCounters::*field>
 uint64_t port(const Counters& counters) {
-  return counters.statistics.interfaceRow[row].*field;
+  return fieldOf(counters.statistics.interfaceRow[row], field);
 }
 
 template <uint64_t StatisticsBlock::*field>
 uint64_t total(const Counters& counters) {
-  return counters.statistics.*field;
+  return fieldOf(counters.statistics, field);
 }
 
 template <int row>

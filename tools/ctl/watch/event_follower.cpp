@@ -25,7 +25,7 @@ void takeLock(const Session& session, std::optional<tools::Hold>& hold) {
 size_t newestSlot(const EventLog& log) { return (log.writeIndex + SHM_EVENTS - 1) % SHM_EVENTS; }
 
 std::string lineFor(const Session& session, uint32_t index) {
-  return (session.json ? jsonText(eventRow(index), -1) : eventLine(index)) + "\n";
+  return session.forPeople() ? eventLine(index) + "\n" : session.recordLine(eventRow(index));
 }
 
 void tellGaps(const EventNews& news) {

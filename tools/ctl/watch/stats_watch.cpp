@@ -150,7 +150,7 @@ class Table {
 class Display {
  public:
   explicit Display(const Session& session)
-      : session_(session), drawn_(!session.json && isatty(fileno(session.out)) == 1) {}
+      : session_(session), drawn_(session.forPeople() && isatty(fileno(session.out)) == 1) {}
 
   // Before there is a rate.
   void begin(const Sample& sample) {
@@ -160,7 +160,7 @@ class Display {
   void show(const Sample& sample) {
     table_.add(sample.rates);
     if (drawn_) return session_.print(table_.drawing(sample, extentOf(session_.out)));
-    session_.print((session_.json ? jsonText(sampleJson(sample), -1) : sampleLine(sample)) + "\n");
+    session_.print(session_.forPeople() ? sampleLine(sample) + "\n" : session_.recordLine(sampleJson(sample)));
   }
 
  private:

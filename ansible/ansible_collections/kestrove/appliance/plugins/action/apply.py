@@ -70,13 +70,13 @@ class ActionModule(ApplianceAction):
     # The change may take away the very way on which it came. So a connection that ends tells nothing yet: whether the
     # appliance can still be managed shows on a new one.
     def _try_out(self, args, script):
-        deadline = time.monotonic() + 60 * args["confirm"] + AFTER_THE_DEADLINE
         try:
             result = self._apply(args, script)
         except AnsibleConnectionFailure as lost:
             result = {"changed": True, "warnings": [f"The connection ended during the change: {lost}"]}
         if result.get("failed") or not result["changed"]:
-            return result
+            return result  # what failed half-way goes back, since nobody confirms it
+        deadline = time.monotonic() + 60 * args["confirm"] + AFTER_THE_DEADLINE
         answer = self._over_a_new_connection(deadline, "confirm")
         if answer.status == 0:
             result["confirmed"] = True

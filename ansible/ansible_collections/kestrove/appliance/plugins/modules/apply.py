@@ -22,7 +22,7 @@ options:
   state:
     description:
       - C(merged) adds and changes what the lines say.
-      - C(replaced) makes the settings exactly what the lines say, and takes away the rest.
+      - C(replaced) also takes away what the lines do not name, as C(kestrovectl apply --replace) does.
     type: str
     choices: [merged, replaced]
     default: merged

@@ -28,10 +28,12 @@ class Answer:
             self.data = None
 
     def message(self):
-        """The reason of a failure, in words."""
-        error = self.data.get("error") if isinstance(self.data, dict) else None
+        """The reason of a failure, in words; each line of a script that was not taken is named."""
+        data = self.data if isinstance(self.data, dict) else {}
+        error = data.get("error")
         said = error.get("message") if isinstance(error, dict) else error
-        texts = [said or self.complaints, MEANINGS.get(self.status)]
+        lines = [f"line {one['line']}: {one['message']}" for one in data.get("complaints", [])]
+        texts = [said or self.complaints, *lines, MEANINGS.get(self.status)]
         return "; ".join(str(text) for text in texts if text) or f"kestrovectl ended with {self.status}"
 
 

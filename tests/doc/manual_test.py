@@ -1,0 +1,64 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""The manual pages, held to the programs: manual_test.py SOURCE BUILD CASE."""
+import pathlib
+import re
+import subprocess
+import sys
+
+SOURCE, BUILD = map(pathlib.Path, sys.argv[1:3])
+
+
+def none(complaints):
+    if complaints:
+        sys.exit("FAILED:\n" + "\n".join(complaints))
+
+
+def page(name):
+    """The source of a page, without the backslashes that guard its letters."""
+    return (SOURCE / f"doc/man/{name}.scd").read_text(encoding="utf-8").replace("\\", "")
+
+
+def every_page_is_sound():
+    built = sorted(path for path in (BUILD / "share/man").rglob("*") if path.is_file())
+    sources = {path.stem for path in (SOURCE / "doc/man").glob("*.scd")}
+    assert len(sources) == 7 and {path.name for path in built} == sources, (sources, built)
+    said = subprocess.run(["mandoc", "-T", "lint", "-W", "error", *built], stdout=subprocess.PIPE, encoding="utf-8")
+    if said.returncode != 0 or said.stdout:
+        sys.exit(f"FAILED: status {said.returncode}\n{said.stdout}")
+
+
+def every_option_is_in_its_page():
+    for name, program in {"shm-init.8": "tools/shm-init", "kestrove-sim.8": "tools/kestrove-sim",
+                          "kestrove-sandbox.1": "sandbox/kestrove-sandbox"}.items():
+        text = subprocess.run([BUILD / program, "--help"], stdout=subprocess.PIPE, encoding="utf-8", check=True).stdout
+        options = {*re.findall(r"^\s+(?:-\w,)?(--[\w-]+)", text, re.MULTILINE)}
+        written = {*re.findall(r"^\*(--[\w-]+)\*", page(name), re.MULTILINE)}
+        assert len(options) >= 5, text
+        none([f"{name} and {program} --help differ: {option}" for option in sorted(options ^ written)])
+
+
+def every_exit_code_is_in_its_page():
+    for name, program in {"shm-init.8": "tools/shm-init", "kestrove-sim.8": "tools/kestrove-sim"}.items():
+        text = subprocess.run([BUILD / program, "--help"], stdout=subprocess.PIPE, encoding="utf-8", check=True).stdout
+        codes = {*re.findall(r"(?:^ +|[:;]\s)(\d)\s", text.split("Exit status:")[1], re.MULTILINE)}
+        written = {*re.findall(r"^\*(\d+)\*$", page(name), re.MULTILINE)}
+        assert len(codes) >= 6, text
+        none([f"{name} and {program} --help differ: exit {code}" for code in sorted(codes ^ written)])
+
+
+def every_line_of_a_script_is_in_its_page():
+    sources = [path.read_text(encoding="utf-8") for path in sorted((SOURCE / "src/state").glob("script*.cpp"))]
+    literals = {text.strip() for source in sources for text in re.findall(r'"([^"\\]*)', source)}
+    words = {text for text in literals if re.match(r"(?:set|ip|route6?|rule) |-\w+|\d+baseT", text)}
+    options = {word for text in words for word in re.findall(r"-[A-Za-z]\w*$|^-\w+|\s-\w+", text)}
+    lines = {text for text in words if not text.startswith("-")}
+    assert len(lines) > 20 and len(options) > 10, (lines, options)
+    text = re.sub(r"[*_]", "", page("kestrove-script.5"))
+    none([f"kestrove-script(5) lacks {line}" for line in sorted(lines | {o.strip() for o in options}) if line not in text])
+
+
+CASES = {"".join(word.capitalize() for word in case.__name__.split("_")): case
+         for case in (every_page_is_sound, every_option_is_in_its_page, every_exit_code_is_in_its_page,
+                      every_line_of_a_script_is_in_its_page)}
+CASES[sys.argv[3]]()
