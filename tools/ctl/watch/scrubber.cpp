@@ -13,7 +13,7 @@ namespace {
 
 constexpr size_t kShortest = 4;
 constexpr size_t kLastWord = SIZE_MAX;
-constexpr size_t kNone = 0;
+constexpr size_t kNoSecret = 0;
 
 // Lines of the agent's configuration, by their first word, with the words that are secrets from that one on.
 constexpr struct {
@@ -83,16 +83,16 @@ constexpr size_t kShortestHash = 8;
 size_t hashEnd(const std::string& text, size_t start) {
   const size_t behindName = text.find('$', start + 1);
   const bool named = behindName != std::string::npos && behindName > start + 1 && behindName < start + 10;
-  if (!named) return kNone;
+  if (!named) return kNoSecret;
   size_t end = start;
   while (end < text.size() && isOf(kHashCharacters, text[end])) ++end;
-  return end > behindName + kShortestHash ? end : kNone;
+  return end > behindName + kShortestHash ? end : kNoSecret;
 }
 
 void replaceHashes(std::string& text) {
   for (size_t at = 0; (at = text.find('$', at)) != std::string::npos; ++at) {
     const size_t end = hashEnd(text, at);
-    if (end != kNone) text.replace(at, end - at, kRemoved);
+    if (end != kNoSecret) text.replace(at, end - at, kRemoved);
   }
 }
 
