@@ -28,7 +28,7 @@ struct LockLine {
 Json rounded(double seconds) { return std::round(seconds * 100) / 100; }
 
 tools::LockAnswer look() {
-  const tools::LockAnswer answer = tools::lookAtLock();
+  tools::LockAnswer answer = tools::lookAtLock();
   const bool failed = answer.state == tools::LockState::kDenied || answer.state == tools::LockState::kFailed;
   if (failed) throw systemRefusal(kLockFile, answer.error);
   return answer;

@@ -16,6 +16,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -63,7 +64,7 @@ struct NamedShape {
   const char* help;
   const char* shape;
 };
-const std::vector<NamedShape>& namedShapes();
+std::span<const NamedShape> namedShapes();
 const Shape& shapeNamed(const std::string& name);
 
 // Empty, or where a value is not as it should be: "[0].gateway: no text".

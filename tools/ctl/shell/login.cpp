@@ -119,7 +119,7 @@ std::string logIn(const Session& session, double delay) {
     return std::string();
   });
   for (;;) {
-    const std::string name = textFromChild([&session] { return safely(session); });
+    std::string name = textFromChild([&session] { return safely(session); });
     if (name == kEnd) return {};
     if (name.empty()) continue;
     if (name != kFailed) return name;

@@ -190,7 +190,7 @@ std::vector<std::string> homeFiles() {
 using Shared = std::shared_ptr<const Sources>;
 
 // A part whose text is cleaned as any other.
-SupportPart part(const Shared& sources, const std::string& name, std::function<std::string()> text) {
+SupportPart part(const Shared& sources, const std::string& name, const std::function<std::string()>& text) {
   return {name, [sources, text] { return sources->scrubber.clean(text()); }};
 }
 
