@@ -6,6 +6,7 @@
 SECONDS ?= 60
 PREFIX ?= /usr/local
 TIDY ?=
+LINT ?= src tools
 SOURCES = find . -name build -prune -o \( -name '*.cpp' -o -name '*.h' -o -name '*.c' \) -print0
 
 help: ## what can be made
@@ -19,7 +20,7 @@ test: ## every test, 64-bit, and 32-bit where its packages are or can be install
 	@scripts/setup build tools sandbox test model manual
 	@if scripts/setup m32; then scripts/test dev m32; else echo "test: no 32-bit packages; 64-bit only"; scripts/test dev; fi
 
-test-sanitized: ## every test under ASan and UBSan, in both widths
+test-sanitized: ## every test under ASan and UBSan; in 32-bit the tests of the library
 	@scripts/setup build tools sandbox test m32
 	@scripts/test asan m32-asan
 
@@ -63,7 +64,7 @@ format-check: ## fails when a source is not formatted
 lint: ## runs clang-tidy over the library and the programs; its messages are errors
 	@scripts/setup build tools lint
 	@cmake --preset dev >/dev/null
-	@find src tools -name '*.cpp' -print0 | xargs -0 -P "$$(nproc)" -n 4 scripts/tidy build/dev $(TIDY)
+	@find $(LINT) -name '*.cpp' -print0 | xargs -0 -P "$$(nproc)" -n 4 scripts/tidy build/dev $(TIDY)
 
 clang: ## builds the library and the programs with clang, the library in 32-bit, too, where the packages are there
 	@scripts/setup build tools clang
