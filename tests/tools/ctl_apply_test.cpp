@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <sstream>
 
 #include "tests/support/random_store.h"
@@ -223,6 +224,11 @@ TEST_F(CtlApplyTest, WhatIsNotLostComesBackFromASavedScript) {
   }
 }
 
+// A line that is left out the first time may find its place the second time.
+bool refuses(const Json& made) {
+  return std::ranges::any_of(made["lines"], [](const Json& line) { return line.contains("error"); });
+}
+
 TEST_F(CtlApplyTest, WhatACheckPredictsIsWhatIsDone) {
   unsigned kept = 0;
   for (unsigned seed = 0; seed < scriptRounds(4); ++seed) {
@@ -240,7 +246,7 @@ TEST_F(CtlApplyTest, WhatACheckPredictsIsWhatIsDone) {
     ++kept;
     EXPECT_EQ(predicted["diff"], made["diff"]) << script;
     EXPECT_EQ(predicted["changes"], made["changes"]);
-    EXPECT_EQ(false, applyJson(script, joining)["changed"]) << script;
+    if (!refuses(made)) EXPECT_EQ(false, applyJson(script, joining)["changed"]) << script;
     if (HasFailure()) return;
   }
   EXPECT_GE(kept, scriptRounds(4) / 2) << "rounds in which the kernel took everything";

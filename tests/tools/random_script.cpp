@@ -61,7 +61,7 @@ class Drawing {
   std::string own() {
     return of({"set wanLinkRate 1M", "set LAN_MTU 1400", "set sysName \"branch " + number(1, 3) + "\"",
                "set lanGateway " + host(), "route add 172.18.0.0/16 " + host(), "rule add 0 --proto tcp --dport 80-90",
-               "address add " + host6() + "/64 --br0"});
+               "address add fdbb::" + number(1, 4) + "/64 --br0"});
   }
 
   std::string rule() {
