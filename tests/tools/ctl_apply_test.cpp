@@ -134,6 +134,16 @@ TEST_F(CtlApplyTest, ALineThatTheStoreRefusesLeavesEverything) {
   EXPECT_EQ(1400u, shm->config.wanMaximumTransferUnit);
 }
 
+TEST_F(CtlApplyTest, OneRunTellsWhatMakesNoSenseAndWhatIsRefused) {
+  const Ran ran = apply("frobnicate\nset mtu WAN 9000\nrule add 1 -proto BAD\nrule add 2 -d\n");
+  EXPECT_EQ(2, ran.status);
+  EXPECT_THAT(ran.err,
+              AllOf(HasSubstr("script:1: frobnicate: no such command\n/tmp/script:2: wanMaximumTransferUnit takes"),
+                    HasSubstr("\n/tmp/script:3: BAD: -proto takes ANY|TCP|UDP\n"), Not(HasSubstr("script:4:")),
+                    HasSubstr("3 lines are not taken")));
+  EXPECT_EQ(1, shm->filterTable.ruleCount);
+}
+
 TEST_F(CtlApplyTest, WhatIsNoScriptIsRefused) {
   EXPECT_EQ(5, ctl("apply /tmp").status);
   EXPECT_EQ(5, ctl("apply /tmp/none").status);

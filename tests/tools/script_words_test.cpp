@@ -171,6 +171,7 @@ TEST(ScriptLines, WrongOnesAreNamed) {
   for (const Row& row : {Row{"rule add 1 -ipVersion 5", "5: -ipVersion takes 4|6|Any"},
                          {"rule add 1 -proto TCP -colour red", "-colour: no such option"},
                          {"rule add 1 -d -d", "-d: given twice"},
+                         {"rule add 1 -proto GRE -d", "GRE: -proto takes ANY|TCP|UDP"},
                          {"rule add 1 -sa", "-sa: its value is missing"},
                          {"rule add 1 -destPort http", "http: -destPort takes NUMBER"},
                          {"rule add -d", "NUMBER is required"},

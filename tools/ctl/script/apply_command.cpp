@@ -2,6 +2,8 @@
 // apply.
 #include <unistd.h>
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 
 #include "kestrove/kestrove.h"
@@ -123,9 +125,25 @@ void refuseContradictions(const ApplyLine& line) {
     throw Refusal(kUsage, "--stop-on-error and --skip-refused exclude each other");
 }
 
+// A rule may miss its place only because a line in front of it cannot be read.
+bool followsFromAnother(const Complaint& one) { return one.text.find("no place for rule") != std::string::npos; }
+
+// Where lines make no sense the others are tried all the same, so that one run tells everything that is wrong.
+[[noreturn]] void refuseWrong(const Session& session, const Script& script, Joining joining) {
+  std::vector<Complaint> complaints = script.complaints;
+  if (script.wholly) {
+    const Target target = targetOf(runningImage(session), script, joining);
+    std::ranges::remove_copy_if(target.refused, std::back_inserter(complaints), followsFromAnother);
+  }
+  std::ranges::stable_sort(complaints, {}, &Complaint::line);
+  refuseScript(session, script, complaints);
+}
+
+Joining joiningOf(const ApplyLine& line) { return line.replace ? Joining::kReplace : Joining::kMerge; }
+
 Script requireScript(const Session& session, const ApplyLine& line) {
   Script script = readScript(line.path);
-  if (!script.complaints.empty()) refuseScript(session, script, script.complaints);
+  if (!script.complaints.empty()) refuseWrong(session, script, joiningOf(line));
   if (!script.lines.empty() || !line.replace) return script;
   throw Refusal(kUsage, line.path + ": no line of a script; --replace would take every table away");
 }
@@ -140,7 +158,7 @@ std::vector<Step> failedOf(const Outcome& outcome) {
 
 // The target, made of the store as it is: where a line is refused nothing is made of it.
 Target requireTarget(const Session& session, const ApplyLine& line, const Script& script) {
-  Target target = targetOf(Image(*shm), script, line.replace ? Joining::kReplace : Joining::kMerge);
+  Target target = targetOf(Image(*shm), script, joiningOf(line));
   if (!target.refused.empty() && !line.skipRefused) refuseScript(session, script, target.refused);
   return target;
 }

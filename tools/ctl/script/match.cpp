@@ -94,7 +94,7 @@ class Filling {
   void takeValue(const Words& words, size_t value, size_t equals) {
     if (equals != std::string::npos) return put(value, words[at_].substr(equals + 1));
     const bool there = at_ + 1 < words.size();
-    if (values_[value].wordless && (!there || !takesWord(values_[value].type, words[at_ + 1]))) return;
+    if (values_[value].wordless && (!there || looksLikeOption(words[at_ + 1]))) return;
     if (!there) {
       complaint_ = words[at_] + ": its value is missing";
     } else {

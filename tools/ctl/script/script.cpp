@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "kestrove/kestrove.h"
@@ -117,7 +118,8 @@ std::string meaningOf(const ScriptLine& line) {
 }
 
 void refuseScript(const Session& session, const Script& script, const std::vector<Complaint>& complaints) {
-  const Complaint& first = complaints.front();
+  const auto senseless = std::ranges::find(complaints, kUsage, &Complaint::exit);
+  const Complaint& first = senseless == complaints.end() ? complaints.front() : *senseless;
   const std::string summary = summaryOf(script, complaints);
   if (!session.json) {
     for (const Complaint& one : complaints) {

@@ -44,7 +44,7 @@ Script scriptOf(const std::string& name, FILE* in);
 std::string meaningOf(const ScriptLine& line);
 
 // Ends a command whose script is wrong: every complaint with its line, as JSON or on standard error. Throws the refusal
-// of the first, with all of them told.
+// of the first that makes no sense, or of the first.
 [[noreturn]] void refuseScript(const Session& session, const Script& script, const std::vector<Complaint>& complaints);
 
 }  // namespace ctl
