@@ -70,7 +70,7 @@ Json Change::resultJson(Json result, const std::string& stored) const {
 }
 
 Recorded Change::giveBack() {
-  const Recorded recorded = recording_->finish();
+  Recorded recorded = recording_->finish();
   hold_.reset();
   recording_.reset();
   return recorded;

@@ -84,7 +84,7 @@ std::string textOf(const SettingItem& item, const ConfigRecord& config) {
 void putText(const SettingItem& item, ConfigRecord& config, const std::string& text) {
   char* field = reinterpret_cast<char*>(&config) + item.offset;
   memset(field, 0, item.width);
-  memcpy(field, text.data(), std::min(item.width, text.size()));
+  std::copy_n(text.begin(), std::min(item.width, text.size()), field);
 }
 
 }  // namespace ctl
