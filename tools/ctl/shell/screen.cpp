@@ -54,7 +54,7 @@ Screen::Screen(FILE* terminal, bool pager)
 
 Screen::~Screen() {
   if (pager_) fclose(pager_);
-  if (process_ > 0) waitpid(process_, nullptr, 0);
+  while (process_ > 0 && waitpid(process_, nullptr, 0) == -1 && errno == EINTR) continue;
 }
 
 // A long line takes several rows.

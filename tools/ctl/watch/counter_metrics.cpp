@@ -75,7 +75,8 @@ void devices(const MetricFacts& facts, Metrics& out) {
 void sessionEngine(const MetricFacts& facts, Metrics& out) {
   constexpr size_t kOfASide = 4;
   const SessionEngineStats& stats = (*facts.store)->sessionEngine;
-  for (size_t i = 0; i < std::size(stats.counter); ++i) {
+  constexpr size_t kCounters = sizeof stats.counter / sizeof stats.counter[0];  // a packed array takes no reference
+  for (size_t i = 0; i < kCounters; ++i) {
     out.add(+stats.counter[i], {{"side", i < kOfASide ? "lan" : "wan"}, {"number", std::to_string(i % kOfASide)}});
   }
 }
