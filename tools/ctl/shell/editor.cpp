@@ -7,6 +7,12 @@
 
 #include "tools/ctl/session.h"
 
+#ifdef __SANITIZE_ADDRESS__
+// libedit never frees its own copies of the names of added functions.
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() { return "leak:wcsdup\n"; }
+#endif
+
 namespace ctl {
 namespace {
 
