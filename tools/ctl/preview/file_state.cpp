@@ -67,7 +67,7 @@ std::string withoutSecrets(const std::string& content) {
 }
 
 std::string shown(const fs::path& path) {
-  const std::string content = contentOf(path);
+  std::string content = contentOf(path);
   for (const char* secret : kSecrets) {
     if (path == secret) return withoutSecrets(content);
   }
