@@ -56,7 +56,7 @@ class Parser {
   std::string until(char end) {
     const size_t stop = text_.find(end, at_);
     if (stop == std::string::npos) fail(std::string(1, end) + " expected");
-    const std::string found = text_.substr(at_, stop - at_);
+    std::string found = text_.substr(at_, stop - at_);
     at_ = stop + 1;
     skipBlanks();
     return found;
@@ -66,7 +66,7 @@ class Parser {
     if (take('"')) return until('"');
     const size_t end = std::min(text_.find_first_of(" \n,:?|()[]{}\"", at_), text_.size());
     if (end == at_) fail("a word expected");
-    const std::string found = text_.substr(at_, end - at_);
+    std::string found = text_.substr(at_, end - at_);
     at_ = end;
     skipBlanks();
     return found;
