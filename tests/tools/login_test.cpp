@@ -145,8 +145,7 @@ TEST_F(LoginTest, TheBannerIsASwitch) {
     Terminal terminal(console());
     ASSERT_TRUE(terminal.says("login: "));
     EXPECT_THAT(terminal.heard(), Not(HasSubstr("branch-7")));
-    terminal.type("\x04");
-    EXPECT_EQ(0, terminal.end()) << "the end of input before anybody came";
+    EXPECT_EQ(0, terminal.leave("\x04")) << "the end of input before anybody came";
   }
   shm->config.bannerOperState = SHM_ON;
   Terminal terminal(console());

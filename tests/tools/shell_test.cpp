@@ -37,8 +37,7 @@ TEST_F(ShellTest, WithoutACommandATerminalIsTalkedTo) {
   ASSERT_TRUE(terminal.says(kPrompt));
   EXPECT_TRUE(answers(terminal, "set wanLinkRate 2048000\r", "2048000"));
   EXPECT_EQ(2048000u, shm->config.wanLinkRate);
-  terminal.type("\x04");
-  EXPECT_EQ(0, terminal.end());
+  EXPECT_EQ(0, terminal.leave("\x04"));
 }
 
 TEST_F(ShellTest, ACommandThatFailsKeepsTheShell) {

@@ -75,9 +75,17 @@ class Terminal {
   }
   void signal(int number) { kill(pid_, number); }
   // Exit status, or 128 and the number of the signal.
-  int end() {
+  // The same, typing keys that leave until it has ended: while a command still runs they are lost.
+  int leave(const std::string& keys) {
+    for (int i = 0; i < 50 && pid_ > 0; ++i) {
+      type(keys);
+      if (const int status = end(10); status != -1) return status;
+    }
+    return -1;
+  }
+  int end(int tries = 500) {
     int status = 0;
-    for (int i = 0; i < 500; ++i) {
+    for (int i = 0; i < tries; ++i) {
       hear(10);
       if (waitpid(pid_, &status, WNOHANG) != pid_) continue;
       pid_ = -1;

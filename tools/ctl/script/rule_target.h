@@ -2,6 +2,7 @@
 // The rules of a script among those of a copied store, which is attached and only stores.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "kestrove/layout.h"
