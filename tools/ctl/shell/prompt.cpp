@@ -2,7 +2,6 @@
 #include "tools/ctl/shell/prompt.h"
 
 #include "kestrove/codes.h"
-#include "tools/ctl/history/pending.h"
 #include "tools/ctl/shell/editor.h"
 #include "tools/ctl/shell/glance.h"
 #include "tools/ctl/shell/unsaved.h"
@@ -23,15 +22,13 @@ std::string marked(const std::string& text, const char* number, bool colours) {
 
 }  // namespace
 
-UnitState unitState(KnownUnsaved& known) {
+UnitState unitState() {
   const ShmData* store = glance();
   if (!store) return {.name = "no store"};
-  const std::string mark = settingsMark(*store);
-  if (mark != known.mark) known = {mark, unsavedChanges()};
   return {.name = unitName(*store),
           .mode = modeOf(store->operationalState),
-          .unsaved = known.unsaved,
-          .unconfirmed = pendingConfirmation().has_value()};
+          .unsaved = unsavedChanges(),
+          .unconfirmed = unconfirmedChange()};
 }
 
 std::string promptText(const UnitState& state, bool readsOnly, bool colours) {
