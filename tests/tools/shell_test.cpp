@@ -193,6 +193,49 @@ TEST_F(ShellTest, AResizedWindowIsKnownAtOnce) {
   EXPECT_TRUE(terminal.says("  add        Inse..")) << terminal.heard();
 }
 
+TEST_F(ShellTest, ASignalThatEndsItLeavesTheTerminalAsItWas) {
+  for (int number : {SIGHUP, SIGTERM}) {
+    Terminal terminal({"shell"});
+    ASSERT_TRUE(terminal.says(kPrompt));
+    terminal.type("show minR");
+    ASSERT_TRUE(terminal.says("minR"));
+    EXPECT_TRUE(terminal.becomes(false)) << "echo is the editor's";
+    terminal.signal(number);
+    EXPECT_EQ(128 + number, terminal.end());
+    EXPECT_TRUE(terminal.becomes(true));
+  }
+}
+
+TEST_F(ShellTest, SignalsOfKeysThatAreSentToItChangeNothing) {
+  Terminal terminal({"shell"});
+  ASSERT_TRUE(terminal.says(kPrompt));
+  terminal.type("show minR");
+  ASSERT_TRUE(terminal.says("minR"));
+  for (int number : {SIGINT, SIGQUIT, SIGTSTP, SIGWINCH, SIGCONT}) terminal.signal(number);
+  EXPECT_TRUE(answers(terminal, "ate\r", "accepts"));
+  EXPECT_FALSE(terminal.echoes());
+  EXPECT_EQ(0, terminal.leave("\x04"));
+}
+
+// The terminal turns a Ctrl-D that comes while no line is read into NUL.
+TEST_F(ShellTest, AKeyTypedDuringACommandDoesNotQuoteTheNextOne) {
+  Terminal terminal({"shell"});
+  ASSERT_TRUE(terminal.says(kPrompt));
+  terminal.type(std::string(1, '\0') + "\x04");
+  EXPECT_EQ(0, terminal.end());
+}
+
+TEST_F(ShellTest, CharactersOfSeveralBytesAreTyped) {
+  setenv("LC_ALL", "C.UTF-8", 1);
+  Terminal terminal({"shell"});
+  ASSERT_TRUE(terminal.says(kPrompt));
+  EXPECT_TRUE(answers(terminal, "sh\xc3\xb6w\r", "sh\xc3\xb6w: no such command")) << terminal.heard();
+  setenv("LC_ALL", "C", 1);
+  Terminal plain({"shell"});
+  ASSERT_TRUE(plain.says(kPrompt));
+  EXPECT_TRUE(answers(plain, "sh\xc3\xb6ow minRate\r", "accepts")) << "what is no character is dropped";
+}
+
 TEST_F(ShellTest, NarrowAndWideTerminalsTakeTheSameKeys) {
   for (unsigned short columns : {uint16_t{20}, uint16_t{80}, uint16_t{200}}) {
     Terminal terminal({"shell"}, true, columns);

@@ -18,9 +18,9 @@ bool findAll(void* library, EditLibrary& found) {
   return find(library, "el_init", found.init) && find(library, "el_end", found.end) &&
          find(library, "el_set", found.set) && find(library, "el_get", found.get) &&
          find(library, "el_gets", found.gets) && find(library, "el_line", found.line) &&
-         find(library, "el_insertstr", found.insert) && find(library, "el_deletestr", found.erase) &&
-         find(library, "history_init", found.historyInit) && find(library, "history_end", found.historyEnd) &&
-         find(library, "history", found.history);
+         find(library, "el_resize", found.resize) && find(library, "el_insertstr", found.insert) &&
+         find(library, "el_deletestr", found.erase) && find(library, "history_init", found.historyInit) &&
+         find(library, "history_end", found.historyEnd) && find(library, "history", found.history);
 }
 
 }  // namespace

@@ -18,6 +18,7 @@ struct EditLibrary {
   decltype(&::el_get) get = nullptr;
   decltype(&::el_gets) gets = nullptr;
   decltype(&::el_line) line = nullptr;
+  decltype(&::el_resize) resize = nullptr;
   decltype(&::el_insertstr) insert = nullptr;
   decltype(&::el_deletestr) erase = nullptr;
   decltype(&::history_init) historyInit = nullptr;

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "tools/ctl/session.h"
+#include "tools/ctl/shell/typed_keys.h"
 
 #ifdef __SANITIZE_ADDRESS__
 // libedit never frees its own copies of the names of added functions.
@@ -66,7 +67,8 @@ void Editor::bind() {
   library_->history(history_, &event, H_SETUNIQUE, 1);
   library_->set(edit_, EL_CLIENTDATA, this);
   library_->set(edit_, EL_EDITOR, "emacs");
-  library_->set(edit_, EL_SIGNAL, 1);
+  const el_rfunc_t next = [](EditLine* edit, wchar_t* typed) { return of(edit).nextTyped(*typed); };
+  library_->set(edit_, EL_GETCFN, next);
   library_->set(edit_, EL_HIST, library_->history, history_);
   library_->set(edit_, EL_SETTY, "-d", "-isig", nullptr);
   char* (*prompt)(EditLine*) = [](EditLine* edit) { return of(edit).prompt_.data(); };
@@ -85,6 +87,15 @@ void Editor::bind() {
   library_->set(edit_, EL_BIND, "?", "ctl-explain", nullptr);
   library_->set(edit_, EL_BIND, "^C", "ctl-drop", nullptr);
   for (const char* key : {"\\ex", "\\eX", "\\370", "\\330"}) library_->set(edit_, EL_BIND, key, "ed-ignore", nullptr);
+}
+
+// Not the library's own: at a signal it would leave the terminal as it is for commands, in the middle of a line.
+int Editor::nextTyped(wchar_t& typed) {
+  for (;;) {
+    const KeyInput input = nextKey(typed);
+    if (input != KeyInput::kResized) return input == KeyInput::kKey ? 1 : 0;
+    library_->resize(edit_);
+  }
 }
 
 unsigned char Editor::answer(const Answer& key, bool insertItself) {
@@ -111,6 +122,9 @@ void Editor::remember(const std::string& line) {
 std::optional<std::string> Editor::readEdited() {
   dropped_ = false;
   int length = 0;
+  const TypingSignals signals;
+  // Otherwise the prompt would stand there before its keys mean what they mean in a line.
+  library_->set(edit_, EL_PREP_TERM, 1);
   const char* line = library_->gets(edit_, &length);
   if (dropped_) {
     fputs("^C\n", terminal_);

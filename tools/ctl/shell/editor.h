@@ -50,6 +50,7 @@ class Editor {
   Keys keys_;
   std::string prompt_;
 #ifdef KESTROVE_EDITS_LINES
+  int nextTyped(wchar_t& typed);
   unsigned char answer(const Answer& key, bool insertItself);
   void bind();
   std::optional<std::string> readEdited();
