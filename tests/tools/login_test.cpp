@@ -90,6 +90,7 @@ TEST_F(LoginTest, WithoutTheSuperUserSwitchOneMayOnlyRead) {
   EXPECT_TRUE(answers(terminal, "user passwd alice\r", refused));
   EXPECT_TRUE(answers(terminal, "user check alice\r", refused));
   EXPECT_TRUE(answers(terminal, "load /etc/passwd\r", refused));
+  EXPECT_TRUE(answers(terminal, "explain load /etc/passwd\r", refused));
   EXPECT_TRUE(answers(terminal, "show minRate\r", "minRate"));
   shm->config.users[1].superUser = 1;
   terminal.type("\r");
@@ -114,6 +115,7 @@ TEST_F(LoginTest, WhoIsRemovedIsSentAway) {
   terminal.type("show minRate\r");
   EXPECT_TRUE(terminal.says("the account guest is gone"));
   EXPECT_EQ(0, terminal.end());
+  EXPECT_THAT(terminal.heard(), Not(HasSubstr("accepts"))) << "before anything is shown";
 }
 
 TEST_F(LoginTest, NoKeyLeadsToTheMachine) {

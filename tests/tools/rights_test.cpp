@@ -47,16 +47,20 @@ TEST(Rights, WhatAsksForAPasswordSaysSo) {
 class RightsTest : public kestrove::testing::StoreTest {};
 
 struct Toy {
-  std::string file;
+  std::string file = {};
+  std::vector<std::string> words = {};
 };
 
 void touch(const Session& session) { Change change(session); }
 void readFile(const Session&, const Toy&) {}
+void runWithin(const Session&, const Toy&) {}
 
 const std::vector<Command>& toys() {
   static const std::vector<Command> rows = {
       changing("paint", "Change one", touch), command("peek", "Look at one", touch),
       command("read", "Read one", readFile, {argument("FILE", &Toy::file, takes::file(), "Its file")}),
+      command("within", "Look at a line", runWithin,
+              {several("COMMAND", &Toy::words, takes::commandLine(), "The line")}),
       askingPassword(command("ask", "Ask for one", touch))};
   return rows;
 }
@@ -84,6 +88,9 @@ TEST_F(RightsTest, WhoMayOnlyReadRunsNothingElse) {
   EXPECT_EQ(kNotPermitted, outcome("paint", "only reading"));
   EXPECT_EQ(kNotPermitted, outcome("ask", "only reading")) << "an answer about a password is worth trying for";
   EXPECT_EQ(kNotPermitted, outcome("read /etc/passwd", "only reading"));
+  EXPECT_EQ(kNotPermitted, outcome("within load /etc/passwd", "only reading"));
+  EXPECT_EQ(kNotPermitted, outcome("within --json load /etc/passwd", "only reading"));
+  EXPECT_EQ(kDone, outcome("within rule list", "only reading"));
   EXPECT_EQ(kDone, outcome("read", "only reading"));
   EXPECT_EQ(kDone, outcome("read /etc/passwd"));
 }

@@ -173,6 +173,23 @@ TEST_F(ShellTest, ThePromptNamesUnitAndMode) {
   EXPECT_TRUE(terminal.says("00000000"));
 }
 
+TEST_F(ShellTest, ThePromptSaysWhatIsNotSaved) {
+  writeFile("/etc/config/factory.defaults", "LAN_RATE 100000000\n");
+  ASSERT_EQ(0, ctl("save").status);
+  Terminal terminal({"shell"});
+  ASSERT_TRUE(terminal.says(kPrompt));
+  shm->operationalState = SHM_STATE_CONFIGURATION;
+  terminal.type("set wanLinkRate 2048000\r");
+  EXPECT_TRUE(terminal.says("branch-7[config]*> "));
+  terminal.type("save\r");
+  EXPECT_TRUE(terminal.says("branch-7[config]> "));
+  terminal.type("set wanLinkRate 3048000\r");
+  EXPECT_TRUE(terminal.says("branch-7[config]*> "));
+  terminal.type("exit\r");
+  EXPECT_EQ(0, terminal.end());
+  EXPECT_THAT(terminal.heard(), HasSubstr("there are changes that are not saved"));
+}
+
 TEST_F(ShellTest, ColoursAreForTerminalsThatKnowThem) {
   setenv("TERM", "xterm", 1);
   Terminal coloured({"shell"});

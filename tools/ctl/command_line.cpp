@@ -7,6 +7,7 @@
 #include "tools/common/version_text.h"
 #include "tools/ctl/exit_codes.h"
 #include "tools/ctl/history/changing.h"
+#include "tools/ctl/place.h"
 #include "tools/ctl/reference.h"
 #include "tools/ctl/script/help_text.h"
 #include "tools/ctl/shape.h"
@@ -66,10 +67,20 @@ bool hasBelow(const std::vector<Command>& rows, const Command& row) {
   return false;
 }
 
+// The value of a line within the line, or of this one.
+bool namesFile(const Value& value, const std::vector<std::string>& words) {
+  if (value.type.form != Form::kCommandLine) return value.type.completion == Completion::kFiles && !words.empty();
+  for (size_t i = 0; i < words.size(); ++i) {
+    const Value* next = placeBehind(grammar(), {words.begin(), words.begin() + static_cast<std::ptrdiff_t>(i)}).next;
+    if (next && next->type.completion == Completion::kFiles) return true;
+  }
+  return false;
+}
+
 // Files are named by those alone who may change something: what is read from them could be any file of the machine.
 bool namesFile(const Command& row, const Given& given) {
   for (size_t i = 0; i < given.size(); ++i) {
-    if (row.values[i].type.completion == Completion::kFiles && !given[i].empty()) return true;
+    if (namesFile(row.values[i], given[i])) return true;
   }
   return false;
 }

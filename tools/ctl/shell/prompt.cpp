@@ -2,6 +2,7 @@
 #include "tools/ctl/shell/prompt.h"
 
 #include "kestrove/codes.h"
+#include "tools/ctl/history/pending.h"
 #include "tools/ctl/shell/editor.h"
 #include "tools/ctl/shell/glance.h"
 #include "tools/ctl/shell/unsaved.h"
@@ -22,13 +23,15 @@ std::string marked(const std::string& text, const char* number, bool colours) {
 
 }  // namespace
 
-UnitState unitState() {
+UnitState unitState(KnownUnsaved& known) {
   const ShmData* store = glance();
   if (!store) return {.name = "no store"};
+  const std::string mark = settingsMark(*store);
+  if (mark != known.mark) known = {mark, unsavedChanges()};
   return {.name = unitName(*store),
           .mode = modeOf(store->operationalState),
-          .unsaved = unsavedChanges(),
-          .unconfirmed = unconfirmedChange()};
+          .unsaved = known.unsaved,
+          .unconfirmed = pendingConfirmation().has_value()};
 }
 
 std::string promptText(const UnitState& state, bool readsOnly, bool colours) {

@@ -15,8 +15,14 @@ struct UnitState {
   bool unconfirmed = false;  // a change that goes back unless it is confirmed
 };
 
+// What was found out about changes, for as long as settings and file stay as they are: it takes its time.
+struct KnownUnsaved {
+  std::string mark = {};
+  bool unsaved = false;
+};
+
 // Of the store as it stands, without its lock: a prompt keeps nobody waiting.
-UnitState unitState();
+UnitState unitState(KnownUnsaved& known);
 
 // "wan-4[config]*! > ": a star for what is not saved, a mark for what is not confirmed. A person who may only read gets
 // "$" for the last character of all others.

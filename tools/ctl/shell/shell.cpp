@@ -16,10 +16,8 @@
 #include "tools/ctl/shell/input_lines.h"
 #include "tools/ctl/shell/keys.h"
 #include "tools/ctl/shell/program.h"
-#include "tools/ctl/shell/prompt.h"
 #include "tools/ctl/shell/rights.h"
 #include "tools/ctl/shell/screen.h"
-#include "tools/ctl/shell/unsaved.h"
 
 namespace ctl {
 namespace {
@@ -61,11 +59,11 @@ void Shell::talk() {
   for (const std::string& line : history_.lines()) editor_->remember(line);
   while (!left_ && refreshRights()) {
     const std::optional<std::string> line = editor_->read(prompt());
-    if (!line) break;
+    if (!line || !refreshRights()) break;
     run(*line);
   }
   if (!left_) session_.print("\n");
-  tellUnsaved();
+  if (known_.unsaved) warn("there are changes that are not saved (save writes them)");
 }
 
 std::optional<int> Shell::runNext(InputLines& lines) {
@@ -88,7 +86,6 @@ std::optional<int> Shell::readAll() {
     if (!status) break;
     if (first.value_or(0) == 0) first = status;
   }
-  tellUnsaved();
   return first;
 }
 
@@ -135,6 +132,7 @@ int Shell::filtered(const Session& session, const Words& words, Filters& filters
       [&](FILE* out) {
         Session own = session;
         own.out = out;
+        own.columns = filters.none() ? screenSize(session.out).columns : 0;
         return runProgram(own, words);
       },
       [&](const std::string& piece) {
@@ -162,15 +160,18 @@ void Shell::keep(const std::string& line, const Words& words) {
   if (isCommand(words)) history_.add(line);
 }
 
-std::string Shell::prompt() const {
+// Found out in a process of its own, which says it in three lines.
+std::string Shell::prompt() {
   const bool colours = showsColours(session_.out);
-  const bool readsOnly = !readsOnly_.empty();
-  return textFromChild([&] { return promptText(unitState(), readsOnly, colours); });
-}
-
-void Shell::tellUnsaved() const {
-  const std::string unsaved = textFromChild([] { return std::string(unitState().unsaved ? "yes" : ""); });
-  if (!unsaved.empty()) warn("there are changes that are not saved (save writes them)");
+  const std::string found = textFromChild([&] {
+    const std::string prompt = promptText(unitState(known_), !readsOnly_.empty(), colours);
+    return known_.mark + "\n" + (known_.unsaved ? "*" : "") + "\n" + prompt;
+  });
+  const size_t first = found.find('\n');
+  const size_t second = found.find('\n', first + 1);
+  if (first == std::string::npos || second == std::string::npos) return "> ";
+  known_ = {found.substr(0, first), second > first + 1};
+  return found.substr(second + 1);
 }
 
 }  // namespace ctl

@@ -10,8 +10,13 @@
 #include "tools/ctl/session.h"
 #include "tools/ctl/shell/editor.h"
 #include "tools/ctl/shell/history_file.h"
+#include "tools/ctl/shell/prompt.h"
 
 namespace ctl {
+
+class Filters;
+class InputLines;
+class Screen;
 
 class Shell {
  public:
@@ -23,20 +28,18 @@ class Shell {
   std::optional<int> readAll();
 
  private:
-  std::optional<int> runNext(class InputLines& lines);
+  std::optional<int> runNext(InputLines& lines);
   int run(const std::string& line);
   int runWords(const std::string& line);
-  int runCommand(const Session& session, const std::vector<std::string>& words, class Filters& filters,
-                 class Screen& screen) const;
-  int filtered(const Session& session, const std::vector<std::string>& words, class Filters& filters,
-               class Screen& screen) const;
+  int runCommand(const Session& session, const std::vector<std::string>& words, Filters& filters, Screen& screen) const;
+  int filtered(const Session& session, const std::vector<std::string>& words, Filters& filters, Screen& screen) const;
   bool refreshRights();
   void keep(const std::string& line, const std::vector<std::string>& words);
-  std::string prompt() const;
-  void tellUnsaved() const;
+  std::string prompt();
 
   Session session_;
   std::string readsOnly_;
+  KnownUnsaved known_;
   bool talks_ = false;
   bool left_ = false;
   std::unique_ptr<Editor> editor_;

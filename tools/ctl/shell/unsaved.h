@@ -1,13 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a restart, or the time, would take back.
+// What a restart would take back.
 #pragma once
+
+#include <string>
+
+#include "kestrove/layout.h"
 
 namespace ctl {
 
-// Whether the attached store holds settings that its configuration file does not.
-bool unsavedChanges();
+// Another text whenever the settings of the store or its file have changed.
+std::string settingsMark(const ShmData& store);
 
-// Whether a change waits for its confirmation.
-bool unconfirmedChange();
+// Whether the attached store holds settings that its configuration file could hold and does not. False, too, where that
+// cannot be found out at once.
+bool unsavedChanges();
 
 }  // namespace ctl
