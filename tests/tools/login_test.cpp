@@ -94,7 +94,7 @@ TEST_F(LoginTest, WithoutTheSuperUserSwitchOneMayOnlyRead) {
   EXPECT_TRUE(answers(terminal, "show minRate\r", "minRate"));
   shm->config.users[1].superUser = 1;
   terminal.type("\r");
-  EXPECT_TRUE(terminal.says("branch-7> ")) << "at once, also while one is here";
+  EXPECT_TRUE(terminal.says("branch-7*> ")) << "at once, also while one is here";
 }
 
 TEST_F(LoginTest, ConfigurationThroughTheSerialPortMayBeOff) {

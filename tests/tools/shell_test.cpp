@@ -54,7 +54,7 @@ TEST_F(ShellTest, ACommandThatFailsKeepsTheShell) {
 TEST_F(ShellTest, TabCompletesWordsAndValues) {
   Terminal terminal({"shell"});
   ASSERT_TRUE(terminal.says(kPrompt));
-  EXPECT_TRUE(answers(terminal, "ru\tlis\t\r", "position"));
+  EXPECT_TRUE(answers(terminal, "ru\tlis\t\r", "IPv4"));
   EXPECT_TRUE(answers(terminal, "sho\twanLinkR\t\r", "wanLinkRate"));
   EXPECT_TRUE(answers(terminal, "show mini\x15set compression of\t\r", "off"));
   EXPECT_EQ(SHM_OFF, shm->config.compression);
@@ -80,7 +80,7 @@ TEST_F(ShellTest, AQuestionMarkListsWhatMayFollow) {
   ASSERT_TRUE(terminal.says(kPrompt));
   terminal.type("rule ?");
   EXPECT_TRUE(terminal.says("Insert a rule in front of a position"));
-  EXPECT_TRUE(answers(terminal, "l\r", "position")) << "the line is still there";
+  EXPECT_TRUE(answers(terminal, "l\r", "IPv4")) << "the line is still there";
   terminal.type("rule add 0 --target ?");
   EXPECT_TRUE(terminal.says("What matching traffic gets (accelerate|bridge|drop)"));
   terminal.type("\x15show | ?");
@@ -92,7 +92,7 @@ TEST_F(ShellTest, WordsOfCommandsMayBeCut) {
   ASSERT_EQ(0, ctl("route add 172.20.0.0/16 192.168.10.3").status);
   Terminal terminal({"shell"});
   ASSERT_TRUE(terminal.says(kPrompt));
-  EXPECT_TRUE(answers(terminal, "ru l\r", "position"));
+  EXPECT_TRUE(answers(terminal, "ru l\r", "IPv4"));
   EXPECT_TRUE(answers(terminal, "rout l\r", "rout: may be route, route6"));
   EXPECT_TRUE(answers(terminal, "route l\r", "172.20.0.0"));
   EXPECT_EQ(2, ctl("ru l").status) << "nowhere else";
@@ -190,6 +190,16 @@ TEST_F(ShellTest, ThePromptSaysWhatIsNotSaved) {
   EXPECT_THAT(terminal.heard(), HasSubstr("there are changes that are not saved"));
 }
 
+TEST_F(ShellTest, ThePromptSaysWhatIsNotConfirmed) {
+  Terminal terminal({"shell"});
+  ASSERT_TRUE(terminal.says(kPrompt));
+  terminal.type("set wanLinkRate 2048000 --confirm 5\r");
+  EXPECT_TRUE(terminal.says("branch-7!> "));
+  EXPECT_TRUE(answers(terminal, "confirm\r", "")) << "and no longer";
+  terminal.type("exit\r");
+  EXPECT_EQ(0, terminal.end());
+}
+
 TEST_F(ShellTest, ColoursAreForTerminalsThatKnowThem) {
   setenv("TERM", "xterm", 1);
   Terminal coloured({"shell"});
@@ -259,7 +269,7 @@ TEST_F(ShellTest, NarrowAndWideTerminalsTakeTheSameKeys) {
     ASSERT_TRUE(terminal.says(kPrompt)) << columns;
     EXPECT_TRUE(answers(terminal, "set wanLinkR\t3000000 \x7f\r", "bit/s")) << columns;
     EXPECT_EQ(3000000u, shm->config.wanLinkRate) << columns;
-    shm->config.wanLinkRate = 1000000;
+    ASSERT_EQ(0, ctl("set wanLinkRate 1000000").status);
   }
 }
 
