@@ -31,7 +31,7 @@ CarriedOut carryOutRecorded(const Session& session, const std::function<Image()>
   const Image wanted = target();
   if (compare(*shm, *wanted).empty()) return {};
   recording.begin();
-  recording.aim(*wanted);
+  recording.aim(wanted);
   CarriedOut done;
   done.outcome = carryOut(session, *wanted, options);
   done.recorded = recording.finish();

@@ -2,36 +2,14 @@
 #include "tools/ctl/history/ledger.h"
 
 #include <algorithm>
-#include <cinttypes>
 #include <cstddef>
-#include <cstring>
 
 #include "kestrove/segment.h"
+#include "tools/ctl/history/mixer.h"
+#include "tools/ctl/settings/difference.h"
 
 namespace ctl {
 namespace {
-
-// Word by word: the tables are more than half a megabyte.
-class Mixer {
- public:
-  void take(const void* from, size_t length) {
-    const char* bytes = static_cast<const char*>(from);
-    for (size_t at = 0; at < length; at += sizeof(uint64_t)) {
-      uint64_t word = 0;
-      memcpy(&word, bytes + at, std::min(sizeof word, length - at));
-      sum_ = (sum_ ^ word) * 0x9e3779b97f4a7c15u;
-      sum_ ^= sum_ >> 29;
-    }
-  }
-  std::string text() const {
-    char digits[17];
-    snprintf(digits, sizeof digits, "%016" PRIx64, sum_);
-    return digits;
-  }
-
- private:
-  uint64_t sum_ = 0xcbf29ce484222325u;
-};
 
 size_t rulesInUse(const FilterTable& table) {
   return static_cast<size_t>(std::clamp<int32_t>(table.ruleCount, 0, SHM_RULES));
@@ -71,14 +49,23 @@ void Ledger::open(const Home* home) {
   add(home, {.source = kOutside, .comment = newest ? "" : kFirst}, before_, fingerprint_);
 }
 
+const std::string& Ledger::aim(const Image& target) {
+  aim_ = target;
+  aimedBody_ = bodyOf(settingLines(*target));
+  return aimedBody_;
+}
+
 bool Ledger::changed() {
   if (fingerprintOf(*shm) == fingerprint_) return false;
-  after_ = runningBody();
+  after_ = bodyBehind();
   return sumOf(after_) != sum_;
 }
 
+// Most changes arrive where they aimed; that is seen sooner than all of it is written down again.
+std::string Ledger::bodyBehind() const { return aim_ && compare(*shm, **aim_).empty() ? aimedBody_ : runningBody(); }
+
 int Ledger::close(const Home* home, const Revision& revision) {
-  if (after_.empty()) after_ = runningBody();
+  if (after_.empty()) after_ = bodyBehind();
   return add(home, revision, after_, fingerprintOf(*shm));
 }
 

@@ -2,9 +2,11 @@
 // The history on both sides of a change: what others did before it, and what it did itself.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "tools/ctl/history/revisions.h"
+#include "tools/ctl/settings/image.h"
 
 namespace ctl {
 
@@ -15,6 +17,8 @@ class Ledger {
  public:
   // With the attached store held, in front of the change: notes what was changed past kestrovectl.
   void open(const Home* home);
+  // The settings that the change is to lead to, as they stand in a file.
+  const std::string& aim(const Image& target);
   // Behind it, still held: whether a setting is another one.
   bool changed();
   // Notes the change; its number, or 0 where it could not be written.
@@ -26,6 +30,10 @@ class Ledger {
  private:
   int add(const Home* home, const Revision& revision, const std::string& body, const std::string& fingerprint);
 
+  std::string bodyBehind() const;
+
+  std::optional<Image> aim_;
+  std::string aimedBody_;
   std::string before_;       // empty until somebody needs it
   std::string sum_;          // of the settings before
   std::string fingerprint_;  // of the tables before

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ctl/history/record.h"
 
-#include <cinttypes>
+#include <cstring>
+
+#include "tools/ctl/history/mixer.h"
 
 namespace ctl {
 namespace {
@@ -16,8 +18,13 @@ struct Escape {
 
 constexpr Escape kEscapes[] = {{'\\', '\\'}, {kFieldEnd, 't'}, {kLineEnd, 'n'}};
 
+constexpr char kEscaped[] = {'\\', kFieldEnd, kLineEnd, '\0'};
+
+// Hardly a field has one of them.
 void append(std::string& body, const std::string& field, char end) {
-  for (const char c : field) {
+  const size_t plain = strcspn(field.c_str(), kEscaped);
+  body.append(field, 0, plain);
+  for (const char c : std::string_view(field).substr(plain)) {
     char letter = 0;
     for (const Escape& escape : kEscapes) {
       if (escape.plain == c) letter = escape.letter;
@@ -70,18 +77,21 @@ std::vector<SettingLine> settingsIn(const std::string& body) {
   return lines;
 }
 
-// FNV-1a of 64 bits.
 std::string sumOf(std::string_view text) {
-  uint64_t sum = 0xcbf29ce484222325u;
-  for (const char c : text) sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001b3u;
-  char digits[17];
-  snprintf(digits, sizeof digits, "%016" PRIx64, sum);
-  return digits;
+  Mixer mixer;
+  mixer.take(text.data(), text.size());
+  return mixer.text();
 }
 
+// The sum takes its place in front when the rest stands: a full state is copied once.
 std::string recordText(const Record& record) {
-  const std::string rest = jsonText(record.head, -1) + kLineEnd + record.body;
-  return sumOf(rest) + kLineEnd + rest;
+  std::string text(sumOf("").size(), ' ');
+  text += kLineEnd;
+  const size_t rest = text.size();
+  text += jsonText(record.head, -1) + kLineEnd;
+  text += record.body;
+  const std::string sum = sumOf(std::string_view(text).substr(rest));
+  return text.replace(0, sum.size(), sum);
 }
 
 std::optional<Record> readRecord(const std::string& text) {

@@ -130,10 +130,10 @@ void Recording::arm() {
   begun_ = true;
 }
 
-void Recording::aim(const ShmData& target) {
+void Recording::aim(const Image& target) {
   if (inert_ || !home_ || session_.toBeConfirmed() || Journal(*home_).read()) return;
   entry_ = entryOf(Stage::kForward);
-  entry_.settings = bodyOf(settingLines(target));
+  entry_.settings = ledger_.aim(target);
   entry_.passwordLines = passwordLines(*shm);
   try {
     writeJournal(Stage::kForward);

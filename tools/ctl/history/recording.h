@@ -46,7 +46,7 @@ class Recording {
   // With the store held, in front of the change. From here on a death takes back what --confirm was given for.
   void begin();
   // A change of many steps leads there: after a death in between it is gone on with. Nothing where --confirm was given.
-  void aim(const ShmData& target);
+  void aim(const Image& target);
   // A change of something that no setting shows.
   void always() { always_ = true; }
   // Behind the change, with the store still held.
