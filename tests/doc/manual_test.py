@@ -7,6 +7,9 @@ import subprocess
 import sys
 
 SOURCE, BUILD = map(pathlib.Path, sys.argv[1:3])
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(SOURCE / "scripts"))
+import header_comments  # noqa: E402
 
 
 def none(complaints):
@@ -19,13 +22,47 @@ def page(name):
     return (SOURCE / f"doc/man/{name}.scd").read_text(encoding="utf-8").replace("\\", "")
 
 
+def lint(pages, level):
+    """Where the pages lie, so that those which are links find the others."""
+    said = subprocess.run(["mandoc", "-T", "lint", "-W", level, *pages], stdout=subprocess.PIPE, encoding="utf-8",
+                          cwd=BUILD / "share/man")
+    if said.returncode != 0 or said.stdout:
+        sys.exit(f"FAILED: status {said.returncode}\n{said.stdout}")
+
+
 def every_page_is_sound():
     built = sorted(path for path in (BUILD / "share/man").rglob("*") if path.is_file())
     sources = {path.stem for path in (SOURCE / "doc/man").glob("*.scd")}
-    assert len(sources) == 7 and {path.name for path in built} == sources, (sources, built)
-    said = subprocess.run(["mandoc", "-T", "lint", "-W", "error", *built], stdout=subprocess.PIPE, encoding="utf-8")
-    if said.returncode != 0 or said.stdout:
-        sys.exit(f"FAILED: status {said.returncode}\n{said.stdout}")
+    written = {path.name for path in built if path.suffix != ".3kestrove"}
+    assert len(sources) == 7 and written == sources, (sources, written)
+    lint(built, "error")
+    families = [path for path in built if re.fullmatch(r"(?:lib)?kestrove(?:-\w+)?\.3kestrove", path.name)]
+    assert len(families) > 20, families
+    lint(families, "warning")  # of a link it says that a link is fragile
+
+
+def every_export_is_answered():
+    exports = header_comments.read(SOURCE).exports
+    asked = subprocess.run(["mman", "-M", BUILD / "share/man", "-w", *exports], stdout=subprocess.PIPE,
+                           stderr=subprocess.DEVNULL, encoding="utf-8")
+    found = [pathlib.Path(line) for line in asked.stdout.splitlines()]
+    none([f"man {name} finds nothing" for name in sorted({*exports} - {path.stem for path in found})])
+    assert len(found) == len(exports) > 280, found
+    none([f"{page} does not lead to a page that names it" for page in found if page.stem not in names_of(page)])
+
+
+def names_of(link):
+    """What the page behind a link says in its NAME section."""
+    target = re.fullmatch(r"\.so (man3/kestrove-\w+\.3kestrove)\n", link.read_text(encoding="utf-8")).group(1)
+    names = (BUILD / "share/man" / target).read_text(encoding="utf-8").split(".SH NAME\n")[1].split(" \\- ")[0]
+    return names.replace("\\-", "-").split(", ")
+
+
+def every_header_has_its_page():
+    headers = {path.stem for path in (SOURCE / "include/kestrove").glob("*.h")} - {"api", "kestrove"}
+    pages = {path.stem.removeprefix("kestrove-") for path in (BUILD / "share/man/man3").glob("kestrove-*")}
+    assert len(headers) > 20, headers
+    none([f"include/kestrove/{name}.h and section 3 differ" for name in sorted(headers ^ pages)])
 
 
 def every_option_is_in_its_page():
@@ -59,6 +96,7 @@ def every_line_of_a_script_is_in_its_page():
 
 
 CASES = {"".join(word.capitalize() for word in case.__name__.split("_")): case
-         for case in (every_page_is_sound, every_option_is_in_its_page, every_exit_code_is_in_its_page,
+         for case in (every_page_is_sound, every_export_is_answered, every_header_has_its_page,
+                      every_option_is_in_its_page, every_exit_code_is_in_its_page,
                       every_line_of_a_script_is_in_its_page)}
 CASES[sys.argv[3]]()
