@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # The one entry. Every target sets up what it needs, except install, which only says what is missing.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-sanitized test-all test-install explore bench fuzz shell fleet format format-check lint clang setup install
+.PHONY: help demo test test-sanitized test-all test-install abi explore bench fuzz shell fleet format format-check lint clang setup install
 
 SECONDS ?= 60
 PREFIX ?= /usr/local
@@ -29,6 +29,10 @@ test-all: test test-sanitized ## the two together
 test-install: ## an installation, and C, C++ and Python front ends built against it
 	@scripts/setup build tools sandbox frontend manual
 	@scripts/test-install
+
+abi: ## the interface of both widths against the record in abi/
+	@scripts/setup build m32 abi
+	@scripts/abi
 
 explore: ## every order of the operations of two and three processes; a share of it is in make test
 	@scripts/setup build tools sandbox test model
