@@ -112,6 +112,7 @@ class Interface:
 COMMENT = re.compile(r"/\*(.*?)\*/", re.DOTALL)
 SKIPPED = re.compile(r'extern "C" \{|\}|#(?!define \w+ )[^\n]*(?:\\\n[^\n]*)*')
 FUNCTION = re.compile(r"(.*?[\s*])(\w+)\((.*)\);", re.DOTALL)
+INLINE = re.compile(r"^static inline ([^;{]*\)) \{\n.*?^\}", re.DOTALL | re.MULTILINE)
 VARIABLE = re.compile(r"extern (.*?[\s*])(\w+)((?:\[\w*\])*);", re.DOTALL)
 CALLBACK = re.compile(r"typedef (.*?)\(\*(\w+)\)\((.*)\);", re.DOTALL)
 RECORD = re.compile(r"typedef struct \w+ \{(.*)\} (\w+);", re.DOTALL)
@@ -222,7 +223,7 @@ class Reader:
         self.comment, self.section, self.together = "", "", []
 
     def read(self, text):
-        kinds = list(pieces(text))
+        kinds = list(pieces(INLINE.sub(r"\1;", text)))
         assert kinds[0][1].startswith("SPDX"), self.family.header
         for kind, what, remark in kinds[1:]:
             getattr(self, "on_" + kind)(what, remark)
