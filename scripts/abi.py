@@ -11,12 +11,14 @@ import json
 import pathlib
 import re
 import shlex
+import shutil
 import subprocess
 import sys
 import tempfile
 import xml.etree.ElementTree
 
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
+TOOLS = ("abidw", "abidiff", "g++")
 DUMP = ["abidw", "--no-comp-dir-path", "--no-corpus-path", "--no-show-locs", "--type-id-style", "hash"]
 
 
@@ -71,22 +73,24 @@ def public_values(tree):
     return names
 
 
-def dump_library(tree, library, into):
+def dump_library(library, into):
     run(*DUMP, "--exported-interfaces-only", "--out-file", into, library)
 
 
 def dump_headers(tree, into):
     with tempfile.NamedTemporaryFile(suffix=".so") as shared:
-        run("gcc", *tree.width(), "-std=c11", "-g", "-fno-eliminate-unused-debug-types", "-fPIC", "-shared",
-            f"-I{tree.root}/include", "-ffile-prefix-map=" + str(tree.root) + "=.", "-o", shared.name,
-            tree.root / "abi/headers.c")
-        run(*DUMP, "--load-all-types", "--out-file", into, shared.name)
+        run("g++", *tree.width(), "-std=c++11", "-g", "-fPIC", "-shared", f"-I{tree.root}/include",
+            f"-ffile-prefix-map={tree.root}=../..", "-o", shared.name, tree.root / "abi/headers.cpp")
+        run(*DUMP, "--out-file", into, shared.name)
 
 
 def dump(tree, library, folder):
     folder.mkdir(parents=True, exist_ok=True)
-    dump_library(tree, library, folder / "library.abi")
+    dump_library(library, folder / "library.abi")
     dump_headers(tree, folder / "headers.abi")
+    for name in ("library.abi", "headers.abi"):
+        text = (folder / name).read_text()
+        (folder / name).write_text(text.replace(f"'{SOURCE}/", "'../../"))
 
 
 def names_in(root, kind, attribute="name"):
@@ -111,13 +115,12 @@ def require_whole(tree, folder):
     exports = exported_names(tree)
     where = folder.name
     symbols = {symbol.get("name"): symbol.get("version") for symbol in library.iter("elf-symbol")}
-    lacks(f"the library ({where})", exports, set(symbols))
-    lacks(f"the map beside the library ({where})", set(symbols), exports)
-    lacks(f"the map's versions ({where})", {name for name, version in symbols.items() if not version}, set())
+    lacks(f"the library ({where})", exports, {name for name, version in symbols.items() if version})
+    lacks(f"the map of exported names ({where})", set(symbols), exports)
     declared = names_in(library, "function-decl", "elf-symbol-id") | names_in(library, "var-decl", "elf-symbol-id")
     lacks(f"the debug information ({where})", exports, {str(name).split("@")[0] for name in declared})
     lacks(f"the dump of the library ({where})", {"ShmData"}, records_in(library))
-    lacks(f"the dump of the headers ({where})", public_records(tree), records_in(headers))
+    lacks(f"the two dumps ({where})", public_records(tree), records_in(library) | records_in(headers))
     lacks(f"the dump of the headers ({where})", public_values(tree), names_in(headers, "enumerator"))
 
 
@@ -161,6 +164,9 @@ def check(tree, record):
 
 
 def main(arguments):
+    for tool in TOOLS:
+        if not shutil.which(tool):
+            raise Broken(f"{tool} is missing; scripts/setup abi installs it")
     act = write if "--write" in arguments else check
     for word in arguments:
         if word != "--write":
