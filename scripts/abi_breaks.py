@@ -80,8 +80,9 @@ def edit(root, file, old, new):
 def link(tree, changed):
     """The library with the changed objects in front: of a record that is defined twice the first is what abidw takes."""
     objects = tree.build / "CMakeFiles/kestrove_objects.dir"
-    others = [path for path in sorted(objects.rglob("*.o"))
-              if path.relative_to(objects).with_suffix("").as_posix() not in changed]
+    sources = [path.relative_to(objects).with_suffix("").as_posix() for path in sorted(objects.rglob("*.o"))]
+    # A folder that lives long has objects of sources that are gone.
+    others = [objects / (name + ".o") for name in sources if name not in changed and (abi.SOURCE / name).exists()]
     library = tree.root / "libkestrove.so"
     abi.run("g++", *tree.width(), "-shared", "-o", library, "-Wl,-soname,libkestrove.so.1",
             f"-Wl,--version-script={tree.root / MAP}", "-Wl,-Bsymbolic-functions,--as-needed", "-static-libstdc++",
