@@ -34,6 +34,15 @@ abi: ## the interface of both widths against the record in abi/
 	@scripts/setup build m32 abi
 	@scripts/abi
 
+.PHONY: deb test-packages
+deb: ## Debian packages for amd64 and i386 in build/deb, looked through by lintian; again=--again compares a second build
+	@scripts/setup build tools manual m32 deb
+	@scripts/deb $(again)
+
+test-packages: deb ## the packages installed, used, upgraded and purged in a root made from scratch; as root, with the registry
+	@scripts/setup roots sandbox
+	@scripts/test-packages
+
 explore: ## every order of the operations of two and three processes; a share of it is in make test
 	@scripts/setup build tools sandbox test model
 	@scripts/setup m32 || echo "explore: no 32-bit packages; all processes are 64-bit"
