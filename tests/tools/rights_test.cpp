@@ -17,9 +17,9 @@ const std::set<std::string> kReading = {"check",   "completion", "bash",   "diff
                                         "list",    "lock",       "lost",   "metrics", "preview", "shell",
                                         "show",    "stats",      "status", "support", "rev",     "man"};
 const std::set<std::string> kChanging = {
-    "abort",  "add",     "apply",   "change", "clear",   "confirm",  "delete", "dhcp",     "double",
-    "enter",  "freshen", "leave",   "load",   "move",    "passwd",   "pbr",    "poweroff", "factory-reset",
-    "reboot", "remove",  "replace", "reset",  "restart", "rollback", "save",   "set",      "single"};
+    "abort",   "add",    "apply",   "change", "clear",   "confirm",  "delete",   "dhcp",          "double", "enter",
+    "freshen", "leave",  "load",    "move",   "passwd",  "pbr",      "poweroff", "factory-reset", "name",   "other",
+    "reboot",  "remove", "replace", "reset",  "restart", "rollback", "save",     "set",           "single", "unset"};
 
 std::string wordsText(const Command& row) {
   std::string text;

@@ -86,7 +86,7 @@ TEST_F(DifferenceTest, OfARuleThatChangedTellsBothLines) {
   ASSERT_EQ(1u, json["changes"].size());
   EXPECT_EQ("rules", json["changes"][0]["section"]);
   EXPECT_EQ("2", json["changes"][0]["key"]);
-  EXPECT_EQ("rule add last --match-all --priority 22 --kbps 0 --target drop --accel 0 --status undefined",
+  EXPECT_EQ("rule add last --match-all --priority 22 --kbps 0 --target drop --accel 0 --status undefined --as-is",
             json["changes"][0]["before"]);
 }
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // address: the management addresses and the bridge's own IPv6 addresses.
 #include <cstring>
+#include <optional>
 
 #include "kestrove/kestrove.h"
+#include "tools/ctl/address_sense.h"
 #include "tools/ctl/change.h"
 #include "tools/ctl/commands.h"
 #include "tools/ctl/reading.h"
@@ -11,10 +13,15 @@
 namespace ctl {
 namespace {
 
+constexpr Type kKind = takes::code(kInterfaceKinds, "lan|wan|management|bridge|router",
+                                   "interface (lan, wan, management, bridge or router)");
+
 struct AddressLine {
   Prefix address;
   int kind = SHM_IF_BRIDGE;
+  std::optional<uint32_t> family = {};
   bool ofBridge = false;
+  bool asIs = false;
 };
 
 Json allRows() {
@@ -45,7 +52,7 @@ void requireUsable(const Prefix& given) {
 ManagementAddress rawEntry(const AddressLine& line) {
   ManagementAddress entry = {};
   entry.interfaceKind = line.kind;
-  entry.ipVersion = line.address.version();
+  entry.ipVersion = line.family.value_or(line.address.version());
   memcpy(entry.address6, line.address.host.address6, sizeof entry.address6);
   entry.prefixLength6 = line.address.length6;
   entry.address = line.address.host.address;
@@ -53,8 +60,14 @@ ManagementAddress rawEntry(const AddressLine& line) {
   return entry;
 }
 
-ManagementAddress entryOf(const AddressLine& line) {
+void refuseNonsense(const AddressLine& line) {
+  if (line.family) throw Refusal(kUsage, "--family is of an address that makes no sense: it goes with --as-is");
+  if (!isInterfaceKind(line.kind)) throw Refusal(kUsage, std::to_string(line.kind) + ": no " + kKind.meant);
   if (line.address.version() != SHM_FAMILY_IPV6) requireUsable(line.address);
+}
+
+ManagementAddress entryOf(const AddressLine& line) {
+  if (!line.asIs) refuseNonsense(line);
   return rawEntry(line);
 }
 
@@ -151,7 +164,9 @@ std::vector<Command> addressCommands() {
       command("address list", "All addresses", showing<allRows>),
       setting("address add", "Add an address", add, wish,
               {needed("ADDRESS", &AddressLine::address, prefix, "IPv4 or IPv6"), own,
-               option("--interface", &AddressLine::kind, takes::word(kInterfaceKinds), "Where it is used")}),
+               option("--interface", &AddressLine::kind, kKind, "Where it is used"),
+               option("--family", &AddressLine::family, takes::number(), "Another number than that of its family"),
+               flag("--as-is", &AddressLine::asIs, "Take what makes no sense, as a store may hold it")}),
       changing("address remove", "Remove an address", remove,
                {needed("ADDRESS", &AddressLine::address, prefix.from(Completion::kAddresses), "IPv4 or IPv6"), own}),
       ofScripts(group("ip", "Management addresses in the words of a saved script")),

@@ -7,6 +7,12 @@
 
 namespace ctl {
 
+// Into a store of nobody.
+void putMode(ConfigRecord& config, const ModeWish& wish);
+
+// A mode that was set is another one's, never none.
+void refuseUnsetting(const ConfigRecord& config, const ModeWish& wish);
+
 // Two interfaces: where policy routing is on, it goes with the single interface.
 void setMode(const Session& session, const ModeWish& wish);
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // rule.
+#include <algorithm>
 #include <cstring>
 #include <optional>
 
@@ -8,6 +9,7 @@
 #include "tools/ctl/commands.h"
 #include "tools/ctl/reading.h"
 #include "tools/ctl/rows.h"
+#include "tools/ctl/rule_sense.h"
 #include "tools/ctl/rule_setting.h"
 #include "tools/ctl/script/script_rows.h"
 
@@ -21,11 +23,12 @@ struct RuleLine {
   int position = 0;
   int destinationPosition = 0;
   std::optional<Prefix> source, destination;
-  std::optional<uint32_t> protocol, accelerate, action;
+  std::optional<uint32_t> family, protocol, accelerate, action;
   std::optional<Ports> sourcePorts, destinationPorts;
-  std::optional<int> sourcePortEnd, destinationPortEnd, target, priority, kilobits;
+  std::optional<int> sourcePortEnd, destinationPortEnd, target, priority, kilobits, bits;
   bool any = false;
   bool matchAll = false;
+  bool asIs = false;
 };
 
 std::string ruleName(int position) { return "rule " + std::to_string(position); }
@@ -74,6 +77,8 @@ void refuseContradictions(const RuleLine& given) {
   if (given.any && (given.source || given.destination)) {
     throw Refusal(kUsage, "--any matches both address families: it goes without --from and --to");
   }
+  if (given.any && given.family) throw Refusal(kUsage, "--any is an address family: it goes without --family");
+  if (given.kilobits && given.bits) throw Refusal(kUsage, "--kbps and --bps are one rate: one of them");
   if (given.source && given.destination && given.source->version() != given.destination->version()) {
     throw Refusal(kUsage, "--from and --to are of different address families");
   }
@@ -102,23 +107,6 @@ void setPorts(int32_t& first, int32_t& last, const std::optional<Ports>& ports, 
   if (end) last = *end;
 }
 
-void refusePorts(int first, int last, const char* option) {
-  const std::string name = option;
-  if (first == 0 && last != 0) throw Refusal(kUsage, name + "-end goes with a first port (" + name + ")");
-  if (last < first) {
-    throw Refusal(kUsage, "ports " + std::to_string(first) + " to " + std::to_string(last) + " run backwards (" + name +
-                              ", " + name + "-end)");
-  }
-}
-
-void refuseMeaninglessPorts(const FilterRule& rule) {
-  refusePorts(rule.srcPort, rule.srcPortEnd, "--sport");
-  refusePorts(rule.destPort, rule.destPortEnd, "--dport");
-  const bool ports = rule.srcPort != 0 || rule.destPort != 0;
-  if (ports && rule.proto != SHM_PROTO_TCP && rule.proto != SHM_PROTO_UDP)
-    throw Refusal(kUsage, "ports go with --proto tcp or udp");
-}
-
 bool namesPorts(const RuleLine& given) {
   return given.protocol || given.sourcePorts || given.sourcePortEnd || given.destinationPorts ||
          given.destinationPortEnd;
@@ -129,21 +117,30 @@ bool matchesAll(const FilterRule& rule) {
          rule.destPort == 0;
 }
 
+void refuseNonsense(const std::string& wrong) {
+  if (!wrong.empty()) throw Refusal(kUsage, wrong);
+}
+
 void apply(FilterRule& rule, const RuleLine& given) {
+  const FilterRule before = rule;
   refuseContradictions(given);
   refuseOtherFamily(rule, given);
   if (given.any) rule.ipVersion = SHM_FAMILY_ANY;
   if (given.source) setEnd(rule, *given.source, true);
   if (given.destination) setEnd(rule, *given.destination, false);
+  if (given.family) rule.ipVersion = *given.family;
   if (given.protocol) rule.proto = *given.protocol;
   setPorts(rule.srcPort, rule.srcPortEnd, given.sourcePorts, given.sourcePortEnd);
   setPorts(rule.destPort, rule.destPortEnd, given.destinationPorts, given.destinationPortEnd);
-  if (namesPorts(given)) refuseMeaninglessPorts(rule);
   if (given.target) rule.target = *given.target;
   if (given.priority) rule.priority = *given.priority;
   if (given.kilobits) rule.bandwidth = *given.kilobits * kBitsPerKilobit;
+  if (given.bits) rule.bandwidth = *given.bits;
   if (given.accelerate) rule.accel = *given.accelerate;
   if (given.action) rule.ruleAction = *given.action;
+  if (given.asIs) return;
+  refuseNonsense(senselessNumber(rule, before));
+  if (namesPorts(given)) refuseNonsense(senselessPorts(rule));
 }
 
 // What the library made of the rule beyond reducing its addresses.
@@ -166,7 +163,7 @@ void tell(Change& change, int position, const FilterRule& asked, const FilterRul
 RuleWish wished(const RuleLine& line) {
   FilterRule rule = freshRule();
   apply(rule, line);
-  if (matchesAll(rule) && !line.matchAll) {
+  if (matchesAll(rule) && !line.matchAll && !line.asIs) {
     throw Refusal(kUsage,
                   "this rule matches all traffic and no rule behind it is reached: say --match-all, or name an "
                   "address, a protocol or a port");
@@ -210,29 +207,44 @@ void remove(const Session& session, const RuleLine& line) {
   change.done(ruleName(line.position) + " deleted");
 }
 
-constexpr Type kPort = takes::number(0, 65535);
 constexpr Type kEnd = takes::prefix(Family::kBoth);
 constexpr Type kRate = takes::kilobits(INT32_MAX / kBitsPerKilobit);
-constexpr Type kProtocol = takes::name(kProtocols, 255, "any|tcp|udp|0..255", "protocol (any, tcp, udp or 0 to 255)");
-constexpr Type kStatus = takes::name(kRuleStatus, 999, "active|nis|invalid", "status (active, nis or invalid)");
+constexpr Type kFamily = takes::code(kScriptFamilies, "4|6", "address family (4 or 6)");
+constexpr Type kProtocol = takes::code(kProtocols, "any|tcp|udp|0..255", "protocol (any, tcp, udp or 0 to 255)");
+constexpr Type kTarget = takes::code(kTargets, "accelerate|bridge|drop", "target (accelerate, bridge or drop)");
+constexpr Type kSwitch = takes::code(kSwitches, "on|off", "switch (on or off)");
+constexpr Type kStatus = takes::code(kRuleStatus, "active|nis|invalid", "status (active, nis or invalid)");
 
-std::vector<Argument<RuleLine>> ruleValues() {
+Argument<RuleLine> position() { return needed("POSITION", &RuleLine::position, takes::rule(), "0 is the first rule"); }
+
+Argument<RuleLine> place() {
+  return needed("POSITION", &RuleLine::position, takes::place(), "0 is the first rule; last is the default rule's");
+}
+
+std::vector<Argument<RuleLine>> matching() {
   return {
-      needed("POSITION", &RuleLine::position, takes::rule(), "0 is the first rule"),
       flag("--any", &RuleLine::any, "Match both address families"),
+      option("--family", &RuleLine::family, kFamily, "Address family, where no address tells it"),
       option("--from", &RuleLine::source, kEnd, "Source, IPv4 or IPv6"),
       option("--to", &RuleLine::destination, kEnd, "Destination, IPv4 or IPv6"),
       option("--proto", &RuleLine::protocol, kProtocol, "Protocol"),
       option("--sport", &RuleLine::sourcePorts, takes::ports(), "Source ports, with tcp or udp: 80, 80-90; 0 is any"),
-      option("--sport-end", &RuleLine::sourcePortEnd, kPort, "Last source port"),
+      option("--sport-end", &RuleLine::sourcePortEnd, takes::number(), "Last source port"),
       option("--dport", &RuleLine::destinationPorts, takes::ports(), "Destination ports, as well"),
-      option("--dport-end", &RuleLine::destinationPortEnd, kPort, "Last destination port"),
-      option("--target", &RuleLine::target, takes::word(kTargets), "What matching traffic gets"),
-      option("--priority", &RuleLine::priority, takes::number(), "Scheduling priority"),
-      option("--kbps", &RuleLine::kilobits, kRate, "Rate limit; the least is minRate"),
-      option("--accel", &RuleLine::accelerate, takes::onOrOff(), "Acceleration"),
-      option("--status", &RuleLine::action, kStatus, "Status")};
+      option("--dport-end", &RuleLine::destinationPortEnd, takes::number(), "Last destination port")};
 }
+
+std::vector<Argument<RuleLine>> treatment() {
+  return {option("--target", &RuleLine::target, kTarget, "What matching traffic gets"),
+          option("--priority", &RuleLine::priority, takes::number(), "Scheduling priority"),
+          option("--kbps", &RuleLine::kilobits, kRate, "Rate limit; the least is minRate"),
+          option("--bps", &RuleLine::bits, takes::number().in("bit/s"), "The same, where it is no whole kbit/s"),
+          option("--accel", &RuleLine::accelerate, kSwitch, "Acceleration"),
+          option("--status", &RuleLine::action, kStatus, "Status"),
+          flag("--as-is", &RuleLine::asIs, "Take ports and numbers that make no sense, as a store may hold them")};
+}
+
+std::vector<Argument<RuleLine>> ruleValues() { return matching() + treatment(); }
 
 }  // namespace
 
@@ -250,10 +262,11 @@ void insertRule(const Session& session, const RuleWish& wish) {
   requireStore(session);
   FilterRule rule = wish.rule;
   Change change(session);
-  const int result = addRule(wish.position, &rule, 0, 0);
-  if (result < 0) throw ruleRefusal(wish.position);
-  change.made(result, ruleName(wish.position));
-  tell(change, wish.position, wish.rule, rule);
+  const int position = wish.position == kLastPlace ? std::max(0, getRuleCount() - 1) : wish.position;
+  const int result = addRule(position, &rule, 0, 0);
+  if (result < 0) throw ruleRefusal(position);
+  change.made(result, ruleName(position));
+  tell(change, position, wish.rule, rule);
 }
 
 std::vector<Command> ruleCommands() {
@@ -261,14 +274,14 @@ std::vector<Command> ruleCommands() {
   return {group("rule", "The table of traffic policy rules, first match first"),
           command("rule list", "All rules; the last is the default rule", showing<rows>),
           setting("rule add", "Insert a rule in front of a position", add, wish,
-                  values + std::vector{flag("--match-all", &RuleLine::matchAll, "The rule may match all traffic")}),
+                  std::vector{place()} + values +
+                      std::vector{flag("--match-all", &RuleLine::matchAll, "The rule may match all traffic")}),
           scriptRuleCommand(),
-          changing("rule change", "Change what the options name", changeOne, values),
+          changing("rule change", "Change what the options name", changeOne, std::vector{position()} + values),
           changing("rule move", "Move a rule in front of another", move,
                    {needed("FROM", &RuleLine::position, takes::rule(), "The rule to move"),
                     needed("TO", &RuleLine::destinationPosition, takes::rule(), "The rule to stand in front of")}),
-          changing("rule delete", "Delete a rule", remove,
-                   {needed("POSITION", &RuleLine::position, takes::rule(), "0 is the first rule")})};
+          changing("rule delete", "Delete a rule", remove, {position()})};
 }
 
 }  // namespace ctl

@@ -97,10 +97,18 @@ constexpr Type name(Vocabulary words, int most, const char* shown, const char* m
           .most = most,
           .meant = meant};
 }
+// A word, or any number that a field of the store can hold: what it means is looked at later.
+constexpr Type code(Vocabulary words, const char* shown, const char* meant) {
+  return name(words, INT_MAX, shown, meant);
+}
 constexpr Type address(Family family) { return {.form = Form::kAddress, .shown = "ADDRESS", .family = family}; }
 constexpr Type prefix(Family family) { return {.form = Form::kPrefix, .shown = "ADDRESS[/LENGTH]", .family = family}; }
 constexpr Type list() { return {.shown = "NAME,..."}; }
 constexpr Type rule() { return number().from(Completion::kRules); }
+// A rule, or the place in front of the default rule.
+constexpr Type place() {
+  return name(kPlaces, INT_MAX - 1, "NUMBER|last", "position (a number from 0, or last)").from(Completion::kRules);
+}
 constexpr Type user() { return text().from(Completion::kUsers); }
 constexpr Type item() { return text().from(Completion::kItems); }
 constexpr Type interface() { return text().from(Completion::kInterfaces); }

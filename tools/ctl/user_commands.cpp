@@ -9,6 +9,7 @@
 #include <cstring>
 #include <ctime>
 #include <fstream>
+#include <optional>
 #include <vector>
 
 #include "kestrove/kestrove.h"
@@ -33,6 +34,7 @@ constexpr char kDistanceRule[] = "at least 4 characters must differ from the old
 struct UserLine {
   std::string name;
   bool administrator = false;
+  std::optional<int> rights = {};
 };
 
 // A hint behind a name that the store does not have.
@@ -114,7 +116,7 @@ void acceptPassword(int result, const std::string& what) {
 UserAccount newAccount(const UserLine& line) {
   UserAccount account = {};
   memcpy(account.username, line.name.data(), line.name.size());
-  account.superUser = line.administrator ? 1 : 2;
+  account.superUser = line.rights.value_or(line.administrator ? SHM_ON : SHM_OFF);
   account.lastPasswdChange = static_cast<int32_t>(time(nullptr));
   return account;
 }
@@ -132,6 +134,7 @@ bool inStore(const std::string& name) {
 
 void add(const Session& session, const UserLine& line) {
   const std::string& name = line.name;
+  if (line.administrator && line.rights) throw Refusal(kUsage, "--admin and --rights exclude each other");
   refuseName(name);
   requireStore(session);
   refuseMachineAccount(name);
@@ -231,10 +234,12 @@ std::vector<Command> userCommands() {
   auto fresh = known;
   fresh.type = takes::text();
   const auto admin = flag("--admin", &UserLine::administrator, "Make it an administrator");
+  const auto rights =
+      option("--rights", &UserLine::rights, takes::number(), "Its rights as the store has them: 1 is an administrator");
   return {
       group("user", "Management accounts; passwords come from a prompt or standard input"),
       command("user list", "All accounts", showing<rows>),
-      askingPassword(changing("user add", "Add a user; reads the password", add, {fresh, admin},
+      askingPassword(changing("user add", "Add a user; reads the password", add, {fresh, admin, rights},
                               std::string("Rules: ") + kNameRule + ";\n" + kPasswordRule + ".")),
       changing("user remove", "Remove a user", remove, {known}),
       askingPassword(changing("user passwd", "Change a password; reads the old one, then the new one", changePassword,

@@ -3,6 +3,9 @@
 
 #include <arpa/inet.h>
 
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <cstring>
 
 #include "CLI/TypeTools.hpp"
@@ -45,6 +48,15 @@ int parseRate(const Type& type, const std::string& text) {
     throw Refusal(kUsage, text + ": no rate (" + typeText(type) + ", or with k, M or G)");
   }
   return static_cast<int>(*rate / kBitsPerKilobit);
+}
+
+// A number of the store without its word: the same bits, with a sign or without.
+std::optional<int> readCode(const std::string& text) {
+  errno = 0;
+  char* end = nullptr;
+  const long long value = strtoll(text.c_str(), &end, 10);
+  if (text.empty() || *end || errno != 0 || value < INT32_MIN || value > UINT32_MAX) return {};
+  return static_cast<int>(static_cast<uint32_t>(value));
 }
 
 int parsePort(const std::string& word, const std::string& text) {
@@ -101,7 +113,9 @@ Prefix parsePrefix(const std::string& given, Family family) {
 
 int parseWord(const Type& type, const std::string& text) {
   if (const NamedNumber* word = findName(type.words, text)) return word->number;
-  if (type.form == Form::kName && digits(text, 3) && std::stoi(text) <= type.most) return std::stoi(text);
+  if (type.form == Form::kName && digits(text, 9) && std::stoi(text) <= type.most) return std::stoi(text);
+  const std::optional<int> code = type.form == Form::kName && type.most == INT_MAX ? readCode(text) : std::nullopt;
+  if (code) return *code;
   throw Refusal(kUsage, text + ": no " + type.meant);
 }
 
@@ -158,7 +172,9 @@ void convert(const Type& type, const std::string& text, Address& out) { out = pa
 
 void convert(const Type& type, const std::string& text, Prefix& out) { out = parsePrefix(text, type.family); }
 
+// A number alone may be any: what makes no port is looked at with the rule.
 void convert(const Type&, const std::string& text, Ports& out) {
+  if (readNumber(text, out.first)) return;
   const size_t dash = text.find('-');
   out.first = parsePort(text.substr(0, dash), text);
   if (dash != std::string::npos) out.last = parsePort(text.substr(dash + 1), text);

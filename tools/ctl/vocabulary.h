@@ -26,6 +26,7 @@ inline constexpr NamedNumber kRuleStatus[] = {{"undefined", SHM_RULE_UNDEFINED},
                                               {"invalid", SHM_RULE_INVALID},
                                               {"nis", SHM_RULE_NIS},
                                               {"active", SHM_RULE_ACTIVE}};
+inline constexpr NamedNumber kPlaces[] = {{"last", INT32_MAX}};
 inline constexpr NamedNumber kRouteStatus[] = {
     {"inactive", SHM_ROUTE_INACTIVE}, {"disabled", SHM_ROUTE_DISABLED}, {"active", SHM_ROUTE_ACTIVE}};
 inline constexpr NamedNumber kInterfaceKinds[] = {{"lan", SHM_IF_LAN},

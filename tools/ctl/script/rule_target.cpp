@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "kestrove/kestrove.h"
+#include "tools/ctl/script/wish.h"
 #include "tools/ctl/session.h"
 
 namespace ctl {
@@ -68,9 +69,10 @@ bool standAsPlaced(const FilterTable& table, const std::vector<PlacedRule>& plac
   std::vector<const FilterRule*> rules(inFrontOfDefault(table));
   for (size_t i = 0; i < rules.size(); ++i) rules[i] = &table.rule[i];
   for (auto one = placed.rbegin(); one != placed.rend(); ++one) {
-    const auto at = static_cast<size_t>(one->position);
+    const size_t last = rules.empty() ? 0 : rules.size() - 1;
+    const size_t at = one->position == kLastPlace ? last : static_cast<size_t>(one->position);
     if (at >= rules.size() || !same(*rules[at], one->rule)) return false;
-    rules.erase(rules.begin() + one->position);
+    rules.erase(rules.begin() + static_cast<std::ptrdiff_t>(at));
   }
   return true;
 }
@@ -88,11 +90,12 @@ void takeOut(const std::vector<PlacedRule>& placed) {
 void insertPlaced(const PlacedRule& placed) {
   FilterRule rule = placed.rule;
   const int count = shm->filterTable.ruleCount;
-  if (insertRule(placed.position, &rule) == 0) return;
+  const int position = placed.position == kLastPlace ? std::max(0, count - 1) : placed.position;
+  if (insertRule(position, &rule) == 0) return;
   if (shm_errno != SHM_EINVAL) throw refusal("rule");
   throw Refusal(kRefused,
                 "the table has " + std::to_string(count - 1) +
-                    " rules in front of the default rule: no place for rule " + std::to_string(placed.position + 1),
+                    " rules in front of the default rule: no place for rule " + std::to_string(position + 1),
                 SHM_EINVAL);
 }
 

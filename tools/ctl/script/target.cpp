@@ -8,6 +8,7 @@
 #include "kestrove/kestrove.h"
 #include "tools/common/hold.h"
 #include "tools/ctl/item_setting.h"
+#include "tools/ctl/mode_setting.h"
 #include "tools/ctl/script/rule_target.h"
 #include "tools/ctl/settings/copy.h"
 
@@ -116,11 +117,24 @@ class Maker {
     return true;
   }
 
+  // The store is a copy: what has no operation is put into it.
   bool operator()(const ModeWish& wish) {
     const ConfigRecord& config = shm->config;
     const bool sameIds = config.lanVlanId == wish.lanVlan && config.wanVlanId == wish.wanVlan;
-    if (config.singleInterfaceMode == wish.mode && (wish.mode == SHM_OFF || sameIds)) return false;
-    give(setSingleInterfaceMode(wish.mode, wish.lanVlan, wish.wanVlan), "interface mode");
+    const bool idsCount = wish.mode == SHM_ON || wish.keepsIds;
+    if (config.singleInterfaceMode == wish.mode && (!idsCount || sameIds)) return false;
+    refuseUnsetting(config, wish);
+    if (wish.mode == SHM_ON || wish.mode == SHM_OFF)
+      give(setSingleInterfaceMode(wish.mode, wish.lanVlan, wish.wanVlan), "interface mode");
+    putMode(shm->config, wish);
+    return true;
+  }
+
+  bool operator()(const NameWish& wish) {
+    char name[16] = {};
+    give(getInterfaceName(wish.number, name, sizeof name), "interface name");
+    if (name == wish.name) return false;
+    give(setInterfaceName(wish.number, wish.name.c_str(), sizeof name), "interface name");
     return true;
   }
 

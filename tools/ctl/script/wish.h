@@ -24,7 +24,17 @@ struct ModeWish {
   uint32_t mode = 0;
   uint32_t lanVlan = 0;
   uint32_t wanVlan = 0;
+  bool keepsIds = false;  // of a mode that does not use them, for its next time
 };
+
+// The name that the store has for a port.
+struct NameWish {
+  int number = 0;
+  std::string name;
+};
+
+// In front of the default rule, however many there are.
+inline constexpr int kLastPlace = INT32_MAX;
 
 // At a position that counts from 0.
 struct RuleWish {
@@ -32,6 +42,7 @@ struct RuleWish {
   FilterRule rule = {};
 };
 
-using Wish = std::variant<NoWish, ItemWish, ModeWish, RuleWish, RouteEntry, Route6Entry, ManagementAddress, Ip6Address>;
+using Wish = std::variant<NoWish, ItemWish, ModeWish, NameWish, RuleWish, RouteEntry, Route6Entry, ManagementAddress,
+                          Ip6Address>;
 
 }  // namespace ctl

@@ -7,6 +7,8 @@
 #include <cstring>
 
 #include "kestrove/kestrove.h"
+#include "tools/ctl/address_sense.h"
+#include "tools/ctl/rule_sense.h"
 #include "tools/ctl/settings/quoting.h"
 #include "tools/ctl/settings/route_walk.h"
 #include "tools/ctl/settings/setting_items.h"
@@ -24,10 +26,7 @@ size_t used(Count count, const Entry (&)[N]) {
 }
 
 // The length, or the mask itself where it has holes.
-std::string maskText(uint32_t mask) {
-  const uint32_t rest = ~ntohl(mask);
-  return (rest & (rest + 1)) == 0 ? std::to_string(inet_ntocidr(mask)) : addressText(mask);
-}
+std::string maskText(uint32_t mask) { return hasHoles(mask) ? addressText(mask) : std::to_string(inet_ntocidr(mask)); }
 
 // Whether the kernel took a route is no setting.
 const char* disabledText(uint32_t status) { return status == SHM_ROUTE_DISABLED ? " --disabled" : ""; }
@@ -93,7 +92,7 @@ class Lines {
       case 0:
         if (withIds) add("interfaces", "mode", "mode unset " + ids);
         return;
-      default: add("interfaces", "mode", "mode " + std::to_string(config_.singleInterfaceMode) + " " + ids);
+      default: add("interfaces", "mode", "mode other " + std::to_string(config_.singleInterfaceMode) + " " + ids);
     }
   }
 
@@ -130,7 +129,8 @@ class Lines {
       add("addresses", address,
           "address add " + address + "/" + (six ? std::to_string(entry.prefixLength6) : maskText(entry.mask)) +
               " --interface " + nameOf(kInterfaceKinds, static_cast<uint32_t>(entry.interfaceKind)) +
-              (six || entry.ipVersion == SHM_FAMILY_IPV4 ? "" : " --family " + std::to_string(entry.ipVersion)));
+              (six || entry.ipVersion == SHM_FAMILY_IPV4 ? "" : " --family " + std::to_string(entry.ipVersion)) +
+              (isUsable(entry) ? "" : " --as-is"));
     }
   }
 
@@ -158,6 +158,7 @@ class RuleText {
     word(" --target ", kTargets, static_cast<uint32_t>(rule_.target), SHM_TARGET_ACCELERATE);
     word(" --accel ", kSwitches, rule_.accel, SHM_ON);
     word(" --status ", kRuleStatus, rule_.ruleAction, SHM_RULE_ACTIVE);
+    if (isSenseless(rule_)) text_ += " --as-is";
     return std::move(text_);
   }
 

@@ -104,6 +104,7 @@ class RuleReader {
                                           {"--dport", &RuleReader::dport},
                                           {"--dport-end", &RuleReader::dportEnd},
                                           {"--match-all", &RuleReader::nothing},
+                                          {"--as-is", &RuleReader::nothing},
                                           {"--priority", &RuleReader::priority},
                                           {"--kbps", &RuleReader::kbps},
                                           {"--bps", &RuleReader::bps},
@@ -208,6 +209,7 @@ class Filling {
       config_.pbrOperState = static_cast<uint8_t>(named(kSwitches, words.next()));
       return;
     }
+    words.take("other");  // revisions of former days have the number alone
     static constexpr NamedNumber kModes[] = {{"single", SHM_ON}, {"double", SHM_OFF}, {"unset", 0}};
     config_.singleInterfaceMode = static_cast<uint8_t>(named(kModes, words.next()));
     if (words.end()) return;
@@ -266,6 +268,7 @@ class Filling {
     entry.interfaceKind = SHM_IF_BRIDGE;
     if (words.take("--interface")) entry.interfaceKind = static_cast<int32_t>(named(kInterfaceKinds, words.next()));
     if (words.take("--family")) entry.ipVersion = number(words.next());
+    words.take("--as-is");
   }
 
   // In the order of their lines, which is that of the list.

@@ -57,8 +57,8 @@ Words users(const ValuePlace&) {
   return names;
 }
 
-Words rules(const ValuePlace&) {
-  Words numbers;
+Words rules(const ValuePlace& at) {
+  Words numbers = words(at);
   if (!glance()) return numbers;
   for (size_t i = 0; i < bounded(shm->filterTable.ruleCount, SHM_RULES); ++i) numbers.push_back(std::to_string(i));
   return numbers;
