@@ -28,7 +28,7 @@ TEST(CtlUsage, NamesTheWholeCommand) {
 
 TEST(CtlUsage, HelpSaysWhatEachValueTakes) {
   const std::string help = ctl("rule add --help").out;
-  EXPECT_THAT(help, AllOf(HasSubstr("POSITION NUMBER REQUIRED "), HasSubstr("--kbps 0..2147483 kbit/s "),
+  EXPECT_THAT(help, AllOf(HasSubstr("POSITION NUMBER|last REQUIRED\n"), HasSubstr("--kbps 0..2147483 kbit/s "),
                           HasSubstr("--target accelerate|bridge|drop\n"), HasSubstr("--from ADDRESS[/LENGTH] ")));
   EXPECT_THAT(ctl("dhcp --help").out, HasSubstr("--timeout 1..3600 seconds=30\n"));
 }

@@ -43,7 +43,7 @@ TEST(Place, WordsLeadToCommands) {
   EXPECT_THAT(below(""), Not(Contains("explain-inside"))) << "for the program's own use";
   EXPECT_THAT(below("rule"), ElementsAre("list", "add", "change", "move", "delete"));
   EXPECT_THAT(below("stats"), ElementsAre("reset"));
-  EXPECT_THAT(below("--json --wait 5 mode"), ElementsAre("show", "single", "double", "pbr"));
+  EXPECT_THAT(below("--json --wait 5 mode"), ElementsAre("show", "single", "double", "unset", "other", "pbr"));
   EXPECT_THAT(below("rule add"), IsEmpty());
   EXPECT_THAT(below("rule add 0"), IsEmpty());
   EXPECT_STREQ("Insert a rule in front of a position", behind("rule add 0").row->help);
