@@ -26,8 +26,8 @@ test-sanitized: ## every test under ASan and UBSan; in 32-bit the tests of the l
 
 test-all: test test-sanitized ## the two together
 
-test-install: ## an installation, and C, C++ and Python front ends built against it
-	@scripts/setup build tools sandbox frontend manual
+test-install: ## an installation, and front ends built against it: C, C++ and Python, by pkg-config, CMake and Meson
+	@scripts/setup build tools sandbox frontend consumers manual
 	@scripts/test-install
 
 abi: ## the interface of both widths against the record in abi/

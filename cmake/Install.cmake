@@ -13,8 +13,10 @@ function(kestrove_install_link path target)
     file(CREATE_LINK ${relative} \"\${link}\" SYMBOLIC)")
 endfunction()
 
-install(TARGETS kestrove LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY include/kestrove DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(TARGETS kestrove EXPORT kestrove LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/kestrove DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT library)
+include(Package)
 
 if(TARGET kestrovectl)
   install(TARGETS kestrovectl kestrove-sim shm-init RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

@@ -4,8 +4,8 @@
 
 Two dumps make the record of a width: abi/WIDTH/library.abi, the exported names with their prototypes and the records
 that these reach, read from the debug information of a build; abi/WIDTH/headers.abi, what the headers alone tell, the
-values of the enumerations and the records handed over as bare memory. Any difference fails. So does a dump that lacks an
-exported name or a public record, a missing tool, and a planted break that is not caught.
+values of the enumerations and the records handed over as bare memory. Any difference fails. So does a dump that lacks
+an exported name or a public record, and a missing tool.
 """
 import json
 import pathlib
@@ -18,6 +18,7 @@ import tempfile
 import xml.etree.ElementTree
 
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
+DUMPS = ("library.abi", "headers.abi")
 TOOLS = ("abidw", "abidiff", "g++")
 DUMP = ["abidw", "--no-comp-dir-path", "--no-corpus-path", "--no-show-locs", "--type-id-style", "hash"]
 
@@ -88,7 +89,7 @@ def dump(tree, library, folder):
     folder.mkdir(parents=True, exist_ok=True)
     dump_library(library, folder / "library.abi")
     dump_headers(tree, folder / "headers.abi")
-    for name in ("library.abi", "headers.abi"):
+    for name in DUMPS:
         text = (folder / name).read_text()
         (folder / name).write_text(text.replace(f"'{SOURCE}/", "'../../"))
 
@@ -111,7 +112,7 @@ def require_whole(tree, folder):
     """A dump without debug information, or of another thing, would agree with anything."""
     if not (folder / "library.abi").is_file():
         raise Broken(f"abi/{folder.name} holds no record: make it with scripts/abi --write")
-    library, headers = (xml.etree.ElementTree.parse(folder / f"{name}.abi").getroot() for name in ("library", "headers"))
+    library, headers = (xml.etree.ElementTree.parse(folder / name).getroot() for name in DUMPS)
     exports = exported_names(tree)
     where = folder.name
     symbols = {symbol.get("name"): symbol.get("version") for symbol in library.iter("elf-symbol")}
@@ -126,7 +127,7 @@ def require_whole(tree, folder):
 
 def require_same(record, folder):
     reports = []
-    for name in ("library.abi", "headers.abi"):
+    for name in DUMPS:
         done = subprocess.run(["abidiff", record / name, folder / name], stdout=subprocess.PIPE, encoding="utf-8")
         if done.returncode != 0:
             reports.append(f"abidiff of {record.name}/{name} ends with {done.returncode}:\n{done.stdout}")
@@ -136,7 +137,7 @@ def require_same(record, folder):
 
 def require_no_place(folder):
     """Whoever makes a record leaves no path of the machine in it."""
-    for name in ("library.abi", "headers.abi"):
+    for name in DUMPS:
         places = re.findall(r"='(/[^']*)'", (folder / name).read_text())
         if places:
             raise Broken(f"{name} has paths of this machine: {places[0]}")

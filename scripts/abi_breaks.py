@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Proves that scripts/abi.py sees what breaks programs: abi_breaks.py WIDTH=BUILD...
 
-Each break is planted in a copy of the sources and built into a library beside the objects of the build; the check has to
-refuse it and to name it. It also has to refuse a library without debug information, and to fail without its tools.
+Each break is planted in a copy of the sources and built into a library beside the objects of the build; the check has
+to refuse it and to name it. It also has to refuse a library without debug information, and to fail without its tools.
 """
 import concurrent.futures
 import os
@@ -44,16 +44,19 @@ BREAKS = (
           (("include/kestrove/layout.h", "  uint32_t minRate; ", "  uint32_t was; "),
            ("include/kestrove/layout.h", "  uint32_t minMtu; ", "  uint32_t minRate; "),
            ("include/kestrove/layout.h", "  uint32_t was; ", "  uint32_t minMtu; ")),
-          "src/store/segment.cpp", ("library.abi", "'uint32_t minRate' offset changed", "'uint32_t minMtu' offset changed")),
+          "src/store/segment.cpp",
+          ("library.abi", "'uint32_t minRate' offset changed", "'uint32_t minMtu' offset changed")),
     Break("moved field of a record that is handed over as bare memory",
           (("include/kestrove/engine.h", "  uint32_t bridging; ", "  uint32_t was; "),
            ("include/kestrove/engine.h", "  uint32_t ipv6Support; ", "  uint32_t bridging; "),
            ("include/kestrove/engine.h", "  uint32_t was; ", "  uint32_t ipv6Support; ")), "",
           ("headers.abi", "'uint32_t bridging' offset changed")),
     Break("changed enumeration value",
-          (("include/kestrove/codes.h", "SHM_ITEM_FLAG_58 = 58", "SHM_ITEM_FLAG_58 = 59"),), "", ("headers.abi", "SHM_ITEM_FLAG_58")),
+          (("include/kestrove/codes.h", "SHM_ITEM_FLAG_58 = 58", "SHM_ITEM_FLAG_58 = 59"),), "",
+          ("headers.abi", "SHM_ITEM_FLAG_58")),
     Break("changed size",
-          (("include/kestrove/layout.h", "char ddupStartupOptions[256];", "char ddupStartupOptions[260];"),), "src/store/segment.cpp", ("library.abi", "ddupStartupOptions", "type size changed")),
+          (("include/kestrove/layout.h", "char ddupStartupOptions[256];", "char ddupStartupOptions[260];"),),
+          "src/store/segment.cpp", ("library.abi", "ddupStartupOptions", "type size changed")),
     Break("new export without a version", (NEW_EXPORT, NEW_FUNCTION, (MAP, "  local:\n    *;\n", "")),
           "src/store/strings.cpp", ("the map", "kestrove_new")),
     Break("new export in a version that is out",
@@ -78,7 +81,7 @@ def edit(root, file, old, new):
 
 
 def link(tree, changed):
-    """The library with the changed objects in front: of a record that is defined twice the first is what abidw takes."""
+    """The library with the changed objects in front: abidw takes the first of two definitions of a record."""
     objects = tree.build / "CMakeFiles/kestrove_objects.dir"
     sources = [path.relative_to(objects).with_suffix("").as_posix() for path in sorted(objects.rglob("*.o"))]
     # A folder that lives long has objects of sources that are gone.

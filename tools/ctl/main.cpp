@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tools/common/standard_output.h"
+#include "tools/common/version_text.h"
 #include "tools/ctl/script/run_line.h"
 #include "tools/ctl/shell/shell.h"
 
@@ -24,6 +25,8 @@ std::optional<int> runShell(const ctl::Session& session, const std::vector<std::
 int main(int argc, char** argv) {
   ctl::Session session;
   session.out = tools::takeStandardOutput();
+  const std::string otherLibrary = tools::libraryRefusal();
+  if (!otherLibrary.empty()) return ctl::report(session, ctl::Refusal(ctl::kNoStore, otherLibrary));
   if (const char* user = getenv("USER")) session.user = user;
   const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
   if (const std::optional<int> status = runShell(session, words)) return *status;

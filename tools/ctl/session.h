@@ -20,7 +20,7 @@ enum Exit : int {
   kDone = 0,
   kRefused = 1,       // the library refused; the text of shm_errno says why
   kUsage = 2,         // the command line makes no sense
-  kNoStore = 3,       // there is no store, or none of this layout
+  kNoStore = 3,       // there is no store, or store or library are of another layout
   kFindings = 4,      // something was found, or two things differ
   kSystem = 5,        // a file, a program or standard output failed outside the library
   kLocked = 6,        // another process held the lock for too long

@@ -17,7 +17,7 @@ constexpr char kExitCodes[] =
     "  0  built\n"
     "  1  a store exists\n"
     "  2  wrong usage or platform file\n"
-    "  3  not built\n"
+    "  3  not built; or a library of another layout\n"
     "  4  built, but Unconfigured\n"
     "  5  built, but a later step failed; or standard output cannot be written\n"
     "  6  another process held the store's lock longer than --wait\n"
@@ -75,6 +75,8 @@ int print(FILE* out, const std::string& text) {
 }
 
 int run(int argc, char** argv, FILE* out) {
+  const std::string otherLibrary = tools::libraryRefusal();
+  if (!otherLibrary.empty()) return fail(init::kNotBuilt, otherLibrary.c_str());
   const std::string refused = tools::refusedWord(argc, argv);
   if (!refused.empty()) return fail(init::kUsage, refused.c_str());
   CommandLine line;

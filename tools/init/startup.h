@@ -13,7 +13,7 @@ enum Exit : int {
   kBuilt = 0,
   kStoreExists = 1,   // and --replace was not given
   kUsage = 2,         // a wrong command line or platform file
-  kNotBuilt = 3,      // no segment, no lock, no privilege
+  kNotBuilt = 3,      // no segment, no lock, no privilege, a library of another layout
   kUnconfigured = 4,  // built, but the configuration file is missing or cannot be read
   kIncomplete = 5,    // built, but a later step failed: the old account, the operating mode, the packet filter
   kLocked = 6,        // another process held the lock for too long; nothing was changed

@@ -29,7 +29,8 @@ constexpr int64_t kNever = INT64_MAX;
 constexpr uint32_t kPidFileProduct = 11;
 constexpr char kPidFile[] = "/var/log/curpid";
 constexpr char kExitCodes[] =
-    "Exit status: 0 done; 1 another engine runs; 2 wrong usage; 3 no store; 4 a snapshot was not sound; 5 standard "
+    "Exit status: 0 done; 1 another engine runs; 2 wrong usage; 3 no store, or a library of another layout; 4 a "
+    "snapshot was not sound; 5 standard "
     "output cannot be written.";
 
 struct Options {
@@ -195,6 +196,11 @@ sigset_t blockSignals() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const std::string otherLibrary = tools::libraryRefusal();
+  if (!otherLibrary.empty()) {
+    fprintf(stderr, "kestrove-sim: %s\n", otherLibrary.c_str());
+    return kNoStore;
+  }
   const std::string refused = tools::refusedWord(argc, argv);
   if (!refused.empty()) {
     fprintf(stderr, "kestrove-sim: %s\n", refused.c_str());
