@@ -28,6 +28,14 @@ def last_line(script, **environment):
     return "" if done.returncode == 0 else done.stderr.strip().splitlines()[-1]
 
 
+def restarted():
+    """The store as the start-up program builds it from what was saved."""
+    import kestrove  # pylint: disable=import-outside-toplevel
+    kestrove.raw.shm_detach()
+    kestrove.raw.delete_shared_memory()
+    subprocess.run(["shm-init", "--replace"], check=True, capture_output=True)
+
+
 class StoreTest(unittest.TestCase):
     """A test on a new store."""
 
