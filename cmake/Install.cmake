@@ -24,6 +24,9 @@ if(TARGET kestrovectl)
           RENAME kestrovectl)
 endif()
 
+# Debian's place for packages of every version of Python; they look for the library beside it (python/kestrove/_library.py).
+install(DIRECTORY python/kestrove DESTINATION lib/python3/dist-packages PATTERN __pycache__ EXCLUDE)
+
 install(TARGETS kestrove-sandbox kestrove-recorder RUNTIME DESTINATION ${kestrove_home})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/sandbox/image DESTINATION ${kestrove_home} USE_SOURCE_PERMISSIONS)
 kestrove_install_link(${CMAKE_INSTALL_BINDIR}/kestrove-sandbox ${kestrove_home}/kestrove-sandbox)

@@ -191,7 +191,7 @@ def parameters_of(text):
 
 def remarked_lines(body):
     """(what stands before a remark, the remark) for each member or constant; a remark may stand on its next lines."""
-    for declared, remark in re.findall(r"([^/,;]+?)[,;]?[ \t]*(?:/\*(.*?)\*/)?[ \t]*(?:\n|$)", body, re.DOTALL):
+    for declared, remark in re.findall(r"([^/]+?)[,;]?[ \t]*(?:/\*(.*?)\*/)?[ \t]*(?:\n|$)", body, re.DOTALL):
         for part in re.split(r"[,;]", declared):
             if part.strip():
                 yield one_line(part), plain(remark)

@@ -83,11 +83,13 @@ def install_links():
         if not link.exists():
             link.symlink_to(target / link.name)
     os.environ["PATH"] = f"{BUILD}/sandbox:{os.environ['PATH']}"
+    os.environ["PYTHONPATH"] = str(SOURCE / "python")
+    os.environ["KESTROVE_LIBRARY"] = str(BUILD / "libkestrove.so.1")
 
 
 # What make would do is only said: a target that is not there fails all the same.
 PREAMBLES = {"sh": "set -euo pipefail; make() { command make -n \"$@\" >/dev/null; }\n", "python": ""}
-INTERPRETERS = {"sh": ["bash", "-c"], "python": ["python3", "-c"]}
+INTERPRETERS = {"sh": ["bash", "-c"], "python": ["/usr/bin/python3", "-c"]}
 
 
 def every_command_runs():
