@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # The one entry. Every target sets up what it needs, except install, which only says what is missing.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-sanitized test-all test-install abi explore bench fuzz shell fleet format format-check lint clang setup install
+.PHONY: help demo doc test test-sanitized test-all test-install abi explore bench fuzz shell fleet format format-check lint clang setup install
 
 SECONDS ?= 60
 PREFIX ?= /usr/local
@@ -17,7 +17,7 @@ demo: ## the appliance's story, told in a sandbox in seconds; the first time som
 	@scripts/demo
 
 test: ## every test, 64-bit, and 32-bit where its packages are or can be installed
-	@scripts/setup build tools sandbox test model manual
+	@scripts/setup build tools sandbox test model manual doc
 	@if scripts/setup m32; then scripts/test dev m32; else echo "test: no 32-bit packages; 64-bit only"; scripts/test dev; fi
 
 test-sanitized: ## every test under ASan and UBSan; in 32-bit the tests of the library
@@ -42,6 +42,11 @@ deb: ## Debian packages for amd64 and i386 in build/deb, looked through by linti
 test-packages: deb ## the packages installed, used, upgraded and purged in a root made from scratch; as root, with the registry
 	@scripts/setup roots sandbox
 	@scripts/test-packages
+
+doc: ## the documents and manual pages as one tree of HTML, in build/dev/doc/html
+	@scripts/setup build tools doc
+	@scripts/build dev doc
+	@echo "Open build/dev/doc/html/index.html."
 
 explore: ## every order of the operations of two and three processes; a share of it is in make test
 	@scripts/setup build tools sandbox test model

@@ -142,7 +142,8 @@ class Page:
                  (code.value in numbers or re.search(rf"\b{code.name}\b", said))]
         if not names_of(self.interface, self.family) or not codes:
             return
-        self.lines += [".SH ERRORS", "A failure leaves one of these codes in \\fBshm_errno\\fP, a success never clears it."]
+        self.lines += [".SH ERRORS",
+                       "A failure leaves one of these codes in \\fBshm_errno\\fP, a success never clears it."]
         for code in codes:
             self.tagged([f"{code.value} {code.name}"], code.remark[0].upper() + code.remark[1:] + ".")
 

@@ -24,7 +24,10 @@ typedef int (*DhcpCallback)(uint32_t* kind, const char* value);
    0 when the client got an address in less than timeoutSeconds, also when its lease cannot be read then. -1 when it did
    not, with the reason in the log and no code; a null name or kindOut sets SHM_EINVAL. A name with other characters
    than letters, digits and . _ - : @ or with a "-" at its head is refused. Nothing is applied to the interface here;
-   the store is not used. Prints the seconds that it took on standard output. */
+   the store is not used. Prints the seconds that it took on standard output.
+
+   The client is a program that may use the store itself: a lock that the caller has is given up while it runs, inside
+   kestrove_hold() until the client has ended, otherwise for good. Saves nothing, logs no event, signals no engine. */
 KESTROVE_API int dhcp_start(const char* name, int timeoutSeconds, DhcpCallback callback, uint32_t* kindOut);
 
 #ifdef __cplusplus

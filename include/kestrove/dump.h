@@ -2,8 +2,11 @@
 /* The store as text, for support staff.
 
    The printers write to a stream, null meaning standard output, and give 0, whatever becomes of the stream. They take
-   no lock of their own (each event is fetched under it), change nothing, and attach the store when the process is not
-   attached yet: -1 with code 1 when that fails. Damaged counts and chains end a section early. */
+   no lock of their own; each event is fetched under the lock. They change nothing, and attach the store when the
+   process is not attached yet: -1 with code 1 when that fails. Damaged counts and chains end a section early.
+
+   Nothing here saves, logs an event, signals the engine or touches the kernel's network. The names of codes need no
+   store and set no code. */
 #ifndef KESTROVE_DUMP_H
 #define KESTROVE_DUMP_H
 

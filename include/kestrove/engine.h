@@ -2,7 +2,10 @@
 /* Hand-off of settings and rules to the optimisation engine.
 
    A setter marks what changed in pendingChanges and signals the engine with signal 10 (SIGUSR1). The engine fetches
-   the marks with receiveKestroveEvent and a snapshot of everything it needs with setConfiguration. */
+   the marks with receiveKestroveEvent and a snapshot of everything it needs with setConfiguration.
+
+   None logs an event. None but notifyKestrove saves, signals the engine or has to do with the kernel, and that one only
+   as said there. Numbers are in the machine's byte order, addresses in network byte order. */
 #ifndef KESTROVE_ENGINE_H
 #define KESTROVE_ENGINE_H
 
@@ -59,19 +62,19 @@ typedef struct EngineConfiguration {
 
 /* Clears the block, 852544 bytes, and fills it with an EngineConfiguration. For each rule the line
    "shm->filterTable.rule[rule].ruleAction: N ACTIVE: 3" goes to standard output. At most 8192 rules are copied,
-   whatever the store says. Takes the lock; changes nothing in the store.
-   0; -1 with 3 for a null block; -1 with the code of the lock, the block then untouched. */
+   whatever the store says. Takes the lock; changes nothing in the store. 0; -1 with 3 for a null block; -1 with the
+   code of the lock, the block then untouched. */
 KESTROVE_API int setConfiguration(void* block);
 
-/* Sends the engine signal 10. Its process is the one of task slot 4; for product 11 the number in the first line of
-   /var/log/curpid. Product 9 is restarted (restart_kestrove, source 0, user "--") unless a link rate is among the
-   changes not yet fetched. Takes the lock; a restart saves the store.
-   0; -1 without a code when there is no engine (no file, a number below 2); -1 with the code of the lock; -1 with 2
-   when the signal cannot be sent: then one level of the lock stays with the calling process. */
+/* Has the kernel send the engine signal 10. Its process is the one of task slot 4; for product 11 the number in the
+   first line of /var/log/curpid. Product 9 is restarted (restart_kestrove, source 0, user "--") unless a link rate is
+   among the changes not yet fetched. Takes the lock; a restart saves the store. 0; -1 without a code when there is no
+   engine (no file, a number below 2); -1 with the code of the lock; -1 with 2 when the signal cannot be sent: then one
+   level of the lock stays with the calling process. */
 KESTROVE_API int notifyKestrove(void);
 
-/* Stores the marks of all changes since the last call and clears them. Takes the lock.
-   0; -1 with 3 for a null mask; -1 with the code of the lock, the marks then kept. */
+/* Stores the marks of all changes since the last call and clears them. Takes the lock. 0; -1 with 3 for a null mask; -1
+   with the code of the lock, the marks then kept. */
 KESTROVE_API int receiveKestroveEvent(uint32_t* mask);
 
 /* Marks changes (SHM_CHANGE_*) for the engine to fetch, for a caller that made them in Configuration Mode and tells the

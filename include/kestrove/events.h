@@ -5,7 +5,10 @@
    /var/log/kestrove/event.log (360460 bytes, a byte-for-byte image). An event has an id of the catalogue (0 to 48), the
    number of the front end that caused it (the source: 0 System, 1 Kestrove, 2 HTTP, 3 Serial, 4 SSH, 5 to 7 SNMP
    versions 1 to 3, 8 unknown) and the name of the user behind it. Results are 0 or a value; -1 is a failure with its
-   code in shm_errno. */
+   code in shm_errno.
+
+   None saves the store or signals the engine, and the kernel is left alone but for the program that
+   logSystemUpdateEvent runs. */
 #ifndef KESTROVE_EVENTS_H
 #define KESTROVE_EVENTS_H
 
@@ -45,8 +48,8 @@ KESTROVE_API int clearEventLog(uint32_t source, const char* user);
 KESTROVE_API int wipeEventLog(void);
 
 /* Starts the log of an updated system: wipes it, logs the given event and event 3, both with the given source and user,
-   and copies the file to /old_dir/var/log/kestrove/ with cp. The exit status of cp, -1 when it could not be run. Takes
-   the lock for all of it; without the lock nothing is logged and the file is copied as it is. */
+   and copies the file to /old_dir/var/log/kestrove/ with the program cp. The exit status of cp, -1 when it could not be
+   run. Takes the lock for all of it; without the lock nothing is logged and the file is copied as it is. */
 KESTROVE_API int logSystemUpdateEvent(uint32_t id, uint32_t source, const char* user);
 
 /* Writes the 360460 bytes at area to a file, which is created when missing, overwritten in place and cut to that size:

@@ -4,7 +4,8 @@
    Unless said otherwise a function here touches the kernel alone: it takes no lock, needs no store, saves nothing, logs
    no event and does not signal the engine; callers that share an interface agree among themselves. Names have at most
    15 characters: a longer one is treated as that of an interface that does not exist, never cut. A null pointer gives
-   -1 with code 3 and nothing is done. errno is that of the call that failed. */
+   -1 with code 3 and nothing is done. errno is that of the call that failed. IPv4 addresses and masks are in network
+   byte order, IPv6 addresses are 16 bytes, a prefix length is a plain number of bits. */
 #ifndef KESTROVE_IFACE_H
 #define KESTROVE_IFACE_H
 
@@ -56,7 +57,8 @@ KESTROVE_API int br_add_bridge(const char* name);
 KESTROVE_API int br_cmd_addbr(const char* name);
 KESTROVE_API int br_cmd_delbr(const char* name);
 
-/* Hands a bridge the four words of a bridge request on br_socket_fd. The raw result (-1 with errno). */
+/* Hands a bridge the four words of a bridge request on br_socket_fd, and gives the raw result: -1 with errno where the
+   kernel refuses. */
 KESTROVE_API int br_ioctldev(const char* name, unsigned long a0, unsigned long a1, unsigned long a2, unsigned long a3);
 
 /* Looks for a bridge among the first 32 of the kernel, on br_socket_fd. A block of 72 bytes with the kernel's bridge
@@ -81,9 +83,9 @@ KESTROVE_API int set_bridge_down(const char* bridge, const char* port1, const ch
 /* The following eleven run fixed command lines through the shell, their output thrown away, and give 0 whatever the
    commands do. A name that is not plain (letters, digits and . _ - : @ without a "-" at its head, 15 characters or a
    base of 16, a dot and a VLAN id) reaches no shell: that command is not run, which the system log tells. An empty name
-   is plain. Programs named without a path (ifconfig) are found as system.h says.
+   is plain. Programs named without a path (ifconfig) are found as system.h says. */
 
-   turnOnBridge makes "br0" of two ports by the appliance's own script and raises it; turnOffBridge takes both ports out
+/* turnOnBridge makes "br0" of two ports by the appliance's own script and raises it; turnOffBridge takes both ports out
    of it and removes it. */
 KESTROVE_API int turnOnBridge(const char* port1, const char* port2);
 KESTROVE_API int turnOffBridge(const char* port1, const char* port2);
@@ -92,8 +94,9 @@ KESTROVE_API int turnOffBridge(const char* port1, const char* port2);
 KESTROVE_API int turnOnIpfoward(const char* name);
 KESTROVE_API int turnOffIpfoward(const char* name);
 
-/* Add or remove VLAN interfaces NAME.VID. The first and the fourth take the physical name of an interface number (under
-   the store lock, which they release again) and give -1 with code 1, 2 or 3 when it cannot be had. */
+/* Add or remove VLAN interfaces NAME.VID; vid is a VLAN id. The first and the fourth take the physical name of an
+   interface number, kind (SHM_IF_*), under the store lock, which they release again; they give -1 with code 1, 2 or 3
+   when it cannot be had. */
 KESTROVE_API int shm_vconfig_up(int kind, uint32_t vid1, uint32_t vid2);
 KESTROVE_API int shm_vconfig_add1(const char* name, uint32_t vid);
 KESTROVE_API int shm_vconfig_add2(const char* name, uint32_t vid1, uint32_t vid2);
@@ -104,26 +107,28 @@ KESTROVE_API int shm_vconfig_rem2(const char* name, uint32_t vid1, uint32_t vid2
 /* Takes the VLAN interface NAME.VID down, or the interface itself when vid is 0. */
 KESTROVE_API int shm_ifconfig_down1(const char* name, uint32_t vid);
 
-/* Set an ARP entry (hardware address as "00:1a:2b:3c:4d:5e", flags of the kernel's ATF_ family) or delete it. The
-   kernel finds the interface by its routes. 0, or -1 without a code, the reason in syslog except for a hardware address
-   that does not parse. */
+/* Neighbours, links, addresses. */
+
+/* Set an ARP entry in the kernel (hardware address as "00:1a:2b:3c:4d:5e", flags of the kernel's ATF_ family) or delete
+   it. The kernel finds the interface by its routes. 0, or -1 without a code, the reason in syslog except for a hardware
+   address that does not parse. */
 KESTROVE_API int addArpEntry(uint32_t address, const char* hardwareAddressText, int flags);
 KESTROVE_API int delArpEntry(uint32_t address);
 
-/* Probes a neighbour twice on the named interface and makes its answer a permanent ARP entry. 0 or -1 without a code.
- */
+/* Probes a neighbour twice on the named interface with the program arping and makes its answer a permanent ARP entry of
+   the kernel. 0 or -1 without a code. */
 KESTROVE_API int setPermArpEntry(uint32_t address, const char* name);
 
 /* Applies the stored link setting of the LAN (0, on the base port), the WAN (1) or the management port (3) by the MII
-   tool. Takes the store lock. 0 whatever the tool does; -1 with code 3 for another number, with 1 or 2 when the lock
-   cannot be taken. */
+   tool, a program of its own. Takes the store lock. 0 whatever the tool does; -1 with code 3 for another number, with 1
+   or 2 when the lock cannot be taken. */
 KESTROVE_API int setSystemLinkSetting(int which);
 
-/* Reads the link status of an interface number (0 means 5) by the MII tool into three buffers of 256 bytes: the values
-   of the tool's first, third and second line, in this order. Takes the store lock, and uses /tmp/mii.out under it. 0,
-   or -1: with code 3 for a number without a name, with 1 or 2 when the lock cannot be taken, with 2 when that file
-   cannot be made anew (then the tool does not run), without a code when the tool gave fewer than three usable lines;
-   the buffers may have been written then. */
+/* Reads the link status of an interface number (0 means 5) by the program that is the MII tool into three buffers of
+   256 bytes: the values of the tool's first, third and second line, in this order. Takes the store lock, and uses
+   /tmp/mii.out under it. 0, or -1: with code 3 for a number without a name, with 1 or 2 when the lock cannot be taken,
+   with 2 when that file cannot be made anew (then the tool does not run), without a code when the tool gave fewer than
+   three usable lines; the buffers may have been written then. */
 KESTROVE_API int getLinkStatus(int iface, char* first, char* second, char* third);
 
 /* Adds (op 0 or more) or deletes (op below 0) an IPv4 address beside those that the interface has; addresses and mask
@@ -135,11 +140,11 @@ KESTROVE_API int shm_netlinkConfig(const char* name, uint32_t address, uint32_t 
 KESTROVE_API int inet_ntocidr(uint32_t mask);
 
 /* Store the Internet gateway or the management address, given as text (which is rewritten in its canonical form, as far
-   as it is one), as the network items of the same meaning do. Then, whether or not the text is an address, unless in
-   Configuration Mode: save, mark the change (bit 6) and signal the engine. All under the store lock; without a store
-   the text is rewritten and that is all. setinBandWanGateway gives 0, setManagementIP -1 with the parser's code for a
-   text that is no address, whatever save and signal did, and otherwise 0: then code 1 or 2 tells that it was not stored
-   or not saved. */
+   as it is one), as the network items of the same meaning do, with their event of the operating modes and their
+   requests to the kernel. Then, whether or not the text is an address, unless in Configuration Mode: save, mark the
+   change (bit 6) and signal the engine. All under the store lock; without a store the text is rewritten and that is
+   all. setinBandWanGateway gives 0, setManagementIP -1 with the parser's code for a text that is no address, whatever
+   save and signal did, and otherwise 0: then code 1 or 2 tells that it was not stored or not saved. */
 KESTROVE_API int setinBandWanGateway(char* text);
 KESTROVE_API int setManagementIP(char* text);
 

@@ -3,8 +3,9 @@
 
    Addresses are 16 bytes in network order, prefix lengths plain numbers. Operations on the tables work under the store
    lock unless said otherwise; without it they give -1 with the lock's code. A save that fails leaves the result as it
-   is, with SHM_ESYSTEM. None logs an event or signals the engine. A null pointer: -1 with SHM_EINVAL. Counts and chains
-   that are damaged in the store lead nobody out of a table. */
+   is, with SHM_ESYSTEM. None logs an event or signals the engine, and readers leave the kernel alone. A null pointer:
+   -1 with SHM_EINVAL. Counts and chains that are damaged in the store lead nobody out of a table. Results are 0 where
+   nothing else is said. */
 #ifndef KESTROVE_IPV6_H
 #define KESTROVE_IPV6_H
 
@@ -16,29 +17,29 @@ extern "C" {
 
 /* Up to six addresses, without gaps, all on the bridge br0. Outside Configuration Mode each change is saved. */
 
-/* Adds an address to the table and, outside Configuration Mode, to the bridge. SHM_EFULL: six are held. SHM_EEXIST:
-   the address is held, whatever its prefix length. -1 with the code of shm_if6config when the bridge refuses: nothing
-   is stored. */
+/* Adds an address to the table and, outside Configuration Mode, to the bridge in the kernel; saves. SHM_EFULL: six are
+   held. SHM_EEXIST: the address is held, whatever its prefix length. -1 with the code of shm_if6config when the bridge
+   refuses: nothing is stored. */
 KESTROVE_API int shm_addIp6(const Ip6Address* entry);
 
-/* The same. */
+/* The same as shm_addIp6. */
 KESTROVE_API int addIp6(const Ip6Address* entry);
 
-/* Change the address, or the prefix length, of an entry, on the bridge too, in Configuration Mode too. SHM_EINVAL:
-   index is not that of an entry in use. SHM_EEXIST: another entry has the address; the entry's own address is a
-   success without any effect. A refusal of the bridge: -1; when it refused to give the old address up the entry is as
-   before, when it refused the new one that is stored, unsaved. */
+/* Change the address, or the prefix length, of an entry, on the kernel's bridge too, in Configuration Mode too; save.
+   SHM_EINVAL: index is not that of an entry in use. SHM_EEXIST: another entry has the address; the entry's own address
+   is a success without any effect. A refusal of the bridge: -1; when it refused to give the old address up the entry is
+   as before, when it refused the new one that is stored, unsaved. */
 KESTROVE_API int shm_editIp6Address(int index, const void* address16);
 KESTROVE_API int shm_editIp6Prefix(int index, uint32_t prefixLength);
 
-/* Takes an address off the bridge, in Configuration Mode too, and out of the table. -1 without a code when it is not
-   held; -1 as shm_if6config leaves it when the bridge does not give it up: then it stays. */
+/* Takes an address off the kernel's bridge, in Configuration Mode too, and out of the table; saves. -1 without a code
+   when it is not held; -1 as shm_if6config leaves it when the bridge does not give it up: then it stays. */
 KESTROVE_API int removeIp6(const void* address16);
 
-/* Position of the address, -1 without a code when it is not held. No lock; attaches the store where needed. */
+/* Position of the address, from 0; -1 without a code when it is not held. No lock; attaches the store where needed. */
 KESTROVE_API int checkIp6(const void* address16);
 
-/* Copies the entry. SHM_EINVAL: index is not that of an entry in use. */
+/* Copies the entry at the index, from 0. SHM_EINVAL: index is not that of an entry in use. */
 KESTROVE_API int getIp6TableEntry(int index, Ip6Address* out);
 
 /* Copies the last entry with that address. -1 without a code when the text is no IPv6 address or none has it. */

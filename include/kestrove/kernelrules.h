@@ -4,7 +4,8 @@
    The packet filter is reset through one file, /tmp/restore_file, and one stream, so one caller at a time on the whole
    machine. It is always a new file, never what stands under the name. Programs read from and write to /dev/null; what
    they report changes nothing but the results named here: exit status of a program, raw status of a shell line, -1 when
-   it could not be started. Only pbrPolicyRule uses the store. */
+   it could not be started. Only pbrPolicyRule uses the store; all others take no lock. None saves, logs an event or
+   signals the engine, and where nothing is said of a code, shm_errno is left as it was. */
 #ifndef KESTROVE_KERNELRULES_H
 #define KESTROVE_KERNELRULES_H
 
@@ -38,7 +39,7 @@ KESTROVE_API int deleteExistingChains(void);
    a stream. */
 KESTROVE_API int commitHandler(void);
 
-/* Makes the kernel drop all forwarded IPv6 traffic. The program's result. */
+/* Makes the kernel drop all forwarded IPv6 traffic. Gives the program's result. */
 KESTROVE_API int addIp6tablesDropRule(void);
 
 /* Empties the routing tables 100 to 103 and leaves the plain routing rules. The result of the last line. */
@@ -46,8 +47,8 @@ KESTROVE_API int resetPolicyRules(void);
 
 /* After a reset, routes what comes in on the physical LAN port through the LAN VLAN to the LAN gateway (table 103) and
    what comes in on the VLAN through the port to the WAN gateway (table 102), and sets the two route-state words of the
-   configuration. lock 0: the caller holds the store lock; else it is taken, and nothing is done without it. Saves
-   nothing, signals nobody. */
+   configuration. lock 0: the caller holds the store lock; else the lock is taken, and nothing is done where it cannot
+   be had, which leaves its code. Saves nothing, signals nobody. */
 KESTROVE_API void pbrPolicyRule(int lock);
 
 #ifdef __cplusplus

@@ -1,5 +1,8 @@
 /* SPDX-License-Identifier: Apache-2.0 */
-/* What the library tells about itself, and whether a program fits it. */
+/* What the library tells about itself, and whether a program fits it.
+
+   Nothing here needs a store, takes the lock, saves, logs an event, signals the engine or touches the kernel, and no
+   code is set where none is named. */
 #ifndef KESTROVE_LIBRARY_H
 #define KESTROVE_LIBRARY_H
 
@@ -18,11 +21,11 @@ enum {
 extern "C" {
 #endif
 
-/* Version of the library, "major.minor.patch"; constant text. */
+/* Gives the version of the library, "major.minor.patch"; constant text. */
 KESTROVE_API const char* kestrove_version(void);
 
-/* A number made from the offset and size of every member of the store's layout. Two builds that report the same
-   number agree on every byte of the segment. */
+/* Gives a number made from the offset and size of every member of the store's layout. Two builds that report the same
+   number agree on every byte of the segment. Never fails. */
 KESTROVE_API uint64_t kestrove_layout_hash(void);
 
 /* Whether the library that is loaded serves a program that was built for the given version ("major.minor.patch") and

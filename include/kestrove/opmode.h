@@ -2,7 +2,11 @@
 /* The state machine of the operating modes.
 
    Mode 0 bridges the two physical ports. Mode 1 carries LAN and WAN as two VLANs on the base interface and bridges the
-   LAN VLAN to the LAN port. Mode 2 has the same VLANs and routes between them by policy. */
+   LAN VLAN to the LAN port. Mode 2 has the same VLANs and routes between them by policy.
+
+   Events here are those of the modes (SHM_MODE_EVENT_*); nothing is written to the event log. Interfaces, bridges,
+   addresses and policy routes are changed in the kernel, by requests and programs. OpModeState alone saves, takes the
+   lock and signals the engine. */
 #ifndef KESTROVE_OPMODE_H
 #define KESTROVE_OPMODE_H
 
@@ -51,24 +55,25 @@ KESTROVE_API extern OpModeHandler appAccelerateModeFtbl[4];
  */
 KESTROVE_API int OpModeState(int event, OpModeContext* context);
 
-/* The handler of each mode: the transition alone, from the ids in the context, with the names of the interfaces in use
-   stored but nothing saved. For callers under the store lock; they take none. A VLAN interface whose name has more than
-   15 characters is given to programs by its whole name, gets no address (code 3) and is cut where the store holds it.
-   An event without a transition is ignored (mode 0) or logged as an error under the name of the event that follows it,
-   and needs no store. 0; -1 with 3 for a null context, with 1 when the store cannot be attached. */
+/* The handler of each mode, for an event 0 to 19: the transition alone, from the ids in the context, with the names of
+   the interfaces in use stored but nothing saved. For callers under the store lock; they take none. A VLAN interface
+   whose name has more than 15 characters is given to programs by its whole name, gets no address (code 3) and is cut
+   where the store holds it. An event without a transition is ignored (mode 0) or logged as an error under the name of
+   the event that follows it, and needs no store. 0; -1 with code 3 for a null context, with code 1 when the store
+   cannot be attached. */
 KESTROVE_API int opModeDualIf(int event, OpModeContext* context);
 KESTROVE_API int opModeSingleOnly(int event, OpModeContext* context);
 KESTROVE_API int opModeSinglePBR(int event, OpModeContext* context);
 
-/* Hand an event to the handler of the context's application mode. 0; appNetConfigChange gives -1 with 3 for an
-   application mode above 3. Its one handler, of application mode 0, acts in mode 2: WAN address (13), LAN address (14),
-   gateways (15 and 16); -1 with 1 when the store cannot be attached for one of these. */
+/* Hand an event (0 to 19) to the handler of the context's application mode. 0; appNetConfigChange gives -1 with code 3
+   for an application mode above 3. Its one handler, of application mode 0, acts in mode 2: WAN address (13), LAN
+   address (14), gateways (15 and 16); -1 with code 1 when the store cannot be attached for one of these. */
 KESTROVE_API int appAccelerationModeChange(int event, OpModeContext* context);
 KESTROVE_API int appNetConfigChange(int event, OpModeContext* context);
 
-/* Applies every management address to its interface as the context's mode allows and writes its status: 1, or 2 when
-   the mode does not use the interface or the kernel refuses. For callers under the store lock. 0; -1 with 3 for a null
-   context, with 1 when the store cannot be attached. */
+/* Applies every management address to its interface in the kernel as the context's mode allows and writes its status:
+   1, or 2 when the mode does not use the interface or the kernel refuses. For callers under the store lock. 0; -1 with
+   code 3 for a null context, with code 1 when the store cannot be attached. */
 KESTROVE_API int addAddressesToInterfaces(OpModeContext* context);
 
 #ifdef __cplusplus

@@ -12,7 +12,8 @@
    All but the kernel requests and v4AddressIsLocal work under the store lock; without it they give -1 with the lock's
    code. In Configuration Mode routes are only stored; in Debug Mode they are stored and saved, and the kernel is left
    alone. None logs an event or signals the engine. A failed save leaves the result as it is, with SHM_ESYSTEM. A
-   damaged chain in the store ends every walk. A null pointer: -1 with SHM_EINVAL. */
+   damaged chain in the store ends every walk. A null pointer: -1 with SHM_EINVAL. Results are 0 where nothing else is
+   said. */
 #ifndef KESTROVE_ROUTES_H
 #define KESTROVE_ROUTES_H
 
@@ -46,12 +47,13 @@ KESTROVE_API int getRouteTableEntry(uint32_t destination, uint32_t netmask, Rout
 /* The successor of the first route that stands at or after the key, which need not exist. SHM_ENOENT: the end. */
 KESTROVE_API int getNextRouteTableEntry(uint32_t destination, uint32_t netmask, RouteEntry* out);
 
-/* Replaces every route by itself as active, disabled ones included; a route that the kernel does not give up stays as
-   inactive. Saves once. Always 0, also without the lock; leaves SHM_ENOENT. source and user are not used. */
+/* Replaces every route, in table and kernel, by itself as active, disabled ones included; a route that the kernel does
+   not give up stays as inactive. Saves once. Always 0, also without the lock; leaves SHM_ENOENT. source and user are
+   not used. */
 KESTROVE_API int freshenRouteTable(uint32_t source, const char* user);
 
-/* Puts every route that is not disabled into the kernel anew and marks it active or inactive, whatever the
-   operational state. Saves nothing. 0 with SHM_ENOENT left. */
+/* Puts every route into the kernel anew, those excepted that the user disabled, and marks it active or inactive,
+   whatever the operational state. Saves nothing. 0 with SHM_ENOENT left. */
 KESTROVE_API int addAllRoutes(void);
 
 /* Ask the kernel to add or delete a route by destination, netmask and gateway, as a host route when the netmask is all
@@ -59,8 +61,8 @@ KESTROVE_API int addAllRoutes(void);
 KESTROVE_API int addKernelRoute(const RouteEntry* route);
 KESTROVE_API int deleteKernelRoute(const RouteEntry* route);
 
-/* Position of the first IPv4 entry of the management addresses whose subnet holds the address; -1 without a code when
-   none does. Takes no lock; attaches the store where needed (SHM_EATTACH when that fails). */
+/* Position, from 0, of the first IPv4 entry of the management addresses whose subnet holds the address; -1 without a
+   code when none does. Takes no lock; attaches the store where needed (SHM_EATTACH when that fails). */
 KESTROVE_API int v4AddressIsLocal(uint32_t address);
 
 #ifdef __cplusplus

@@ -5,7 +5,10 @@
    headers hold the lock by themselves, each from its beginning to its end; one that is called inside shm_lock() and
    shm_unlock() asks for the lock all the same and has released it when it returns. What must be seen as one change
    together with such operations stands between kestrove_hold() and kestrove_release(). The library is for
-   single-threaded processes. */
+   single-threaded processes.
+
+   Nothing in this header saves the store, logs an event or signals the engine, and of the kernel it has to do with
+   the segment and the lock file alone. */
 #ifndef KESTROVE_SEGMENT_H
 #define KESTROVE_SEGMENT_H
 

@@ -7,9 +7,9 @@
    is a text such as 20240131-235959.
 
    A failure is -1. A null timestamp, stream or route sets SHM_EINVAL and nothing is written; other failures set no code
-   but that of the lock, the log tells of most. A null user counts as an empty one. All but loadSystemState and the two
-   line printers take the lock. None changes the store (but for the event log), saves it, signals the engine or touches
-   the kernel.
+   but that of the lock, the log tells of most. A success is 0. source (SHM_SOURCE_*) and user stamp the event; a null
+   user counts as an empty one. All but loadSystemState and the two line printers take the lock. None changes the store
+   (but for the event log), saves it, signals the engine or touches the kernel.
 
    The files pass through the folder state/ beside the archive, which is made private to the caller. Something else of
    that name, a link above all, is not used: -1, and nothing is run. */
@@ -23,20 +23,23 @@
 extern "C" {
 #endif
 
-/* Deletes the previous saved state and saves this one, under the store lock throughout. Both halves are tried; -1 when
-   one of them failed, which may leave no saved state at all. Logs event 39 with the source and the user name. */
+/* Deletes the previous saved state and, with the programs zip and cp, saves this one, under the store lock throughout.
+   Both halves are tried; -1 when one of them failed, which may leave no saved state at all. Logs event 39 with the
+   source and the user name. */
 KESTROVE_API int saveSystemState(uint32_t source, const char* user);
 
-/* Unpacks the archive and copies its files back to where they came from; the configuration takes effect when the store
-   is next built, unless a save has replaced it by then. The script is left alone. Takes no lock, attaches the store
-   where needed (SHM_EATTACH). Only what this archive brought is copied, and nothing at all when one of its members is
-   no regular file. Stops at the first copy that fails, so the files may then be of two states. Logs event 40. */
+/* Unpacks the archive and copies its files, with the programs unzip and cp, back to where they came from; the
+   configuration takes effect when the store is next built, unless a save has replaced it by then. The script is left
+   alone. Takes no lock for that, attaches the store where needed (SHM_EATTACH). Only what this archive brought is
+   copied, and nothing at all when one of its members is no regular file. Stops at the first copy that fails, so the
+   files may then be of two states. Logs event 40, under the lock. 0, or -1. */
 KESTROVE_API int loadSystemState(uint32_t source, const char* user);
 
-/* Writes the script. -1 when it cannot be made or not be written whole; no part of it is left. */
+/* Writes the script. 0, or -1 when it cannot be made or not be written whole; no part of it is left. */
 KESTROVE_API int __saveCliState(const char* timestamp);
 
-/* Makes the archive and logs event 39. What the zip program says is not looked at. */
+/* Makes the archive with the programs zip and cp and logs event 39. 0 once its files are together, whatever zip and
+   the event come to. */
 KESTROVE_API int __saveShmState(const char* timestamp, uint32_t source, const char* user);
 
 /* The sections of the script, written from the store under its lock, the stream flushed. which: 0 LAN, 1 WAN,

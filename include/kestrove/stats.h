@@ -2,7 +2,9 @@
 /* Counters of the engine and of the interfaces, and their resets.
 
    Unless said otherwise a call takes the store lock and gives 0, or -1 with the code in shm_errno: 3 for a null pointer
-   or a row that does not exist (nothing changes), else the lock's. Numbers are in the machine's byte order. */
+   or a row that does not exist (nothing changes), else the lock's. Numbers are in the machine's byte order. None saves
+   the store or signals the engine; what the kernel counts is read and never changed. Resets log events, nothing else
+   does. */
 #ifndef KESTROVE_STATS_H
 #define KESTROVE_STATS_H
 
@@ -51,14 +53,14 @@ KESTROVE_API int getSystemUptime(uint32_t* out);
    cannot be opened, 10 for a line that cannot be read. */
 KESTROVE_API int readInterfaceStats(void* out, const char* interfaceName);
 
-/* Every reset changes the store first and then logs its events with the given source and user; whether they can be
-   logged does not change the result. */
+/* Every reset changes the store first and then logs its events with the given source (SHM_SOURCE_*) and user; one that
+   cannot be logged leaves its code (logEvent), the result is 0 all the same. */
 
 /* All counters but the latest record and those of the filter; the queues keep their priorities. Events 16 and 14. */
 KESTROVE_API int resetStats(uint32_t source, const char* user);
 
 /* Compression, filter and session counters. Event 14; unless a de-duplication method is set, the web cache's log is
-   rotated (cache on) or emptied (cache off) by a command; event 15. */
+   rotated (cache on) or emptied (cache off) by a program; event 15. */
 KESTROVE_API int resetOptimizationStats(uint32_t source, const char* user);
 
 /* The compression totals to 0, their ratio to 100. Event 14. */

@@ -3,7 +3,9 @@
 
    Functions of the store take its lock for their work and give -1 with the lock's code when it cannot be taken. A null
    pointer where a text, a vector or a buffer is needed gives -1 with SHM_EINVAL. "source" and "user" stamp the events;
-   a null user counts as an empty name. */
+   a null user counts as an empty name; an event that cannot be logged leaves its code and changes no result. Results
+   are 0 where nothing else is said. Where nothing is said of it, an operation saves nothing, logs no event, does not
+   signal the engine and runs no program. */
 #ifndef KESTROVE_SYSTEM_H
 #define KESTROVE_SYSTEM_H
 
@@ -21,36 +23,40 @@ extern "C" {
    entry that is not absolute or that leads to or through a folder in which others than root may put a program. The
    caller's own PATH stays as it is. */
 
-/* Runs argv[0] without a shell and waits for it. The paths become its standard input, and its
-   standard output and error; both are created if missing and never shortened; null leaves the caller's streams.
-   The exit status, 0 to 255; -1 when the process could not be made or was ended by a signal. A program that cannot be
-   started gives 0, with the reason in syslog. */
+/* Runs argv[0] without a shell and waits for it. The paths become its standard input, and its standard output and
+   error; both are created if missing and never shortened; null leaves the caller's streams. The exit status, 0 to 255;
+   -1 when the process could not be made or was ended by a signal. A program that cannot be started gives 0, with the
+   reason in syslog. */
 KESTROVE_API int runCommand(char* const argv[], const char* inputPath, const char* outputPath);
 
-/* Runs a line through the shell as it stands. The raw status of system(). */
+/* Runs a program line through the shell as it stands. The raw status of system(). */
 KESTROVE_API int callSystem(const char* command);
 
-/* The same. The length and the path of a log file, null for none, have no effect: nothing is logged. */
+/* The same as callSystem. The length and the path of a log file, null for none, have no effect: nothing is logged. */
 KESTROVE_API int callSystem2(const char* command, int length, const char* logPath);
 
-/* Rewrites the configurations of the web, SNMP and SSH servers for the applied management addresses and makes those
-   that are switched on read them again. Takes the lock for each reading, none while a program runs. Always 0. */
+/* Servers, clock, power and the engine. */
+
+/* Rewrites the configurations of the web, SNMP and SSH servers, by programs of the appliance, for the applied
+   management addresses and makes those that are switched on read them again. Takes the lock for each reading; while
+   a program runs it has none. Always 0. */
 KESTROVE_API int refresh_userinterface_apps(void);
 
-/* Stops the engine, sets the system clock and the hardware clock (UTC), starts the engine and logs event 13. Takes
-   over a second. when: seconds, minutes, hours, day, month from 1, full year, passed on unchanged.
-   -1 with SHM_ESYSTEM when a clock tool could not be run: the engine stays switched off and nothing is logged. */
+/* Stops the engine, sets the system clock and the hardware clock (UTC), starts the engine and logs event 13. Takes over
+   a second, and runs three programs. Saves nothing. when: seconds, minutes, hours, day, month from 1, full year, passed
+   on unchanged. -1 with SHM_ESYSTEM when a clock tool could not be run: the engine stays switched off and nothing is
+   logged. */
 KESTROVE_API int setSystemTime(const int32_t when[6], uint32_t source, const char* user);
 
-/* Logs event 3 and runs /sbin/reboot, whose runCommand result is given. */
+/* Logs event 3 and runs the program /sbin/reboot, whose runCommand result is given. */
 KESTROVE_API int reboot(uint32_t source, const char* user);
 
-/* Logs event 1 and runs /sbin/poweroff, whose runCommand result is given. */
+/* Logs event 1 and runs the program /sbin/poweroff, whose runCommand result is given. */
 KESTROVE_API int shutdownSystem(uint32_t source, const char* user);
 
 /* Clears both counters (which saves the store; a failed save is passed over), switches the engine on (item 15) and
-   ends the running one: with source 1 that is the calling process, which exits with status 0; otherwise through
-   killall, whose runCommand result is given. */
+   ends the running one: with source 1 that is the calling process, which exits with status 0; otherwise through the
+   program killall, whose runCommand result is given. */
 KESTROVE_API int restart_kestrove(uint32_t source, const char* user);
 
 /* Engine starts in a row, not saved. 0 up to the fourth; from the fifth on -1 with SHM_ESTARTS, counted all the
@@ -65,7 +71,7 @@ KESTROVE_API int incrKestroveRebootCounter(void);
 /* -1 with SHM_EREBOOTS when five or more are counted, else 0. */
 KESTROVE_API int checkKestroveRebootCounter(void);
 
-/* Saves the store; -1 with the code of a failed save. */
+/* Clears the counter and saves the store. 0; -1 with the code of a failed save. */
 KESTROVE_API int resetKestroveRebootCounter(void);
 
 /* The value of a configuration item, 2 (off) when it cannot be read. For the server switches: 11 SNMP, 13 web,

@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /* Address, text, line and time utilities.
 
-   None of them logs an event or signals the engine, and only changeDnsServerIp takes the lock and saves. IPv4 addresses
+   None of them logs an event or signals the engine, and only changeDnsServerIp takes the lock and saves. The kernel has
+   to do with GetDefaultGW, neighb_mac and changeDnsServerIp and with nothing else here. IPv4 addresses
    and masks are words in network byte order, IPv6 addresses 16 bytes in network order. A null pointer where a text or
    an output is needed gives -1 with code 3 and changes nothing; functions without a result then do nothing. */
 #ifndef KESTROVE_TEXT_H
@@ -39,7 +40,7 @@ KESTROVE_API int validateManagementAddress(char* text, uint32_t* out);
 /* 0, or -1 with code 16. */
 KESTROVE_API int parseIpv6Address(const char* text, void* out16);
 
-/* Dotted text in a buffer that the next call reuses. */
+/* Gives the dotted text in a buffer that the next call reuses. */
 KESTROVE_API const char* ipv4_to_a(uint32_t addr);
 
 /* Writes the text of an IPv6 address. 0, or -1 (without a code) for a buffer below 46 bytes, even where it was written,
@@ -69,7 +70,7 @@ KESTROVE_API int readLine(char* buf, int size, FILE* stream);
  */
 KESTROVE_API int readCommandLine(char* buf, int size, FILE* stream);
 
-/* Prepares a filter; lineCount becomes 0. */
+/* Prepares a filter for a stream; lineCount becomes 0. */
 KESTROVE_API void ReadFilter_init(ReadFilter* f, FILE* stream, int squeeze, char delimiter);
 
 /* As readLine, with the filter's settings. */
@@ -87,17 +88,17 @@ KESTROVE_API void getSystemTime(char* dateOut, char* timeOut, const char* format
    characters and the terminator), into dst. 1 when there is one, else 0. */
 KESTROVE_API int GetDefaultGW(char* dst);
 
-/* Asks for the hardware address of a neighbour with count ARP requests through arping and copies its text (up to 17
-   characters and the terminator) into dst. 0; -1 (without a code, logged) when nobody answers, or when the address or
-   the interface name is not plain enough for a command line. */
+/* Asks for the hardware address of a neighbour with count ARP requests through the program arping and copies its text
+   (up to 17 characters and the terminator) into dst. 0; -1 (without a code, logged) when nobody answers, or when the
+   address or the interface name is not plain enough for a command line. */
 KESTROVE_API int neighb_mac(int count, const char* ifname, const char* ip, char* dst);
 
 /* Removes /etc/resolv.conf. 0, or -1 (without a code). */
 KESTROVE_API int removeResolvConf(void);
 
 /* Makes addr the only name server in /etc/resolv.conf and drives event 19 of the operating modes, which applies the
-   management addresses again and saves the store. 0; -1 with the lock's code, or without one when the file cannot be
-   written. Takes the lock from beginning to end. */
+   management addresses to the kernel's interfaces again and saves the store. 0; -1 with the lock's code, or without one
+   when the file cannot be written. Takes the lock from beginning to end. */
 KESTROVE_API int changeDnsServerIp(uint32_t addr);
 
 #ifdef __cplusplus

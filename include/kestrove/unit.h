@@ -2,7 +2,8 @@
 /* Identity of the unit: product, platform, hardware addresses, log-in origin.
 
    All but getProductName take the lock and give -1 with its code when that fails. None saves, logs an event or signals
-   the engine. A null output gives -1 with code 3. */
+   the engine, and only writeMacAddr asks the kernel. A null output gives -1 with code 3. Results are 0 where nothing
+   else is said. */
 #ifndef KESTROVE_UNIT_H
 #define KESTROVE_UNIT_H
 

@@ -3,7 +3,8 @@
 
    An account is a record of the store's user table (at most five) and, when it has a password, a line of /etc/passwd,
    which alone holds the hash. Every function takes the store lock; without it -1 with the lock's code. A failure is -1
-   with a code in shm_errno. A null name, account, password that is needed, or output: SHM_EINVAL, nothing changed.
+   with a code in shm_errno; results are 0 where nothing else is said. A null name, account, password that is needed, or
+   output: SHM_EINVAL, nothing changed.
 
    None logs an event, signals the engine or touches the kernel. Those that change the table save the store, but for
    Configuration Mode; a failed save changes no result and leaves its code. Those that change /etc/passwd ask for the
@@ -41,11 +42,12 @@ KESTROVE_API int shm_addUser(const UserAccount* account);
    cannot be hashed. */
 KESTROVE_API int addPassword(const char* name, const char* password);
 
-/* Removes the account from the table and all its lines from /etc/passwd; gives 1. The file is replaced whole, an
-   unfinished last line is lost. An entry behind the accounts in use is emptied alone. 0 when the password database does
-   not know the name or the table has no account of exactly that name (SHM_ENOUSER, nothing changed). -1 with SHM_EOPEN
-   when the file cannot be read or written or what stays takes more than 1 MiB: the file is as it was, the account is
-   gone from the table and the store is not saved. The name may be that of the table itself. */
+/* Removes the account from the table and all its lines from /etc/passwd, saves the store and gives 1. The file is
+   replaced whole, an unfinished last line is lost. An entry behind the accounts in use is emptied alone. 0 when the
+   password database does not know the name or the table has no account of exactly that name (SHM_ENOUSER, nothing
+   changed). -1 with SHM_EOPEN when the file cannot be read or written or what stays takes more than 1 MiB: the file is
+   as it was, the account is gone from the table and the store is not saved. The name may be that of the table
+   itself. */
 KESTROVE_API int removeUser(const char* name);
 
 /* Copies the account of exactly that name, the last one of several. -1 without a code when there is none. */
