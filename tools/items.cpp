@@ -61,14 +61,24 @@ std::string lastWords(const ItemRow& row) {
   return joined(words, "; ");
 }
 
+// Behind the words what they count, or the words that stand for values.
+std::string scriptOf(const ItemRow& row) {
+  std::string cell = code(row.script);
+  if (*row.scriptUnit) cell += " (" + std::string(row.scriptUnit) + ")";
+  Words values;
+  for (const ctl::NamedNumber& word : row.scriptWords) values.push_back(std::to_string(word.number) + " " + word.name);
+  return cell + (values.empty() ? "" : " (" + joined(values, ", ") + ")");
+}
+
 void printItem(const ItemRow& row) {
   const char* form = row.form == ItemForm::kSwitch ? "switch" : "number";
-  printRow(
-      {idsOf(row), code(row.code), fieldOf(row), form, row.unit, acceptedBy(row), lastWords(row), code(row.keyword)});
+  printRow({idsOf(row), code(row.code), fieldOf(row), form, row.unit, acceptedBy(row), lastWords(row),
+            code(row.keyword), scriptOf(row)});
 }
 
 void printNetworkItem(const ItemRow& row) {
-  printRow({idsOf(row), code(row.code), fieldOf(row), acceptedBy(row), lastWords(row), code(row.keyword)});
+  printRow(
+      {idsOf(row), code(row.code), fieldOf(row), acceptedBy(row), lastWords(row), code(row.keyword), scriptOf(row)});
 }
 
 void printText(const ItemRow& row) {
@@ -87,9 +97,10 @@ constexpr Section kSections[] = {
 What the numbers of `getKestroveConfigItem`, `getNetworkConfigItem` and `getShmString` mean, and what their setters accept
 and do. Written by `kestrove-items` from the table that the setters are made from; a test compares it with the code.
 
-Codes are of `codes.h`. The field's name is `kestrovectl`'s word for the item, unless another stands beside it. The last
-column is the keyword of its line in a saved configuration file; a change of an item without one lasts until the store
-is built again.
+Codes are of `codes.h`. The field's name is `kestrovectl`'s word for the item, unless another stands beside it. The
+keyword is that of its line in a saved configuration file; a change of an item without one lasts until the store is built
+again. The last column is what stands between `set` and the value in a saved script, with the unit of the script where
+it is another one and the words that it has for values; `pbr` is taken for `prb`. Texts have no line there.
 
 ## Numbered items
 
@@ -97,8 +108,8 @@ A switch is 1 for on, 2 for off. A bound named by an item is the store's. What a
 stands in the order of its happening; a bit of `pendingChanges` goes with a signal to the engine, and neither is there in
 Debug Mode.
 
-| Id | Code | Field | Holds | Unit | Accepts | On a change | Keyword |
-|---:|---|---|---|---|---|---|---|
+| Id | Code | Field | Holds | Unit | Accepts | On a change | Keyword | Script |
+|---:|---|---|---|---|---|---|---|---|
 )",
      ItemFamily::kConfig, printItem},
     {R"(
@@ -108,8 +119,8 @@ Addresses in network byte order. `kestrovectl` takes masks also as prefix length
 its row says so. After what a row names, a change outside Configuration Mode saves the store and refreshes the route
 table. Mode events drive the operating modes.
 
-| Id | Code | Field | Accepts | On a change | Keyword |
-|---:|---|---|---|---|---|
+| Id | Code | Field | Accepts | On a change | Keyword | Script |
+|---:|---|---|---|---|---|---|
 )",
      ItemFamily::kNetwork, printNetworkItem},
     {R"(
