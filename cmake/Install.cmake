@@ -22,6 +22,8 @@ if(TARGET kestrovectl)
           RENAME kestrovectl)
 endif()
 
+install(DIRECTORY tools/api/apache DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrove USE_SOURCE_PERMISSIONS)
+
 install(TARGETS kestrove-sandbox kestrove-recorder RUNTIME DESTINATION ${kestrove_home})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/sandbox/image DESTINATION ${kestrove_home} USE_SOURCE_PERMISSIONS)
 kestrove_install_link(${CMAKE_INSTALL_BINDIR}/kestrove-sandbox ${kestrove_home}/kestrove-sandbox)
