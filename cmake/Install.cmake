@@ -26,6 +26,7 @@ endif()
 
 # Debian's place for packages of every version of Python; they look for the library beside it (python/kestrove/_library.py).
 install(DIRECTORY python/kestrove DESTINATION lib/python3/dist-packages PATTERN __pycache__ EXCLUDE)
+install(DIRECTORY tools/api/apache DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrove USE_SOURCE_PERMISSIONS)
 
 install(TARGETS kestrove-sandbox kestrove-recorder RUNTIME DESTINATION ${kestrove_home})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/sandbox/image DESTINATION ${kestrove_home} USE_SOURCE_PERMISSIONS)
