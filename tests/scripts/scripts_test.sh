@@ -108,4 +108,12 @@ FilesWithoutALicenceAreFoundAndGivenOne() {
   "$source/scripts/spdx" "$scratch" || fail "something is missing still"
 }
 
+# A name that is exported and not in the list stops the build of the packages, long after it was merged.
+PackagesNameEveryExport() {
+  exported=$(sed -n 's/^    \([A-Za-z_0-9]*\);.*/\1/p' "$source/cmake/kestrove.map" | LC_ALL=C sort)
+  listed=$(sed -n 's/^ \([A-Za-z_0-9]*\)@KESTROVE_1 .*/\1/p' "$source/debian/libkestrove1.symbols" | sed '/^KESTROVE_1$/d')
+  [ "$(wc -l <<< "$exported")" -gt 250 ] || fail "next to nothing is exported"
+  equal "" "$(diff <(echo "$exported") <(LC_ALL=C sort <<< "$listed"))"
+}
+
 "$case" || fail "$case"
