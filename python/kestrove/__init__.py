@@ -26,4 +26,13 @@ def version() -> str:
     return (functions.kestrove_version() or b"").decode()
 
 
-__all__ = [name for name in dir() if not name.startswith("_")]
+__all__ = [
+    "ConfigRecord", "EngineConfiguration", "EngineLink", "Event", "EventLog", "EventRecord", "FilterRule",
+    "FilterTable", "InterfaceCounters", "Ip6Address", "KestroveError", "LIBRARY_PATH", "Lock", "ManagementAddress",
+    "MessageEntry", "MessageTable", "NotSaved", "OpModeContext", "QosRow", "ReadFilter", "Route", "Route6",
+    "Route6Entry", "Route6Table", "RouteEntry", "RouteTable", "Rule", "SessionEngineStats", "Settings", "ShmData",
+    "StatisticsBlock", "User", "UserAccount", "add_route", "add_user", "authenticate", "change_rule",
+    "delete_route", "delete_rule", "events", "find_route", "functions", "get_rule", "insert_rule", "lock",
+    "log_event", "move_rule", "raw", "remove_user", "replace_route", "routes", "routes6", "rules", "stream",
+    "users", "values", "version",
+]

@@ -11,7 +11,7 @@ from kestrove import values
 from support import new_store
 
 EXAMPLES = os.environ.get("KESTROVE_EXAMPLES")
-WALKS = settings(max_examples=int(EXAMPLES or 15), derandomize=EXAMPLES is None, database=None, deadline=None,
+WALKS = settings(max_examples=int(EXAMPLES or 8), derandomize=EXAMPLES is None, database=None, deadline=None,
                  stateful_step_count=25, print_blob=True, suppress_health_check=list(HealthCheck))
 PASSWORDS = pathlib.Path("/etc/passwd")
 _passwords = PASSWORDS.read_text(encoding="utf-8")
