@@ -4,9 +4,9 @@
    Every accessor holds the store lock for its whole work (getShmFileBuffering and those with a takeLock argument as
    said there; network item 1 gives it up while the three server scripts run) and gives -1 with the lock's code when it
    cannot be taken, with nothing changed. A null pointer where a text or an output is needed gives -1 with SHM_EINVAL.
-   Where nothing else is said, results are 0, or -1 with one of the codes named. Getters change nothing: they neither
-   save nor log events, and leave engine and kernel alone. "source" is the number of the front end and "user" the name
-   that events are stamped with; a null user counts as an empty name.
+   Where nothing else is said, results are 0, or -1 with one of the codes named. Getters neither save nor log events,
+   and leave engine and kernel alone. "source" is the number of the front end and "user" the name that events are
+   stamped with; a null user counts as an empty name.
 
    A setter changes its field only when the value differs; an equal value gives 0 and does nothing else. In
    Configuration Mode it changes the field and does nothing else. Otherwise it goes on with what its row says, in that

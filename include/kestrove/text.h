@@ -1,10 +1,10 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /* Address, text, line and time utilities.
 
-   None of them logs an event or signals the engine, and only changeDnsServerIp takes the lock and saves. The kernel has
-   to do with GetDefaultGW, neighb_mac and changeDnsServerIp and with nothing else here. IPv4 addresses
-   and masks are words in network byte order, IPv6 addresses 16 bytes in network order. A null pointer where a text or
-   an output is needed gives -1 with code 3 and changes nothing; functions without a result then do nothing. */
+   None of them logs an event or signals the engine, and only changeDnsServerIp takes the lock and saves. Only
+   GetDefaultGW, neighb_mac and changeDnsServerIp have to do with the kernel. IPv4 addresses and masks are words in
+   network byte order, IPv6 addresses 16 bytes in network order. A null pointer where a text or an output is needed
+   gives -1 with code 3 and changes nothing; functions without a result then do nothing. */
 #ifndef KESTROVE_TEXT_H
 #define KESTROVE_TEXT_H
 
