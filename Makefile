@@ -17,7 +17,7 @@ demo: ## the appliance's story, told in a sandbox in seconds; the first time som
 	@scripts/demo
 
 test: ## every test, 64-bit, and 32-bit where its packages are or can be installed
-	@scripts/setup build tools sandbox test model manual doc python web
+	@scripts/setup build tools sandbox probes test model manual doc python web
 	@if scripts/setup m32; then scripts/test dev m32; else echo "test: no 32-bit packages; 64-bit only"; scripts/test dev; fi
 
 test-sanitized: ## every test under ASan and UBSan; in 32-bit the tests of the library

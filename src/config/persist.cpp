@@ -13,6 +13,7 @@
 #include "store/text.h"
 #include "sys/descriptor.h"
 #include "sys/folder.h"
+#include "sys/probe.h"
 #include "sys/repeated.h"
 #include "sys/replace.h"
 
@@ -46,9 +47,7 @@ class LoadingMode {
 
 // From reading the store to the rename nobody else saves, also where the file lock could not be had or a caller's own
 // nesting has dropped it: whoever saves last has written the newest store.
-[[nodiscard]] int replaceConfigFile() {
-  char path[sizeof shm->config.configFileName + 1];
-  copyField(path, sizeof path, shm->config.configFileName);
+[[nodiscard]] int saveTo(const char* path) {
   sys::FolderLock ordered(path);
   sys::Replacement file(path);
   if (!file) return fail(SHM_ESYSTEM);
@@ -56,6 +55,15 @@ class LoadingMode {
   int result = writeConfigFile(out);
   if (result != 0 || !out.flush() || !file.commit()) return reportLostSave(path, result);
   return 0;
+}
+
+[[nodiscard]] int replaceConfigFile() {
+  char path[sizeof shm->config.configFileName + 1];
+  copyField(path, sizeof path, shm->config.configFileName);
+  KESTROVE_PROBE1(save_begin, &path[0]);
+  int result = saveTo(path);
+  KESTROVE_PROBE1(save_end, result);
+  return result;
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "store/fail.h"
 #include "store/lock.h"
 #include "store/pending.h"
+#include "sys/probe.h"
 #include "sys/stream.h"
 
 namespace kestrove {
@@ -54,6 +55,7 @@ int notifyKestrove(void) {
     lock.leaveHeld();  // the caller's process keeps this level of the lock: kept on purpose
     return fail(SHM_ESYSTEM);
   }
+  KESTROVE_PROBE1(engine_notified, pid);
   // Its failure does not undo the signal, which was sent.
   if (restart) restart_kestrove(SHM_SOURCE_SYSTEM, "--");
   return 0;

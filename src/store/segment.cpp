@@ -11,6 +11,7 @@
 #include "store/journal.h"
 #include "store/lock.h"
 #include "store/segment.h"
+#include "sys/probe.h"
 #include "sys/repeated.h"
 
 // What every operation writes to stands at the end of the initialised data. The loader has written to that page when it
@@ -95,6 +96,7 @@ int releaseStoreLock() {
     lockFile = -1;
     fileLocked = false;
   }
+  KESTROVE_PROBE(lock_released);
   --shm_lock_count;
   return 0;
 }
@@ -123,7 +125,10 @@ bool attachStore() {
 
 int takeStoreLock() {
   if (openLockFile(0) != 0) return -1;
-  return requestLock(F_SETLKW, kTake) == -1 ? fail(SHM_ESYSTEM) : 0;
+  KESTROVE_PROBE(lock_wait);
+  if (requestLock(F_SETLKW, kTake) == -1) return fail(SHM_ESYSTEM);
+  KESTROVE_PROBE(lock_granted);
+  return 0;
 }
 
 Segment createSegment() {
@@ -190,7 +195,9 @@ void StoreLock::keepGuarding() {
 HeldByCaller::HeldByCaller(bool held) : held_(held) { guards += held_; }
 HeldByCaller::~HeldByCaller() { guards -= held_; }
 
-LockPause::LockPause() : again_(fileLocked && requestLock(F_SETLK, kGive) == 0) {}
+LockPause::LockPause() : again_(fileLocked && requestLock(F_SETLK, kGive) == 0) {
+  if (again_) KESTROVE_PROBE(lock_released);
+}
 LockPause::~LockPause() {
   if (again_ && guards > 0) takeLockAgain();
 }

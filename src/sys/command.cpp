@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "sys/plain.h"
+#include "sys/probe.h"
 #include "sys/search_path.h"
 
 namespace kestrove::sys {
@@ -83,10 +84,7 @@ bool refuse(const char* format, const char* reason) {
   return false;
 }
 
-}  // namespace
-
-int runVector(char* const argv[], const char* inputPath, const char* outputPath) {
-  if (!raiseUser("runCommand")) return -1;
+int awaitProgram(char* const argv[], const char* inputPath, const char* outputPath) {
   pid_t child = fork();
   if (child == -1) {
     syslog(LOG_ERR, "runCommand: Error forking process: %m");
@@ -96,11 +94,24 @@ int runVector(char* const argv[], const char* inputPath, const char* outputPath)
   return exitStatus(child);
 }
 
+}  // namespace
+
+int runVector(char* const argv[], const char* inputPath, const char* outputPath) {
+  if (!raiseUser("runCommand")) return -1;
+  KESTROVE_PROBE1(command_begin, argv[0]);
+  int status = awaitProgram(argv, inputPath, outputPath);
+  KESTROVE_PROBE1(command_end, status);
+  return status;
+}
+
 int runShell(const char* line, const char* caller) { return raiseUser(caller) ? runShellAsCaller(line) : -1; }
 
 int runShellAsCaller(const char* line) {
   TrustedSearchPath path;
-  return system(line);
+  KESTROVE_PROBE1(command_begin, line);
+  int status = system(line);
+  KESTROVE_PROBE1(command_end, status);
+  return status;
 }
 
 bool Word::plain() const {

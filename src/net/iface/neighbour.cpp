@@ -7,6 +7,7 @@
 #include "kestrove/text.h"
 #include "store/fail.h"
 #include "sys/command.h"
+#include "sys/probe.h"
 #include "sys/stream.h"
 
 namespace kestrove {
@@ -28,6 +29,21 @@ bool copyAnswer(const char* line, char* dst) {
   return true;
 }
 
+// The line is the command first, then each line of its output: the last one stands in the log.
+template <size_t Size>
+int answerTo(char (&line)[Size], char* dst) {
+  sys::Pipe pipe(popen(line, "re"));
+  if (!pipe) {
+    syslog(LOG_ERR, "fail to popen %s\n", line);
+    return -1;
+  }
+  while (fgets(line, static_cast<int>(Size), pipe.get())) {
+    if (copyAnswer(line, dst)) return 0;
+  }
+  syslog(LOG_ERR, "fail to retrieve %s\n", line);
+  return -1;
+}
+
 }  // namespace
 }  // namespace kestrove
 
@@ -35,18 +51,12 @@ using namespace kestrove;
 
 int neighb_mac(int count, const char* ifname, const char* ip, char* dst) {
   if (!ifname || !ip || !dst) return fail(SHM_EINVAL);
-  char line[240];  // the command first, then each line of its output: the last one stands in the log
+  char line[240];
   if (!sys::formatLine(line, sizeof line, kNeighbourQuery,
                        {sys::Word::address(ip), sys::Word::interface(ifname), sys::Word::number(count)}))
     return -1;
-  sys::Pipe pipe(popen(line, "re"));
-  if (!pipe) {
-    syslog(LOG_ERR, "fail to popen %s\n", line);
-    return -1;
-  }
-  while (fgets(line, sizeof line, pipe.get())) {
-    if (copyAnswer(line, dst)) return 0;
-  }
-  syslog(LOG_ERR, "fail to retrieve %s\n", line);
-  return -1;
+  KESTROVE_PROBE1(command_begin, &line[0]);
+  int result = answerTo(line, dst);
+  KESTROVE_PROBE1(command_end, result);
+  return result;
 }
