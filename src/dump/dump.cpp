@@ -64,9 +64,16 @@ int dumpSharedMemory(FILE* stream) {
   return 0;
 }
 
-int printSharedMemory(FILE* stream) { return dumpSharedMemory(stream); }
+// Each exported name has debug information of its own, which gcc would take away by folding equal functions into one.
+#if defined(__GNUC__) && !defined(__clang__)
+#define KEPT_APART [[gnu::no_icf]]
+#else
+#define KEPT_APART
+#endif
 
-int printTelemetry(FILE* stream) { return dumpSharedMemory(stream); }
+KEPT_APART int printSharedMemory(FILE* stream) { return dumpSharedMemory(stream); }
+
+KEPT_APART int printTelemetry(FILE* stream) { return dumpSharedMemory(stream); }
 
 int printRouteInfo(FILE* stream) { return dumpTo(stream, dumpRoutes); }
 
