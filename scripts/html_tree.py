@@ -134,6 +134,7 @@ class Tree:
             name = page_name(target)
         elif target.startswith("doc/"):
             name = posixpath.relpath(target, "doc")
+            (self.folder / name).parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(self.source / target, self.folder / name)
         else:
             name = self.brought(target)
