@@ -54,8 +54,9 @@ explore: ## every order of the operations of two and three processes; a share of
 	@scripts/explore
 
 bench: ## speed beside its floors in both widths; regenerates doc/benchmarks.md, fails on a missed aim
-	@scripts/setup build tools sandbox bench m32 bench32
+	@scripts/setup build tools sandbox bench m32 bench32 frontend
 	@scripts/bench
+	@scripts/bench-python
 
 fuzz: ## each libFuzzer target for SECONDS=60
 	@scripts/setup build tools sandbox fuzz
