@@ -51,7 +51,7 @@ std::string fingerprintOf(const ShmData& store) {
   return mixer.text();
 }
 
-std::string runningBody() { return bodyOf(settingLines(*shm)); }
+std::string runningBody(const ShmData& store) { return bodyOf(settingLines(store)); }
 
 void Ledger::open(const Home* home) {
   fingerprint_ = fingerprintOf(*shm);
@@ -71,15 +71,15 @@ void Ledger::open(const Home* home) {
   add(home, {.source = kOutside, .comment = newest ? "" : kFirst}, before_, fingerprint_);
 }
 
-bool Ledger::changed() {
-  if (fingerprintOf(*shm) == fingerprint_) return false;
-  after_ = runningBody();
+bool Ledger::changed(const ShmData& store) {
+  if (fingerprintOf(store) == fingerprint_) return false;
+  after_ = runningBody(store);
   return sumOf(after_) != sum_;
 }
 
-int Ledger::close(const Home* home, const Revision& revision) {
-  if (after_.empty()) after_ = runningBody();
-  return add(home, revision, after_, fingerprintOf(*shm));
+int Ledger::close(const Home* home, const Revision& revision, const ShmData& store) {
+  if (after_.empty()) after_ = runningBody(store);
+  return add(home, revision, after_, fingerprintOf(store));
 }
 
 int Ledger::add(const Home* home, const Revision& revision, const std::string& body, const std::string& fingerprint) {

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "kestrove/segment.h"
 #include "tools/ctl/history/revisions.h"
 
 namespace ctl {
@@ -16,9 +17,9 @@ class Ledger {
   // With the attached store held, in front of the change: notes what was changed past kestrovectl.
   void open(const Home* home);
   // Behind it, still held: whether a setting is another one.
-  bool changed();
+  bool changed(const ShmData& store = *shm);
   // Notes the change; its number, or 0 where it could not be written.
-  int close(const Home* home, const Revision& revision);
+  int close(const Home* home, const Revision& revision, const ShmData& store = *shm);
 
   const std::string& before() const { return before_; }    // the settings in front of the change
   const std::string& missing() const { return missing_; }  // why a revision could not be written
@@ -33,6 +34,6 @@ class Ledger {
   std::string missing_;
 };
 
-std::string runningBody();
+std::string runningBody(const ShmData& store = *shm);
 
 }  // namespace ctl
