@@ -158,10 +158,10 @@ Aftermath strike(const Work& work, const Strike& strike) {
 }
 
 void sweepFaults(const std::vector<int>& errors, const std::function<void()>& prepare, const Work& work,
-                 const std::function<void(const Strike&, const Aftermath&)>& check) {
+                 const std::function<void(const Strike&, const Aftermath&)>& check, int stride) {
   for (int error : errors) {
     int call = 1;
-    for (; call < kMostCalls; ++call) {
+    for (; call < kMostCalls; call += stride) {
       prepare();
       Strike blow = {call, error};
       Aftermath after = strike(work, blow);
@@ -175,6 +175,11 @@ void sweepFaults(const std::vector<int>& errors, const std::function<void()>& pr
     }
     EXPECT_GT(call, 1) << "no system call was struck with " << error;
   }
+}
+
+int crashStride(int usual) {
+  const char* asked = getenv("KESTROVE_CRASH_STRIDE");
+  return asked && atoi(asked) > 0 ? atoi(asked) : usual;
 }
 
 std::vector<int> usualFaults() { return {kKilled, EIO, ENOSPC, EMFILE, EINTR}; }

@@ -38,9 +38,13 @@ using Work = std::function<int()>;
 Aftermath strike(const Work& work, const Strike& strike);
 
 // Runs the work once for every call that it makes and every error, each time after prepare(), and hands what came of
-// it to check(). At least one call must have been struck for each error.
+// it to check(); with a stride only every so manieth call, beginning with the first. At least one call must have been
+// struck for each error.
 void sweepFaults(const std::vector<int>& errors, const std::function<void()>& prepare, const Work& work,
-                 const std::function<void(const Strike&, const Aftermath&)>& check);
+                 const std::function<void(const Strike&, const Aftermath&)>& check, int stride = 1);
+
+// Every call where KESTROVE_CRASH_STRIDE is 1; few of those of a long piece of work where it is not set.
+int crashStride(int usual);
 
 // SIGKILL, EIO, ENOSPC, EMFILE and EINTR.
 std::vector<int> usualFaults();

@@ -4,11 +4,14 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <optional>
 #include <sstream>
 
 #include "tests/support/random_store.h"
 #include "tests/tools/programs.h"
 #include "tests/tools/random_script.h"
+#include "tests/tools/terminal.h"
+#include "tools/ctl/home.h"
 #include "tools/ctl/script/lost.h"
 #include "tools/ctl/settings/difference.h"
 #include "tools/ctl/settings/lines.h"
@@ -280,6 +283,59 @@ TEST_F(CtlApplyTest, ReplacingByWhatAStoreSavedIsThatStoreAgain) {
     }
     if (HasFailure()) return;
   }
+}
+
+// Whether another process than this one is at the lock of the history.
+bool anotherWaitsForHistory() {
+  const std::string found = run("ls -l /proc/[0-9]*/fd 2>/dev/null").out;
+  size_t users = 0;
+  for (size_t at = 0; (at = found.find(" -> /var/lib/kestrove/lock", at)) != std::string::npos; ++at) ++users;
+  return users > 1;
+}
+
+// The time that a change waits for another one counts, so that the bar is due with the first step.
+TEST_F(CtlApplyTest, ABarShowsHowFarALongScriptIsOnATerminalAlone) {
+  ASSERT_EQ(0, ctl("set sysName start").status);
+  writeFile(kFile, "set mtu WAN 1400\nset mtu LAN 1400\nrule add 1 -ipVersion Any -proto UDP -d\n");
+  const std::optional<ctl::Home> home = ctl::Home::find();
+  ASSERT_TRUE(home);
+  std::optional<ctl::HomeLock> lock = ctl::HomeLock::wait(*home, 10);
+  ASSERT_TRUE(lock);
+  Terminal terminal({"apply", kFile});
+  for (int i = 0; i < 1000 && !anotherWaitsForHistory(); ++i) usleep(10000);
+  ASSERT_TRUE(anotherWaitsForHistory());
+  usleep(600000);
+  lock.reset();
+  EXPECT_TRUE(terminal.says("[..............................] 0 of 3")) << terminal.heard();
+  EXPECT_TRUE(terminal.says("\r\x1b[K")) << "it is taken away again";
+  EXPECT_TRUE(terminal.says("3 settings changed"));
+  EXPECT_EQ(0, terminal.end());
+}
+
+int newestRevision() { return ctl("--json history 1").json()[0]["revision"]; }
+
+TEST_F(CtlApplyTest, ARollbackBehindAReplacementIsTheStoreBefore) {
+  ASSERT_EQ(0, ctl("set sysName start").status);
+  unsigned kept = 0;
+  for (unsigned seed = 0; seed < scriptRounds(3); ++seed) {
+    SCOPED_TRACE(seed);
+    const bool modes = seed % 4 == 3;
+    const std::string first = drawScript(seed + 500000), second = drawScript(seed + 600000);
+    apply("set mtu WAN 1500\n" + (modes ? first : withoutModes(first)), "--skip-refused --replace");
+    const std::vector<ctl::SettingLine> before = settings();
+    const int revision = newestRevision();
+    const Ran replaced =
+        apply("set mtu WAN 1400\n" + (modes ? second : withoutModes(second)), "--skip-refused --replace");
+    EXPECT_NE(before, settings());
+    const Ran back = ctl("rollback " + std::to_string(revision));
+    if (back.status == 9) continue;  // the kernel refuses an address that went with its interface
+    ++kept;
+    EXPECT_EQ(0, back.status) << back.err << replaced.out;
+    EXPECT_EQ("", differenceText(ctl::compare(before, settings()), false)) << first << "---\n" << second;
+    EXPECT_EQ(before, settings());
+    if (HasFailure()) return;
+  }
+  EXPECT_GE(kept, scriptRounds(3) / 2) << "rounds in which the kernel took everything";
 }
 
 }  // namespace

@@ -206,6 +206,9 @@ TEST_F(CtlConfirmTest, WhatOnlyReadsTakesNone) {
   Ran ran = ctl("user passwd alice --confirm 5");
   EXPECT_EQ(2, ran.status);
   EXPECT_THAT(ran.err, HasSubstr("cannot be taken back"));
+  for (const char* option : {"--comment x", "--confirm 5"}) {
+    EXPECT_EQ(2, ctl(std::string("stats reset ") + option).status) << "no revision has it";
+  }
   EXPECT_EQ(2, ctl("set wanLinkRate 3072000 --confirm 0").status);
   EXPECT_EQ(kBefore, shm->config.wanLinkRate);
 }

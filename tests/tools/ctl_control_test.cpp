@@ -203,6 +203,20 @@ TEST_F(CtlResetTest, EverythingGoesAndTheApplianceRestarts) {
   EXPECT_FALSE(fileLockHeld());
 }
 
+TEST_F(CtlResetTest, ItsRevisionIsWhatTheNextStartHas) {
+  ASSERT_EQ(0, ctl("factory-reset --yes --no-reboot --comment 'sold on'").status);
+  const Json newest = ctl("--json history 1").json()[0];
+  EXPECT_EQ("factory-reset --yes --no-reboot", newest["command"]);
+  EXPECT_EQ("sold on", newest["comment"]);
+  const Json shown = ctl("--json history show " + newest["revision"].dump()).json();
+  EXPECT_THAT(shown["diff"]["after"].dump(), HasSubstr("from the factory"));
+  ASSERT_EQ(0, run("shm-init --replace --config " + std::string(kFile)).status);
+  shm_detach();
+  shm = nullptr;
+  ASSERT_EQ(0, ctl("set sysName sold").status);
+  EXPECT_EQ(newest["revision"], ctl("--json history").json()[1]["revision"]) << "nothing came from outside";
+}
+
 TEST_F(CtlResetTest, UsersMayStay) {
   Ran ran = ctl("--json factory-reset --keep-users --yes");
   EXPECT_EQ(0, ran.status) << ran.err;

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <string.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -11,6 +12,7 @@
 
 #include "tests/support/ports.h"
 #include "tests/tools/programs.h"
+#include "tools/ctl/history/changing.h"
 #include "tools/ctl/place.h"
 #include "tools/ctl/reference.h"
 #include "tools/ctl/shape.h"
@@ -127,15 +129,29 @@ void compare(const RunLine& line, const Json& printed) {
   }
 }
 
+// A command that takes --comment has made a revision, or says that it had none to make. Some change nothing here.
+std::string commented(const RunLine& line) {
+  const ctl::Command* row = outermostRow(line.words);
+  const bool asksElse = line.words.find("--") != std::string::npos;
+  return line.words + (row && ctl::keepsRevision(*row) && line.status == 0 && !asksElse ? " --comment kept" : "");
+}
+
+bool changesNothing(const RunLine& line, const Json& printed) {
+  const bool left = printed.is_object() && printed.value("done", "").find("left as it is") != std::string::npos;
+  return (left && commented(line) != line.words) || line.words == "state load";
+}
+
 void runAndCompare(const RunLine& line) {
   if (line.prepares) {
     EXPECT_EQ(0, run(line.words).status) << line.place;
     return;
   }
   const bool traced = line.words.starts_with("explain");
-  const Ran ran = traced ? tracedCtl("--json " + line.words) : ctl("--json " + line.words, line.input);
+  const Ran ran = traced ? tracedCtl("--json " + line.words) : ctl("--json " + commented(line), line.input);
   EXPECT_EQ(line.status, ran.status) << line.place << ": " << line.words << "\n" << ran.out << ran.err;
   const Json whole = ran.json();
+  EXPECT_EQ(changesNothing(line, whole), ran.err.find("nothing was changed: ") != std::string::npos)
+      << line.place << ": " << line.words << ": " << ran.err;
   if (!whole.is_discarded()) return compare(line, whole);
   std::istringstream lines(ran.out);
   for (std::string one; std::getline(lines, one);) {
@@ -147,6 +163,32 @@ void runAndCompare(const RunLine& line) {
 
 TEST_P(CtlJsonTest, EveryCommandPrintsItsShape) {
   for (const RunLine& line : linesOf(std::string(KESTROVE_RUNS) + "/" + GetParam() + ".runs")) runAndCompare(line);
+}
+
+// The list that a program reads as records.
+bool isList(const ctl::Command* row) {
+  return row && !row->changes && std::string_view(ctl::shapeOf(*row)).starts_with("[");
+}
+
+size_t linesIn(const std::string& text) { return static_cast<size_t>(std::count(text.begin(), text.end(), '\n')); }
+
+TEST_P(CtlJsonTest, EveryListIsARecordALineForScripts) {
+  for (const RunLine& line : linesOf(std::string(KESTROVE_RUNS) + "/" + GetParam() + ".runs")) {
+    if (line.prepares) run(line.words);
+    const ctl::Command* row = line.prepares ? nullptr : outermostRow(line.words);
+    if (!isList(row)) continue;
+    const std::string field = ctl::fieldsIn(ctl::parseShape(ctl::shapeOf(*row))).front();
+    const Json records = ctl("--json " + line.words).json();
+    if (!records.is_array()) continue;
+    const Ran terse = ctl("--terse --fields " + field + " " + line.words);
+    EXPECT_EQ(line.status, terse.status) << line.place << ": " << terse.err;
+    EXPECT_EQ(records.size(), linesIn(terse.out)) << line.place << ": " << line.words << "\n" << terse.out;
+    const Ran whole = ctl("--terse " + line.words);
+    EXPECT_EQ(records.size(), linesIn(whole.out)) << line.place << ": " << whole.out;
+    const Ran table = ctl("--fields " + field + " " + line.words);
+    EXPECT_EQ(line.status, table.status) << line.place << ": " << table.err;
+    EXPECT_EQ(2, ctl("--fields nosuchfield " + line.words).status) << line.place;
+  }
 }
 
 std::vector<std::string> familyNames() {

@@ -159,6 +159,20 @@ TEST_F(CtlLoadTest, ARestoredStateTakesEffectLaterOrAtOnce) {
   EXPECT_EQ(2048000, ctl("--json show wanLinkRate").json()[0]["value"]);
 }
 
+TEST_F(CtlLoadTest, AStateThatTakesEffectAtOnceIsARevision) {
+  ASSERT_EQ(0, ctl("set wanLinkRate 2048000").status);
+  ASSERT_EQ(0, ctl("state save").status);
+  ASSERT_EQ(0, ctl("set wanLinkRate 3072000").status);
+  ASSERT_EQ(0, ctl("state load --now --comment back").status);
+  ASSERT_EQ(0, ctl("set wanLinkRate 4096000").status);
+  const Json rows = ctl("--json history").json();
+  EXPECT_EQ("state load --now", rows[1]["command"]);
+  EXPECT_EQ("back", rows[1]["comment"]);
+  EXPECT_EQ("set wanLinkRate 3072000", rows[2]["command"]) << "nothing came from outside";
+  EXPECT_THAT(ctl("history show " + rows[1]["revision"].dump()).out, HasSubstr("+set wanLinkRate 2048000"));
+  EXPECT_THAT(ctl("state load --comment later").err, HasSubstr("nothing was changed: there is nothing for --comment"));
+}
+
 TEST_F(CtlLoadTest, ThePlatformOutlivesTheRebuilding) {
   shm->config.hardwarePlatform = 3;
   shm->config.ipv6Support = SHM_ON;

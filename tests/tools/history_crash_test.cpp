@@ -94,6 +94,39 @@ TEST_F(HistoryCrashTest, ARollbackKilledAnywhereIsWhole) {
   EXPECT_GT(struck, ended);
 }
 
+// Some hundred calls before the journal, on the copy that the script is tried on, and as many behind it.
+TEST_F(HistoryCrashTest, AnApplyKilledAnywhereIsWhole) {
+  static constexpr char kScript[] = "/tmp/script";
+  writeFile(kScript, "set wanLinkRate 3072000\nroute add 172.20.0.0/16 192.168.10.3 --disabled\n");
+  ASSERT_EQ(0, ctl("set wanLinkRate " + std::to_string(kOld)).status);  // 2
+  ASSERT_EQ(0, run("cp -r /var/lib/kestrove /tmp/kept").status);
+  int ended = 0;
+  int struck = 0;
+  sweepFaults(
+      {kKilled},
+      [] {
+        command({"rollback", "2"});
+        run("rm -rf /var/lib/kestrove; cp -r /tmp/kept /var/lib/kestrove");
+      },
+      [] {
+        return command({"apply", kScript});
+      },
+      [&](const Strike&, const Aftermath&) {
+        ++struck;
+        const bool begun = fileExists(kJournal);
+        const Ran ran = next();
+        expectWhole();
+        if (!begun) return;
+        ++ended;
+        EXPECT_EQ(kNew, rate());
+        EXPECT_THAT(ran.err, HasSubstr("'apply /tmp/script' of"));
+      },
+      crashStride(11));
+  printf("%d kills, %d of them with a journal\n", struck, ended);
+  EXPECT_GT(ended, 0);
+  EXPECT_GT(struck, ended);
+}
+
 TEST_F(HistoryCrashTest, AChangeToBeConfirmedKilledAnywhereIsBackOrWaits) {
   ASSERT_EQ(0, ctl("set wanLinkRate " + std::to_string(kOld)).status);
   sweepFaults(

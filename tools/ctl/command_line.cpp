@@ -7,6 +7,7 @@
 #include "tools/common/version_text.h"
 #include "tools/ctl/exit_codes.h"
 #include "tools/ctl/history/changing.h"
+#include "tools/ctl/history/recording.h"
 #include "tools/ctl/place.h"
 #include "tools/ctl/reference.h"
 #include "tools/ctl/script/help_text.h"
@@ -137,10 +138,13 @@ void runRow(const Session& session, const Command& row, const Given& given) {
   requireOutput(session, row);
   Session own = session;
   own.changes = row.changes;
+  own.keepsRevision = keepsRevision(row);
   if (session.readsOnly && (row.changes || row.secret || row.hidden || namesFile(row, given))) {
     throw Refusal(kNotPermitted, session.readsOnly);
   }
+  Recording::forget();
   row.run(own, given);
+  tellUnkept(own);
 }
 
 void describeProgram(CLI::App& app, Session& session) {

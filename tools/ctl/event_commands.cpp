@@ -55,7 +55,8 @@ void clear(const Session& session) {
   errno = 0;
   shm_errno = SHM_OK;
   if (clearEventLog(session.source, session.userName()) != 0) {
-    throw Refusal(kNotSaved, "the event log is cleared, not saved: " + reasonText(), static_cast<int>(shm_errno));
+    throw Refusal(kNotSaved, "the event log is cleared, not saved: " + reasonText(), static_cast<int>(shm_errno),
+                  reasonError());
   }
   session.done("event log cleared");
 }

@@ -32,7 +32,7 @@ namespace {
 // appliance's would. In a process of its own: some failures of the library are fatal to their caller.
 void bringUpAppliance() {
   pid_t child = fork();
-  if (child == -1) throw Refusal(kSystem, std::string("fork: ") + strerror(errno));
+  if (child == -1) throw Refusal(kSystem, std::string("fork: ") + strerror(errno), -1, errno);
   if (child == 0) powerOn();
   int status = 0;
   while (waitpid(child, &status, 0) == -1 && errno == EINTR) {

@@ -5,16 +5,20 @@
 #include <cerrno>
 
 #include "kestrove/kestrove.h"
+#include "tools/common/hold.h"
 #include "tools/common/plain_text.h"
 #include "tools/ctl/ask.h"
 #include "tools/ctl/commands.h"
 #include "tools/ctl/event_rows.h"
 #include "tools/ctl/history/pending.h"
+#include "tools/ctl/history/recording.h"
 #include "tools/ctl/reading.h"
+#include "tools/ctl/settings/image.h"
 
 namespace ctl {
 namespace {
 
+constexpr char kNothing[] = "/dev/null";
 constexpr char kMarker[] = "/var/etc/config/configured";
 constexpr const char* kAgentFiles[] = {"/var/config/snmpd.conf", "/var/net-snmp/snmpd.conf"};
 
@@ -87,6 +91,17 @@ void giveBack() {
   }
 }
 
+// The store as it is: what a start makes of the files that are left comes with the next one, and history is ahead of
+// it.
+Recorded record(const Session& session, Recording& recording) {
+  const std::string path = text(shm->config.configFileName);
+  try {
+    return recording.finish(*fileImage(session, there(path) ? path : kNothing));
+  } catch (const Refusal& refusal) {
+    return {.missing = refusal.what(), .pending = {}};
+  }
+}
+
 void restart(const Session& session) {
   const int result = reboot(session.source, session.userName());
   giveBack();
@@ -108,7 +123,15 @@ void factoryReset(const Session& session, const ResetLine& line) {
   const Json goes = gather(session, [&line] { return whatGoes(line); });
   if (!line.yes) tellWhatGoes(goes, line);
   requireAgreement(line.yes, "factory-reset", line.noReboot ? "Do it?" : "Do it and restart the appliance?");
+  Recording recording(session);
+  {
+    awaitLock(session);
+    const tools::Hold hold;
+    if (!hold) throw refusal("the store cannot be locked");
+    recording.begin();
+  }
   reset(session, line);
+  record(session, recording).warn();
   if (line.noReboot) giveBack();
   if (!line.noReboot) restart(session);
   const std::string what = std::string("factory defaults restored; ") +

@@ -36,7 +36,7 @@ ShmData* makeStore() {
   const int id = shmget(SHM_KEY, SHM_SIZE, IPC_CREAT | IPC_EXCL | 0666);
   void* segment = id == -1 ? reinterpret_cast<void*>(-1) : shmat(id, nullptr, 0);
   if (segment == reinterpret_cast<void*>(-1) || create_lock_file() != 0) {
-    throw Refusal(kSystem, std::string("copy of the store: ") + strerror(errno));
+    throw Refusal(kSystem, std::string("copy of the store: ") + strerror(errno), -1, errno);
   }
   return static_cast<ShmData*>(segment);
 }

@@ -68,6 +68,7 @@ struct Session {
   double waitSeconds = 10;          // for the store's lock
   const char* readsOnly = nullptr;  // why this session may change nothing; null where it may
   bool changes = true;              // whether the command that runs is one that does
+  bool keepsRevision = true;        // and whether history is to have it
   std::string comment;              // of the revision that a change makes
   double confirmMinutes = -1;       // after which an unconfirmed change goes back; negative: it stays
   std::vector<std::string> words;   // of the command, as they were given

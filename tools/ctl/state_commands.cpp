@@ -4,12 +4,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <optional>
 #include <sstream>
 #include <vector>
 
 #include "kestrove/kestrove.h"
+#include "tools/common/hold.h"
 #include "tools/common/program.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/history/recording.h"
 
 namespace ctl {
 namespace {
@@ -115,6 +118,24 @@ std::vector<std::string> rebuildingLine(const std::string& program) {
   return line;
 }
 
+// What the old store held, before it goes: where the recording ends there is another one.
+void begin(const Session& session, Recording& recording) {
+  awaitLock(session);
+  const tools::Hold hold;
+  if (!hold) throw refusal("the store cannot be locked");
+  recording.begin();
+}
+
+Recorded recordedIn(const Session& session, Recording& recording) {
+  shm_detach();
+  shm = nullptr;
+  attachStore(session);
+  awaitLock(session);
+  const tools::Hold hold;
+  if (!hold) throw refusal("the store cannot be locked");
+  return recording.finish();
+}
+
 // The programs that hold the old store are restarted as after a start of the appliance.
 void rebuild() {
   const std::string program = tools::findProgram("shm-init", "../bin");
@@ -138,18 +159,24 @@ struct LoadLine {
 void load(const Session& session, const LoadLine& line) {
   requireStore(session);
   const std::string archive = onlyArchive();
+  std::optional<Recording> recording;
+  if (line.now) begin(session, recording.emplace(session));
   awaitLock(session);
   accept(shm_lock(), "lock");
   shm_unlock();
   if (loadSystemState(session.source, session.userName()) != 0) {
     throw Refusal(kSystem, "the state was not restored wholly; syslog names the command that failed");
   }
+  Recorded recorded;
   if (line.now) rebuild();
+  if (line.now) recorded = recordedIn(session, *recording);
+  recorded.warn();
   session.done("restored " + archive +
                (line.now
                     ? "; the store is built anew from it"
                     : "; it takes effect when the store is next built, and the next change overwrites the restored "
                       "configuration file with what the store holds now (state load --now builds it at once)"));
+  if (!recorded.missing.empty()) throw Refusal(kNotSaved, "");
 }
 
 }  // namespace

@@ -124,7 +124,7 @@ void saveNow(Json& result) {
   shm_errno = SHM_OK;
   errno = 0;
   const bool saved = save_shared_memory() == 0 && shm_errno == SHM_OK;
-  if (!saved) result["error"] = errorJson(kNotSaved, reasonText(), static_cast<int>(shm_errno));
+  if (!saved) result["error"] = errorJson({kNotSaved, reasonText(), static_cast<int>(shm_errno), reasonError()});
 }
 
 // The settings that a restart would not bring back; null where the file cannot be read.

@@ -82,7 +82,7 @@ void save(const Session& session) {
   if (result == 0 && shm_errno == SHM_OK) return session.done("saved " + path);
   const Refusal reason = errno != 0 ? systemRefusal(path, errno) : refusal(path);
   if (reason.exit() == kNotPermitted) throw Refusal(reason);
-  throw Refusal(kNotSaved, std::string("not saved: ") + reason.what(), static_cast<int>(shm_errno));
+  throw Refusal(kNotSaved, std::string("not saved: ") + reason.what(), static_cast<int>(shm_errno), reason.error());
 }
 
 void check(const Session& session) {

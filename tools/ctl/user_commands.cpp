@@ -110,7 +110,7 @@ void acceptPassword(int result, const std::string& what) {
   const Refusal refused = refusal(what);
   const bool near = refused.code() == SHM_EPASSWORD;
   throw Refusal(kRefused, near ? what + ": " + kDistanceRule : std::string(refused.what()) + "; " + kPasswordRule,
-                refused.code());
+                refused.code(), refused.error());
 }
 
 UserAccount newAccount(const UserLine& line) {
@@ -158,7 +158,7 @@ void remove(const Session& session, const UserLine& line) {
   if (result < 0 && !inStore(name)) {
     throw Refusal(kNotSaved,
                   name + ": gone from the store, but its password line stays and nothing is saved: " + reasonText(),
-                  static_cast<int>(shm_errno));
+                  static_cast<int>(shm_errno), reasonError());
   }
   if (change.made(result, name) != 1) throw refusal(name);
   change.done("user " + name + " removed");
@@ -190,7 +190,8 @@ bool appendPasswordLine(const std::string& line) {
     left += "; the password line is lost";
   }
   explicit_bzero(hash, sizeof hash);
-  throw Refusal(reason.exit(), reason.what() + (left.empty() ? "; the old password stays" : left), reason.code());
+  throw Refusal(reason.exit(), reason.what() + (left.empty() ? "; the old password stays" : left), reason.code(),
+                reason.error());
 }
 
 // The library has no change of password: the user is removed and added with the same record.

@@ -4,20 +4,32 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tools/ctl/history/recording.h"
+
 namespace ctl {
 namespace {
 
-// What these change does not come back, or is no setting.
-constexpr const char* kForGood[] = {"clock set",     "configuration-mode enter",
-                                    "confirm",       "configuration-mode leave",
-                                    "dhcp",          "debug-mode enter",
-                                    "events clear",  "debug-mode leave",
-                                    "factory-reset", "notifications set",
-                                    "poweroff",      "reboot",
-                                    "route freshen", "route6 freshen",
-                                    "save",          "state load",
-                                    "state save",    "stats reset",
-                                    "user passwd"};
+// What these change is no setting: no revision has it.
+constexpr const char* kWithoutRevision[] = {"clock set",
+                                            "configuration-mode enter",
+                                            "configuration-mode leave",
+                                            "confirm",
+                                            "confirm-watch",
+                                            "debug-mode enter",
+                                            "debug-mode leave",
+                                            "dhcp",
+                                            "events clear",
+                                            "notifications set",
+                                            "poweroff",
+                                            "reboot",
+                                            "route freshen",
+                                            "route6 freshen",
+                                            "save",
+                                            "state save",
+                                            "stats reset"};
+
+// What a revision has and nothing brings back: passwords, files, a whole store.
+constexpr const char* kForGood[] = {"factory-reset", "state load", "user passwd"};
 
 std::string textOf(const Command& row) {
   std::string text;
@@ -25,13 +37,16 @@ std::string textOf(const Command& row) {
   return text;
 }
 
-bool forGood(const Command& row) {
-  return std::find(std::begin(kForGood), std::end(kForGood), textOf(row)) != std::end(kForGood);
+template <size_t N>
+bool isOneOf(const char* const (&names)[N], const Command& row) {
+  return std::find(std::begin(names), std::end(names), textOf(row)) != std::end(names);
 }
 
 }  // namespace
 
-bool canBeTakenBack(const Command& row) { return row.changes && !forGood(row); }
+bool keepsRevision(const Command& row) { return row.changes && !isOneOf(kWithoutRevision, row); }
+
+bool canBeTakenBack(const Command& row) { return keepsRevision(row) && !isOneOf(kForGood, row); }
 
 void refuseKeeping(const Session& session, const Command& row) {
   const bool confirm = session.confirmMinutes >= 0;
@@ -41,9 +56,16 @@ void refuseKeeping(const Session& session, const Command& row) {
     throw Refusal(kUsage, option + " goes with a command that changes something, not with " + textOf(row));
   }
   if (confirm && !session.toBeConfirmed()) throw Refusal(kUsage, "--confirm takes a time above 0 minutes");
-  if (confirm && forGood(row)) {
+  if (confirm && !canBeTakenBack(row)) {
     throw Refusal(kUsage, textOf(row) + " cannot be taken back: it takes no --confirm");
   }
+  if (!keepsRevision(row)) throw Refusal(kUsage, textOf(row) + " leaves no revision: it takes no --comment");
+}
+
+void tellUnkept(const Session& session) {
+  if (Recording::any() || (session.comment.empty() && !session.toBeConfirmed())) return;
+  warn(std::string("nothing was changed: there is nothing for ") +
+       (session.toBeConfirmed() ? "--confirm" : "--comment"));
 }
 
 }  // namespace ctl

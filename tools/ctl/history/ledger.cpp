@@ -29,7 +29,7 @@ std::string fingerprintOf(const ShmData& store) {
   return mixer.text();
 }
 
-std::string runningBody() { return bodyOf(settingLines(*shm)); }
+std::string runningBody(const ShmData& store) { return bodyOf(settingLines(store)); }
 
 void Ledger::open(const Home* home) {
   fingerprint_ = fingerprintOf(*shm);
@@ -55,18 +55,20 @@ const std::string& Ledger::aim(const Image& target) {
   return aimedBody_;
 }
 
-bool Ledger::changed() {
-  if (fingerprintOf(*shm) == fingerprint_) return false;
-  after_ = bodyBehind();
+bool Ledger::changed(const ShmData& store) {
+  if (fingerprintOf(store) == fingerprint_) return false;
+  after_ = bodyBehind(store);
   return sumOf(after_) != sum_;
 }
 
 // Most changes arrive where they aimed; that is seen sooner than all of it is written down again.
-std::string Ledger::bodyBehind() const { return aim_ && compare(*shm, **aim_).empty() ? aimedBody_ : runningBody(); }
+std::string Ledger::bodyBehind(const ShmData& store) const {
+  return aim_ && compare(store, **aim_).empty() ? aimedBody_ : runningBody(store);
+}
 
-int Ledger::close(const Home* home, const Revision& revision) {
-  if (after_.empty()) after_ = bodyBehind();
-  return add(home, revision, after_, fingerprintOf(*shm));
+int Ledger::close(const Home* home, const Revision& revision, const ShmData& store) {
+  if (after_.empty()) after_ = bodyBehind(store);
+  return add(home, revision, after_, fingerprintOf(store));
 }
 
 int Ledger::add(const Home* home, const Revision& revision, const std::string& body, const std::string& fingerprint) {

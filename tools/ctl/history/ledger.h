@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "kestrove/segment.h"
 #include "tools/ctl/history/revisions.h"
 #include "tools/ctl/settings/image.h"
 
@@ -20,9 +21,9 @@ class Ledger {
   // The settings that the change is to lead to, as they stand in a file.
   const std::string& aim(const Image& target);
   // Behind it, still held: whether a setting is another one.
-  bool changed();
+  bool changed(const ShmData& store = *shm);
   // Notes the change; its number, or 0 where it could not be written.
-  int close(const Home* home, const Revision& revision);
+  int close(const Home* home, const Revision& revision, const ShmData& store = *shm);
 
   const std::string& before() const { return before_; }    // the settings in front of the change
   const std::string& missing() const { return missing_; }  // why a revision could not be written
@@ -30,7 +31,7 @@ class Ledger {
  private:
   int add(const Home* home, const Revision& revision, const std::string& body, const std::string& fingerprint);
 
-  std::string bodyBehind() const;
+  std::string bodyBehind(const ShmData& store) const;
 
   std::optional<Image> aim_;
   std::string aimedBody_;
@@ -41,6 +42,6 @@ class Ledger {
   std::string missing_;
 };
 
-std::string runningBody();
+std::string runningBody(const ShmData& store = *shm);
 
 }  // namespace ctl

@@ -23,6 +23,7 @@ constexpr char kWithin[] = "KESTROVE_CHANGE";
 constexpr double kNanosecondsOfMinute = 60e9;
 
 int running = 0;
+bool made = false;
 
 bool withinAnother() {
   const char* pid = getenv(kWithin);
@@ -64,13 +65,18 @@ PartOfAnother::~PartOfAnother() {
 }
 bool PartOfAnother::any() { return running > 0; }
 
+bool Recording::any() { return made; }
+void Recording::forget() { made = false; }
+
 Recording::Recording(const Session& session) : session_(session), inert_(PartOfAnother::any() || keepsNothing()) {
+  if (!session.keepsRevision) inert_ = true;
+  made = made || session.keepsRevision;
   if (!inert_) lock();
   others_.emplace();
 }
 
 Recording::~Recording() {
-  if (begun_) {
+  if (begun_ && shm) {
     try {
       const Recorded recorded = finish();
       recorded.warn();
@@ -176,13 +182,15 @@ Revision Recording::revision() const {
           .command = commandText(session_.words)};
 }
 
-Recorded Recording::finish() {
+Recorded Recording::finish() { return finish(*shm); }
+
+Recorded Recording::finish(const ShmData& store) {
   Recorded recorded;
   if (!begun_) return recorded;
   begun_ = false;
-  const bool changed = ledger_.changed();
+  const bool changed = ledger_.changed(store);
   if (changed || always_) {
-    recorded.revision = ledger_.close(home_ ? &*home_ : nullptr, revision());
+    recorded.revision = ledger_.close(home_ ? &*home_ : nullptr, revision(), store);
     recorded.missing = missing_.empty() ? ledger_.missing() : missing_;
   }
   if (changed && entry_.stage == Stage::kTrying && journaled_) {

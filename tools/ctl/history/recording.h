@@ -35,6 +35,11 @@ class PartOfAnother {
 
 class Recording {
  public:
+  // Whether this command has made one, or is part of one.
+  static bool any();
+  // In front of the next command.
+  static void forget();
+
   // In front of the store's lock: waits for the lock of the folder, finishes what a dead command left, and refuses a
   // second confirmation. Within a command that is recorded already nothing more is recorded.
   explicit Recording(const Session& session);
@@ -49,8 +54,9 @@ class Recording {
   void aim(const Image& target);
   // A change of something that no setting shows.
   void always() { always_ = true; }
-  // Behind the change, with the store still held.
+  // Behind the change, with the store still held; it may be another store by now, or one that is yet to come.
   Recorded finish();
+  Recorded finish(const ShmData& store);
 
  private:
   void lock();

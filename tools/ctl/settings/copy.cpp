@@ -91,7 +91,9 @@ void layOutStore(const Image& start) {
 }
 
 Json reportOf(const Refusal& refusal) {
-  return {{"refused", {{"exit", +refusal.exit()}, {"message", refusal.what()}, {"code", refusal.code()}}}};
+  return {
+      {"refused",
+       {{"exit", +refusal.exit()}, {"message", refusal.what()}, {"code", refusal.code()}, {"errno", refusal.error()}}}};
 }
 
 struct Inside {
@@ -158,7 +160,7 @@ Json resultOf(const Json& report) {
   if (!report.contains("refused")) return report.at("result");
   const Json& refused = report.at("refused");
   throw Refusal(static_cast<Exit>(refused.at("exit").get<int>()), refused.at("message").get<std::string>(),
-                refused.at("code").get<int>());
+                refused.at("code").get<int>(), refused.at("errno").get<int>());
 }
 
 }  // namespace

@@ -39,7 +39,7 @@ constexpr int kOptions = PTRACE_O_TRACEFORK | PTRACE_O_TRACEVFORK | PTRACE_O_TRA
 constexpr int kSignalled = 128;
 
 [[noreturn]] void refuse(const std::string& what, int error) {
-  throw Refusal(kSystem, "tracing: " + what + ": " + strerror(error));
+  throw Refusal(kSystem, "tracing: " + what + ": " + strerror(error), -1, error);
 }
 
 // Ends with the error's number where it cannot become the program.
