@@ -17,7 +17,7 @@ install(TARGETS kestrove LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/kestrove DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 if(TARGET kestrovectl)
-  install(TARGETS kestrovectl kestrove-sim shm-init RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS kestrovectl kestrove-monitor kestrove-sim shm-init RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(FILES tools/ctl/shell/completion.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
           RENAME kestrovectl)
 endif()

@@ -57,6 +57,17 @@ TEST_F(MonitorProgramTest, AServerThatSomebodyElseStartedIsNotStartedTwice) {
   EXPECT_TRUE(eventually([&] { return slot(SHM_TASK_SSHD) == server.pid(); }));
 }
 
+TEST_F(MonitorProgramTest, AServerWithoutACommandIsWatchedAlone) {
+  std::filesystem::copy("/bin/sleep", "/tmp/sshd");
+  Program server({"/tmp/sshd", "1000"});
+  writeFile("/run/sshd.pid", std::to_string(server.pid()) + "\n");
+  ASSERT_TRUE(eventually([] { return processesNamed("sshd").size() == 1; }));
+  start({"--task", "sshd="});
+  EXPECT_TRUE(eventually([&] { return slot(SHM_TASK_SSHD) == server.pid(); }));
+  server.end(SIGKILL);
+  EXPECT_TRUE(eventually([] { return slot(SHM_TASK_SSHD) == 0; }));
+}
+
 TEST_F(MonitorProgramTest, SlotZeroIsWrittenToo) {
   shm->config.snmpOperState = SHM_ON;
   start({"--task", "snmpd=/bin/sleep 1000"});

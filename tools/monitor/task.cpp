@@ -45,7 +45,7 @@ void Task::look(Milliseconds now) {
 }
 
 void Task::lookAtProcess(Milliseconds now) {
-  if (state_ != State::kEnding && wanted() == Wanted::kOff) end(now, SIGTERM);
+  if (state_ != State::kEnding && !command_.empty() && wanted() == Wanted::kOff) end(now, SIGTERM);
   if (state_ == State::kEnding && now >= since_ + around_.limits.end) end(now, SIGKILL);
   if (state_ == State::kEnding) return at(since_ + around_.limits.end);
   lookAtSlot(now);
