@@ -19,7 +19,7 @@ install(DIRECTORY include/kestrove DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPO
 include(Package)
 
 if(TARGET kestrovectl)
-  install(TARGETS kestrovectl kestrove-sim shm-init RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS kestrovectl kestrove-monitor kestrove-sim shm-init RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(FILES tools/ctl/shell/completion.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
           RENAME kestrovectl)
 endif()

@@ -55,7 +55,7 @@ constexpr Tool kTools[] = {
     {"/sbin/shutdown", Deed::kRecord, Deed::kRecord},
 };
 
-constexpr const char* kBuilt[] = {"/bin/shm-init", "/bin/kestrovectl", "/bin/kestrove-sim"};
+constexpr const char* kBuilt[] = {"/bin/shm-init", "/bin/kestrovectl", "/bin/kestrove-monitor", "/bin/kestrove-sim"};
 
 constexpr const char* kMachinePaths[] = {"/usr/local/sbin/", "/usr/local/bin/", "/usr/sbin/",
                                          "/usr/bin/",        "/sbin/",          "/bin/"};

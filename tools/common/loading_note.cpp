@@ -4,10 +4,10 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstring>
 
 #include "kestrove/items.h"
 #include "kestrove/segment.h"
+#include "tools/common/process_time.h"
 
 namespace tools {
 namespace {
@@ -19,23 +19,6 @@ struct Loader {
   unsigned long long startTime = 0;  // tells a reused process id from the loader
   uint32_t state = 0;
 };
-
-// Field 22 of /proc/PID/stat, counted behind the name, which may hold blanks and brackets. 0 when there is none.
-unsigned long long startTimeOf(int pid) {
-  char path[64];
-  char stat[1024];
-  snprintf(path, sizeof path, "/proc/%d/stat", pid);
-  FILE* file = fopen(path, "re");
-  if (!file) return 0;
-  size_t length = fread(stat, 1, sizeof stat - 1, file);
-  fclose(file);
-  stat[length] = '\0';
-  const char* behindName = strrchr(stat, ')');
-  unsigned long long start = 0;
-  if (!behindName) return 0;
-  sscanf(behindName + 1, " %*c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %*u %*u %*d %*d %*d %*d %*d %*d %llu", &start);
-  return start;
-}
 
 bool readNote(Loader& loader) {
   FILE* file = fopen(kNote, "re");

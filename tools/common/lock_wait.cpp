@@ -122,6 +122,12 @@ LockAnswer waitForLock(double seconds) {
   return result == 0 ? LockAnswer{LockState::kFree, {}, 0} : tryLock();
 }
 
+void giveLockBack() {
+  struct flock request = wholeFile();
+  request.l_type = F_UNLCK;
+  fcntl(lockFile(), F_SETLK, &request);
+}
+
 std::string heldTooLong(const LockHolder& holder, double seconds) {
   char limit[32];
   snprintf(limit, sizeof limit, "%g", seconds);

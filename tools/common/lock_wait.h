@@ -43,6 +43,9 @@ LockAnswer tryLock();
 // The same, as long as it is held for up to that many seconds.
 LockAnswer waitForLock(double seconds);
 
+// Gives back what the two before have taken.
+void giveLockBack();
+
 // "the store is locked by process 12 (sleep), which is stopped; not free within 10 seconds (--wait)".
 std::string heldTooLong(const LockHolder& holder, double seconds);
 

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+// The monitor as a process of its own, beside the store.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/support/store.h"
+#include "tests/support/syslog.h"
+#include "tools/common/lock_wait.h"
+
+namespace kestrove::testing {
+
+using Words = std::vector<std::string>;
+
+constexpr int kPatience = 30000;  // milliseconds
+constexpr char kEngine[] = "kestrove=" KESTROVE_SIM " --interval 0";
+
+template <typename Condition>
+bool eventually(Condition condition) {
+  for (int waited = 0; waited < kPatience; waited += 5) {
+    if (condition()) return true;
+    usleep(5000);
+  }
+  return condition();
+}
+
+// Of one process: 0 and less would be groups of them.
+inline void strike(pid_t pid, int signal = SIGKILL) {
+  ASSERT_GT(pid, 1);
+  kill(pid, signal);
+}
+
+// A program as this process's child, ended with the object.
+class Program {
+ public:
+  explicit Program(Words words) : pid_(fork()) {
+    if (pid_ != 0) return;
+    std::vector<char*> arguments;
+    for (std::string& word : words) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    execv(arguments[0], arguments.data());
+    _exit(126);
+  }
+  ~Program() {
+    if (pid_ > 0) end(SIGKILL);
+  }
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+
+  pid_t pid() const { return pid_; }
+  bool lives() const { return waitpid(pid_, nullptr, WNOHANG) == 0; }
+  // Its exit status; -1 when a signal ended it.
+  int end(int signal = SIGTERM) {
+    strike(pid_, signal);
+    return status();
+  }
+  int status() {
+    int status = 0;
+    waitpid(pid_, &status, 0);
+    pid_ = 0;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+ private:
+  pid_t pid_;
+};
+
+inline bool lives(pid_t pid) { return pid > 1 && kill(pid, 0) == 0; }
+
+inline std::vector<pid_t> processesNamed(const std::string& name) {
+  std::vector<pid_t> found;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    const int pid = atoi(entry.path().filename().c_str());
+    if (pid > 0 && readFile(entry.path() / "comm") == name + "\n") found.push_back(pid);
+  }
+  return found;
+}
+
+class MonitorTest : public StoreTest {
+ protected:
+  void SetUp() override {
+    StoreTest::SetUp();
+    shm->config.kestroveOperState = SHM_ON;
+    shm->config.sshdOperState = shm->config.snmpOperState = shm->config.httpOperState = SHM_OFF;
+  }
+
+  // Without options the stand-in is its engine.
+  void start(Words options = {"--task", kEngine}) {
+    Words words = {KESTROVE_MONITOR, "--folder", "/tmp/monitor", "--metrics", "/tmp/metrics.prom", "--every", "1"};
+    words.insert(words.end(), options.begin(), options.end());
+    monitor_ = std::make_unique<Program>(words);
+  }
+  static pid_t slot(int task) { return shm->taskPids[task]; }
+  static pid_t engine() { return slot(SHM_TASK_ENGINE); }
+  // Another engine than that one has its slot.
+  static pid_t engineAfter(pid_t before) {
+    eventually([&] { return engine() != before && lives(engine()); });
+    return engine();
+  }
+  static bool said(const std::string& text) {
+    return eventually([&] { return times(text) > 0; });
+  }
+  static long times(const std::string& text) {
+    const auto lines = syslogLines();
+    return std::ranges::count_if(lines, [&](const std::string& line) { return line.find(text) != line.npos; });
+  }
+  static long events(uint32_t id) {
+    const auto& log = shm->eventLog.record;
+    return std::ranges::count_if(log, [&](const auto& record) { return record.eventId == id; });
+  }
+
+  std::unique_ptr<Program> monitor_;
+};
+
+// What a service manager hears.
+class ManagersEar {
+ public:
+  ManagersEar() : socket_(::socket(AF_UNIX, SOCK_DGRAM, 0)) {
+    struct sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    strcpy(address.sun_path, kPath);
+    unlink(kPath);
+    bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    struct timeval patience = {kPatience / 1000, 0};
+    setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    setenv("NOTIFY_SOCKET", kPath, 1);
+  }
+  ~ManagersEar() {
+    close(socket_);
+    unsetenv("NOTIFY_SOCKET");
+  }
+  std::string hear() const {
+    char words[256] = "";
+    const ssize_t length = recv(socket_, words, sizeof words - 1, 0);
+    return length < 0 ? "silence" : std::string(words, static_cast<size_t>(length));
+  }
+
+ private:
+  static constexpr char kPath[] = "/tmp/manager";
+  int socket_;
+};
+
+}  // namespace kestrove::testing

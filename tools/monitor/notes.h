@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+// Which processes the tasks were, for a monitor that comes after this one: a slot of the store holds a number alone,
+// and that may belong to another process by then.
+#pragma once
+
+#include <map>
+#include <string>
+
+namespace monitor {
+
+class Notes {
+ public:
+  explicit Notes(std::string path);
+
+  // When the process began that had this number in this slot; 0 where nothing is known of it.
+  unsigned long long since(int slot, int pid) const;
+  void note(int slot, int pid, unsigned long long since);
+  void forget(int slot);
+
+ private:
+  struct Line {
+    int pid = 0;
+    unsigned long long since = 0;
+  };
+  void write() const;
+
+  std::string path_;
+  std::map<int, Line> lines_;
+};
+
+}  // namespace monitor
