@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // kestrove-monitor: starts the engine and the servers, and again when they die.
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -69,13 +68,16 @@ void describe(CLI::App& app, Options& options) {
   app.add_flag("--misc", options.misc, "Be the task miscMonitor, which the monitor starts by itself");
 }
 
-// One monitor for a folder: the kernel drops the lock of one that dies.
+// One monitor for a folder: the kernel drops the lock of one that dies. A record lock: one of the open file would live
+// on in a task that was being started at that moment.
 Exit takePlace(const std::string& folder, kestrove::sys::Descriptor& place) {
   if (mkdir(folder.c_str(), 0755) != 0 && errno != EEXIST) return errno == EACCES ? kNotPermitted : kSystem;
   const std::string path = folder + "/monitor.lock";
   place = kestrove::sys::Descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (!place) return errno == EACCES ? kNotPermitted : kSystem;
-  return flock(place.get(), LOCK_EX | LOCK_NB) == 0 ? kDone : kAnother;
+  struct flock whole = {};
+  whole.l_type = F_WRLCK;
+  return fcntl(place.get(), F_SETLK, &whole) == 0 ? kDone : kAnother;
 }
 
 int watch(const Options& options) {
