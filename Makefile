@@ -21,7 +21,7 @@ test: ## every test, 64-bit, and 32-bit where its packages are or can be install
 	@if scripts/setup m32; then scripts/test dev m32; else echo "test: no 32-bit packages; 64-bit only"; scripts/test dev; fi
 
 test-sanitized: ## every test under ASan and UBSan; in 32-bit the tests of the library
-	@scripts/setup build tools sandbox test m32
+	@scripts/setup build tools sandbox test m32 python
 	@scripts/test asan m32-asan
 
 test-all: test test-sanitized ## the two together

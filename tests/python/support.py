@@ -15,10 +15,18 @@ PACKAGE = pathlib.Path(os.environ["PYTHONPATH"].split(":")[0]) / "kestrove"
 NEEDS_STORE = "import kestrove; kestrove.functions.getUserCount()"
 
 
+# What a sanitized library needs in this process is not for the start-up program and what that runs.
+_PLAIN = {name: value for name, value in os.environ.items() if name != "LD_PRELOAD"}
+
+
+def _start_up():
+    subprocess.run(["shm-init", "--replace"], check=True, capture_output=True, env=_PLAIN)
+
+
 def new_store():
     """A store of the examples' configuration, with nobody's changes in it."""
     shutil.copytree(EXAMPLES, "/etc/config", dirs_exist_ok=True)
-    subprocess.run(["shm-init", "--replace"], check=True, capture_output=True)
+    _start_up()
 
 
 def last_line(script, **environment):
@@ -33,7 +41,7 @@ def restarted():
     import kestrove  # pylint: disable=import-outside-toplevel
     kestrove.raw.shm_detach()
     kestrove.raw.delete_shared_memory()
-    subprocess.run(["shm-init", "--replace"], check=True, capture_output=True)
+    _start_up()
 
 
 class StoreTest(unittest.TestCase):
