@@ -38,7 +38,7 @@ std::vector<std::string> commandOfMisc(const Options& options) {
 }  // namespace
 
 Monitor::Monitor(const Options& options)
-    : options_(options), notes_(options.folder + "/monitor.tasks"), around_{store_, notes_, loop_, options.limits} {
+    : notes_(options.folder + "/monitor.tasks"), around_{store_, notes_, loop_, options.limits} {
   for (const TaskRow& row : taskTable()) tasks_.emplace_back(row, commandOf(row, options), around_);
   misc_ = &tasks_.emplace_back(kMisc, commandOfMisc(options), around_);
 }

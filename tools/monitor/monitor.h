@@ -25,7 +25,6 @@ class Monitor {
   Milliseconds pause(Milliseconds now) const;
   void leave();
 
-  const Options& options_;
   Manager manager_;
   Loop loop_;
   Store store_;

@@ -16,7 +16,7 @@ namespace {
 
 std::string taken(const char* name) {
   const char* value = getenv(name);
-  const std::string text = value ? value : "";
+  std::string text = value ? value : "";
   unsetenv(name);
   return text;
 }
