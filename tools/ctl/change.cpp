@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "kestrove/kestrove.h"
+#include "tools/ctl/held_look.h"
 
 namespace ctl {
 namespace {
@@ -21,6 +22,7 @@ Change::Change(const Session& session) : session_(session) {
   recording_.emplace(session);
   awaitLock(session);
   if (!hold_.emplace()) throw refusal("the store cannot be locked");
+  HeldLook::call(false);
   recording_->begin();
   shm_errno = SHM_OK;
   errno = 0;
@@ -70,6 +72,7 @@ Json Change::resultJson(Json result, const std::string& stored) const {
 }
 
 Recorded Change::giveBack() {
+  HeldLook::call(true);
   Recorded recorded = recording_->finish();
   hold_.reset();
   recording_.reset();

@@ -17,6 +17,7 @@
 #include "tools/common/plain_text.h"
 #include "tools/ctl/secret.h"
 #include "tools/ctl/shell/child.h"
+#include "tools/ctl/shell/credentials.h"
 #include "tools/ctl/shell/glance.h"
 
 namespace ctl {
@@ -24,7 +25,6 @@ namespace {
 
 constexpr double kLongestDelay = 30;
 constexpr size_t kLongestName = 255;
-constexpr char kNobody[] = "--";
 
 // "name", "!" for a failure, nothing for the end of input.
 constexpr char kFailed[] = "!";
@@ -49,31 +49,10 @@ std::optional<std::string> readName() {
   }
 }
 
-// The library takes the beginning of a name and an empty password for a question whether there is such a user.
-bool authentic(const Session& session, const std::string& name, const Secret& password) {
-  requireStore(session);
-  UserAccount account;
-  const bool known = !name.empty() && getUserAccount(name.c_str(), &account) == 0;
-  awaitLock(session);
-  const bool right = authenticateUser(known ? name.c_str() : kNobody, password.text()) == 1;
-  return known && right && !password.empty();
-}
-
-// A name that is not in the store may be a password that was typed too early.
-void logFailure(const Session& session, const std::string& name) {
-  UserAccount account;
-  const bool known = !name.empty() && getUserAccount(name.c_str(), &account) == 0;
-  awaitLock(session);
-  logEvent(SHM_EVENT_CLI_LOGIN_FAILED, SHM_SOURCE_SERIAL, known ? name.c_str() : kNobody);
-}
-
-void logSuccess(const Session& session, const std::string& name) {
+void welcome(const Session& session, const std::string& name) {
   const int before = getLastLoginTimeStamp(name.c_str());
   if (before > 0) session.print("Last log-in: " + timeJson(before).get<std::string>() + "\n");
-  awaitLock(session);
-  setLoginFrom(SHM_LOGIN_SERIAL);
-  setLastLoginTimeStamp(name.c_str());
-  logEvent(SHM_EVENT_CLI_LOGIN, SHM_SOURCE_SERIAL, name.c_str());
+  logSuccess(session, name, kSerialLogIn);
 }
 
 // One try, in a process of its own: the password is gone with it.
@@ -84,12 +63,12 @@ std::string tryOnce(const Session& session) {
   if (!name) return kEnd;
   if (name->empty()) return "";
   const Secret password("Password");
-  if (tools::hasControlCharacter(*name) || !authentic(session, *name, password)) {
-    logFailure(session, *name);
+  if (tools::hasControlCharacter(*name) || !authentic(session, *name, password.text())) {
+    logFailure(session, *name, kSerialLogIn);
     session.print("Log-in failed.\n");
     return kFailed;
   }
-  logSuccess(session, *name);
+  welcome(session, *name);
   return *name;
 }
 
