@@ -26,6 +26,9 @@ endif()
 
 # Debian's place for packages of every version of Python; they look for the library beside it (python/kestrove/_library.py).
 install(DIRECTORY python/kestrove DESTINATION lib/python3/dist-packages PATTERN __pycache__ EXCLUDE)
+if(TARGET kestrove-api)
+  install(TARGETS kestrove-api RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 install(DIRECTORY tools/api/apache DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrove USE_SOURCE_PERMISSIONS)
 
 install(TARGETS kestrove-sandbox kestrove-recorder RUNTIME DESTINATION ${kestrove_home})

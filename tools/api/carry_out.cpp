@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/api/carry_out.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+#include "kestrove/codes.h"
+#include "kestrove/errors.h"
+#include "kestrove/segment.h"
+#include "tools/api/digest.h"
+#include "tools/api/failure.h"
+#include "tools/ctl/held_look.h"
+#include "tools/ctl/history/pending.h"
+#include "tools/ctl/item_names.h"
+#include "tools/ctl/script/run_line.h"
+#include "tools/ctl/shell/glance.h"
+
+namespace api {
+namespace {
+
+constexpr double kPatience = 2;
+constexpr double kLongestConfirmation = 1440;
+
+struct Printed {
+  int exit = 0;
+  std::string text;
+};
+
+// Runs words with the output kept.
+Printed run(ctl::Session session, const std::vector<std::string>& words) {
+  char* text = nullptr;
+  size_t length = 0;
+  session.out = open_memstream(&text, &length);
+  if (!session.out) throw ctl::systemRefusal("memory", errno);
+  const int exit = ctl::runWords(session, words);
+  fclose(session.out);
+  const std::unique_ptr<char, void (*)(void*)> owned(text, free);
+  return {exit, std::string(text, length)};
+}
+
+double minutesOf(const std::string& text) {
+  char* end = nullptr;
+  errno = 0;
+  const double minutes = strtod(text.c_str(), &end);
+  const bool number = !text.empty() && text.find_first_not_of("0123456789.") == std::string::npos && *end == '\0';
+  if (!number || errno != 0 || minutes > kLongestConfirmation) throw Failure(400, "confirm: 0 to 1440 minutes");
+  return minutes;
+}
+
+ctl::Session sessionOf(const Request& request, const Caller& caller) {
+  ctl::Session session;
+  session.json = true;
+  session.source = SHM_SOURCE_HTTP;
+  session.user = caller.user;
+  session.loggedIn = caller.user;
+  session.waitSeconds = kPatience;
+  if (request.query.contains("comment")) session.comment = request.query.at("comment");
+  if (request.query.contains("confirm")) session.confirmMinutes = minutesOf(request.query.at("confirm"));
+  return session;
+}
+
+// Of a list the row that the path names.
+Json pickedRow(const Route& route, const Json& rows) {
+  const std::string name = route.endpoint->pick;
+  for (const Json& row : rows) {
+    if (!row.contains(name)) continue;
+    const Json& value = row[name];
+    if ((value.is_string() ? value.get<std::string>() : value.dump()) == route.parts.at(name)) return row;
+  }
+  throw Failure(404, route.parts.at(name) + ": there is none", ctl::kRefused);
+}
+
+bool listed(const std::string& header, const std::string& tag) {
+  return header == "*" || header.find(tag) != std::string::npos;
+}
+
+// The settings stand together in the store, in front of what is counted.
+std::string settingsOf(const ShmData& store) {
+  const char* begin = reinterpret_cast<const char*>(&store.config);
+  return {begin, reinterpret_cast<const char*>(&store.qos)};
+}
+
+// Looks at the store before a change and behind it, while nobody else can change it.
+class ChangeWatch {
+ public:
+  ChangeWatch(const ctl::Session& session, const Route& route, const Request& request)
+      : reading_(session), words_(wordsFrom(route.endpoint->table, route.parts)), wanted_(request.header("if-match")) {
+    reading_.comment.clear();
+    reading_.confirmMinutes = -1;
+    if (!wanted_.empty() && words_.empty()) throw Failure(400, "the resource has no ETag to match");
+  }
+
+  void look(bool made) {
+    if (made) {
+      changed_ = settingsOf(*shm) != before_;
+      return;
+    }
+    before_ = settingsOf(*shm);
+    if (!wanted_.empty() && !listed(wanted_, tagOf(run(reading_, words_).text))) refuse();
+  }
+
+  bool mismatched() const { return mismatched_; }
+  std::optional<bool> changed() const { return changed_; }
+
+ private:
+  [[noreturn]] void refuse() {
+    mismatched_ = true;
+    throw ctl::Refusal(ctl::kRefused, "the table is not what If-Match says: it was changed meanwhile");
+  }
+
+  ctl::Session reading_;
+  std::vector<std::string> words_;
+  std::string wanted_;
+  std::string before_;
+  std::optional<bool> changed_;
+  bool mismatched_ = false;
+};
+
+// Secrets come the way on which a person's would: nothing of them is in the words.
+void giveInput(const std::string& input) {
+  const int fd = memfd_create("input", MFD_CLOEXEC);
+  if (fd == -1) throw ctl::systemRefusal("memory", errno);
+  const bool written = write(fd, input.data(), input.size()) == static_cast<ssize_t>(input.size());
+  if (!written || lseek(fd, 0, SEEK_SET) != 0 || dup2(fd, STDIN_FILENO) == -1)
+    throw ctl::systemRefusal("memory", errno);
+  close(fd);
+}
+
+Reply replyOf(const Printed& printed, const Route& route) {
+  const Json value = Json::parse(printed.text, nullptr, false);
+  if (value.is_discarded()) {
+    return errorReply(500, {ctl::kSystem, "the command ended with " + std::to_string(printed.exit) + " and no result"});
+  }
+  const int status = statusOf(printed.exit, value, route);
+  Reply reply = {.status = status, .body = printed.text, .headers = {{"Content-Type", kJsonType}}};
+  if (status == 503) reply.headers.emplace_back("Retry-After", "1");
+  return reply;
+}
+
+Reply readReply(const Request& request, const Route& route, const Printed& printed) {
+  Reply reply = replyOf(printed, route);
+  if (reply.status != 200) return reply;
+  if (*route.endpoint->table) {
+    const std::string tag = tagOf(printed.text);
+    reply.headers.emplace_back("ETag", tag);
+    if (request.has("if-none-match") && listed(request.header("if-none-match"), tag)) {
+      return {.status = 304, .body = {}, .headers = {{"ETag", tag}}};
+    }
+  }
+  if (*route.endpoint->pick) reply.body = ctl::jsonText(pickedRow(route, Json::parse(printed.text)), 2) + "\n";
+  return reply;
+}
+
+// Lists stand as they are: there is no place for a member in them.
+void addChanged(Reply& reply, bool changed) {
+  Json value = Json::parse(reply.body, nullptr, false);
+  if (!value.is_object() || value.contains("changed")) return;
+  value["changed"] = changed;
+  reply.body = ctl::jsonText(value, 2) + "\n";
+}
+
+Reply changeReply(const Route& route, const Printed& printed, const ChangeWatch& watch) {
+  Reply reply = replyOf(printed, route);
+  if (watch.mismatched()) reply.status = 412;
+  if (reply.status != 200) return reply;
+  if (watch.changed()) addChanged(reply, *watch.changed());
+  reply.status = route.endpoint->done;
+  return reply;
+}
+
+Reply change(const Request& request, const Route& route, const ctl::Session& session, const Spoken& spoken) {
+  ChangeWatch watch(session, route, request);
+  const ctl::HeldLook look([&watch](bool made) { watch.look(made); });
+  giveInput(spoken.input);
+  return changeReply(route, run(session, spoken.words), watch);
+}
+
+std::string revisionOf(const Route& route) {
+  const auto found = route.parts.find("revision");
+  return found == route.parts.end() ? "" : found->second;
+}
+
+bool behindLastRule(const Route& route) {
+  const auto found = route.parts.find("position");
+  const ShmData* store = ctl::glance();
+  if (found == route.parts.end() || !store) return false;
+  const std::string& text = found->second;
+  if (text.find_first_not_of("0123456789") != std::string::npos || text.size() > 9) return false;
+  return std::stoul(text) >= ctl::bounded(store->filterTable.ruleCount, SHM_RULES);
+}
+
+// The path names something that there is not.
+bool isMissing(const Route& route, int exit, int code) {
+  if (route.parts.empty()) return false;
+  if (exit != ctl::kRefused) return false;
+  if (code == SHM_ENOENT || code == SHM_ENOUSER) return true;
+  return (code == -1 && !revisionOf(route).empty()) || (code == SHM_EINVAL && behindLastRule(route));
+}
+
+// The refusal of a second change that is to be confirmed, which has no code.
+bool othersWait(int code) { return code == -1 && ctl::pendingConfirmation().has_value(); }
+
+// Only items: the words of saved scripts stand at the same place.
+void requireItem(const Route& route) {
+  const auto found = route.parts.find("item");
+  if (found == route.parts.end() || ctl::findItemRow(found->second)) return;
+  throw Failure(404, found->second + ": no such item");
+}
+
+}  // namespace
+
+int statusOf(int exit, const Json& value, const Route& route) {
+  const bool failed = value.is_object() && value.contains("error") && value["error"].is_object();
+  const int code = failed ? value["error"].value("code", -1) : -1;
+  if (failed && isMissing(route, exit, code)) return 404;
+  switch (exit) {
+    case ctl::kDone:
+    case ctl::kFindings:
+    case ctl::kNotSaved: return 200;
+    case ctl::kRefused: return failed && othersWait(code) ? 409 : 422;
+    case ctl::kUsage: return 400;
+    case ctl::kNoStore:
+    case ctl::kLocked: return 503;
+    case ctl::kNotPermitted: return 403;
+    case ctl::kPartly: return 207;
+    case ctl::kUnconfirmed: return 409;
+    default: return 500;
+  }
+}
+
+std::string tagOf(const std::string& body) { return '"' + digest(body).substr(0, 32) + '"'; }
+
+Reply carryOut(const Request& request, const Route& route, const Caller& caller) {
+  requireItem(route);
+  const ctl::Session session = sessionOf(request, caller);
+  const Spoken words = spoken(route, request);
+  if (!route.endpoint->reads()) return change(request, route, session, words);
+  return readReply(request, route, run(session, words.words));
+}
+
+}  // namespace api

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+// Runs the command that a request stands for, and says what came of it.
+#pragma once
+
+#include "tools/api/guard.h"
+#include "tools/api/words.h"
+
+namespace api {
+
+// As a command's exit status is answered: {200, ...}. Revisions and rows that are not there are told by the route.
+int statusOf(int exit, const Json& error, const Route& route);
+
+// The mark of a table's content, as it stands in the headers ETag and If-Match.
+std::string tagOf(const std::string& body);
+
+// In this process. The input, where there is some, takes the place of its standard input.
+Reply carryOut(const Request& request, const Route& route, const Caller& caller);
+
+}  // namespace api

@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/api/plan.h"
+
+#include <sys/shm.h>
+
+#include "kestrove/kestrove.h"
+#include "tools/api/batch.h"
+#include "tools/api/carry_out.h"
+#include "tools/api/failure.h"
+#include "tools/api/guard.h"
+#include "tools/api/log_in.h"
+#include "tools/api/own_process.h"
+#include "tools/api/router.h"
+#include "tools/api/support.h"
+#include "tools/ctl/shell/glance.h"
+
+namespace api {
+namespace {
+
+int attachedSegment = -1;
+
+// A store that was built anew meanwhile is another one.
+const ShmData& presentStore() {
+  const int segment = shmget(SHM_KEY, SHM_SIZE, 0);
+  if (shm && segment != attachedSegment) {
+    shm_detach();
+    shm = nullptr;
+  }
+  const ShmData* store = segment == -1 ? nullptr : ctl::glance();
+  if (!store) {
+    throw Failure(errorReply(503, {ctl::kNoStore, "there is no store (shm-init builds it)", SHM_EATTACH}))
+        .with("Retry-After", "5");
+  }
+  attachedSegment = segment;
+  return *store;
+}
+
+Reply about(const ShmData& store) {
+  return jsonReply(200,
+                   {{"api", 1}, {"version", kestrove_version()}, {"enabled", store.config.httpOperState == SHM_ON}});
+}
+
+Reply told(const std::function<Reply()>& work) {
+  try {
+    return work();
+  } catch (const Failure& failure) {
+    return failure.reply();
+  } catch (const ctl::Refusal& refusal) {
+    const Json error = {{"error", ctl::errorJson(refusal)}};
+    return jsonReply(statusOf(refusal.exit(), error, {}), error);
+  } catch (const std::exception& error) {
+    return errorReply(500, {ctl::kSystem, error.what()});
+  }
+}
+
+Plan working(std::function<Reply()> work, bool own, const Caller& caller) {
+  return {.reply = {}, .work = [work] { return told(work); }, .own = own, .session = caller.session.id};
+}
+
+Plan special(const Request& request, const Route& route, const Caller& caller) {
+  const std::string name = route.endpoint->special;
+  if (name == "session") return {.reply = sessionReply(caller)};
+  if (name == "log-out") return {.reply = logOut(caller)};
+  if (name == "stream") {
+    return {
+        .reply = Reply{.status = 200, .body = {}, .headers = {{"Content-Type", "text/event-stream"}}, .events = true},
+        .session = caller.session.id};
+  }
+  if (name == "batch") return working([=] { return batch(request, caller); }, true, caller);
+  return working([=] { return support(request, route, caller); }, true, caller);
+}
+
+void requireSound(const Request& request) {
+  if (!request.fault.empty()) throw Failure(400, request.fault);
+  if (request.body.size() > kLongestBody) throw Failure(413, "a body has 1 MiB at most");
+}
+
+Plan planned(const Request& request, const Settings& settings, const ShmData& store) {
+  requireHost(request, store, settings.names);
+  requireOwnPage(request);
+  const bool isAbout = request.method == "GET" && request.path == kPrefix;
+  if (isAbout) return {.reply = about(store)};
+  if (store.config.httpOperState != SHM_ON) {
+    throw Failure(403, "the web interface is switched off (httpOperState)", ctl::kNotPermitted);
+  }
+  if (request.method == "POST" && request.path == std::string(kPrefix) + "/session") {
+    return working([request] { return logIn(request); }, true, {});
+  }
+  const Caller caller = callerOf(request, store);
+  const Route route = routeOf(request.method, request.path);
+  requireRight(request, caller, route.endpoint->right);
+  if (*route.endpoint->special) return special(request, route, caller);
+  return working([=] { return carryOut(request, route, caller); }, !route.endpoint->reads(), caller);
+}
+
+Plan planFor(const std::function<Plan()>& make) {
+  Plan made;
+  const Reply refused = told([&] {
+    made = make();
+    return Reply{};
+  });
+  if (!made.reply && !made.work) made.reply = refused;
+  return made;
+}
+
+}  // namespace
+
+Plan plan(const Request& request, const Settings& settings) {
+  return planFor([&] {
+    requireSound(request);
+    return planned(request, settings, presentStore());
+  });
+}
+
+Plan planOn(const ShmData& store, const Request& request, const Settings& settings) {
+  return planFor([&] {
+    requireSound(request);
+    return planned(request, settings, store);
+  });
+}
+
+Reply answer(const Request& request, const Settings& settings) {
+  const Plan made = plan(request, settings);
+  if (made.reply) return *made.reply;
+  return made.own ? inOwnProcess(made.work) : made.work();
+}
+
+}  // namespace api

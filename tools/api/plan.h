@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is to be done for a request: told at once, or work that may wait for the store.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kestrove/layout.h"
+#include "tools/api/message.h"
+
+namespace api {
+
+constexpr size_t kLongestBody = 1 << 20;
+
+struct Settings {
+  std::vector<std::string> names;  // by which the appliance is called beside its own
+};
+
+struct Plan {
+  std::optional<Reply> reply;        // where all is said
+  std::function<Reply()> work = {};  // otherwise; never throws
+  bool own = false;                  // in a process of its own: it changes something, or lasts
+  std::string session = {};          // by which it was asked; empty for a token
+};
+
+// Looks at the request alone, and at the store without its lock.
+Plan plan(const Request& request, const Settings& settings);
+
+// The same with a store of the caller's.
+Plan planOn(const ShmData& store, const Request& request, const Settings& settings);
+
+// The first, done to the end: without a socket.
+Reply answer(const Request& request, const Settings& settings = {});
+
+}  // namespace api
