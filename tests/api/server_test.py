@@ -1,0 +1,276 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""kestrove-api over its socket, in the sandbox: server_test.py PROGRAM CASE."""
+import http.client, json, os, pathlib, shutil, signal, socket, ssl, subprocess, sys, threading, time
+
+PROGRAM = sys.argv[1]
+SOCKET = "/run/kestrove/api.sock"
+PASSWORD = "Passw0rd!"
+SHARE = "/usr/share/kestrove/apache"
+
+
+def wait_for(what, true, seconds=60):
+    end = time.monotonic() + seconds
+    while not true():
+        assert time.monotonic() < end, "never: " + what
+        time.sleep(0.02)
+
+
+class Unix(http.client.HTTPConnection):
+    def __init__(self):
+        super().__init__("localhost", timeout=60)
+
+    def connect(self):
+        self.sock = socket.socket(socket.AF_UNIX)
+        self.sock.settimeout(60)
+        self.sock.connect(SOCKET)
+
+
+class Web(http.client.HTTPSConnection):
+    def __init__(self):
+        super().__init__("127.0.0.1", timeout=60, context=ssl._create_unverified_context())
+
+
+class Browser:
+    def __init__(self, way=Unix):
+        self.way, self.headers = way, {}
+
+    def open(self, method, path, body=None, headers={}):
+        connection = self.way()
+        sent = {**self.headers, **headers}
+        if body is not None:
+            sent["Content-Type"] = "application/json"
+        connection.request(method, "/api/1" + path, None if body is None else json.dumps(body), sent)
+        return connection.getresponse()
+
+    def ask(self, method, path, body=None, headers={}):
+        reply = self.open(method, path, body, headers)
+        text = reply.read()
+        return reply.status, json.loads(text) if text else None
+
+    def log_in(self):
+        reply = self.open("POST", "/session", {"user": "alice", "password": PASSWORD})
+        facts = json.loads(reply.read())
+        assert reply.status == 201, facts
+        self.headers = {"Cookie": reply.headers["Set-Cookie"].split(";")[0], "X-CSRF-Token": facts["csrf"]}
+        return self
+
+
+def ctl(*words, given=None):
+    return subprocess.run(["/bin/kestrovectl", *words], input=given, text=True, check=True, stdout=subprocess.PIPE).stdout
+
+
+def appliance():
+    for name in ("factory.defaults", "kestrove.conf"):
+        shutil.copy("/usr/share/kestrove/examples/" + name, "/etc/config")
+    subprocess.run(["/bin/shm-init"], check=True, stdout=subprocess.DEVNULL)
+    ctl("set", "httpOperState", "on")
+    ctl("user", "add", "alice", "--admin", given=PASSWORD + "\n")
+
+
+def serve(*options):
+    server = subprocess.Popen([PROGRAM, *options])
+    wait_for("the server answers", answers)
+    return server
+
+
+def answers():
+    try:
+        return Browser().ask("GET", "")[0] == 200
+    except OSError:
+        return False
+
+
+def workers(server):
+    return pathlib.Path(f"/proc/{server.pid}/task/{server.pid}/children").read_text().split()
+
+
+def hold_lock():
+    """Another process that holds the store's lock until its pipe ends."""
+    code = ("import fcntl,sys; f=open('/var/lock/shm','r+'); fcntl.lockf(f,fcntl.LOCK_EX); print('held',flush=True);"
+            "sys.stdin.read()")
+    holder = subprocess.Popen([sys.executable, "-c", code], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+    assert holder.stdout.readline() == "held\n"
+    return holder
+
+
+def RequestsAreAnsweredOverTheSocket():
+    server = serve()
+    browser = Browser()
+    assert browser.ask("GET", "/rules")[0] == 401
+    browser.log_in()
+    assert browser.ask("PUT", "/items/compression", {"value": "off"})[1]["changed"]
+    assert ctl("--json", "show", "compression").find('"off"') > 0
+    assert browser.ask("PUT", "/items/wanLinkRate", {"value": 1})[1]["error"]["code"] == 12
+    assert browser.ask("GET", "/diff?from=running&to=saved")[0] == 200
+    assert browser.ask("GET", "/diff?from=running&from=saved&to=saved")[0] == 400
+    assert browser.ask("GET", "/rules/%30")[0] == 200 and browser.ask("GET", "/rules/%2")[0] == 400
+    assert Browser().ask("POST", "/session", {"user": "alice", "password": "x"})[0] == 401
+    early = Browser().open("POST", "/session", {"user": "alice", "password": "x"})
+    assert early.status == 429 and int(early.headers["Retry-After"]) > 0
+    server.terminate()
+    assert server.wait(60) == 0 and not os.path.exists(SOCKET)
+
+
+def DeadWorkersAreStartedAgain():
+    server = serve("--workers", "2")
+    browser = Browser().log_in()
+    for _ in range(3):
+        before = workers(server)
+        for worker in before:
+            os.kill(int(worker), signal.SIGKILL)
+        wait_for("two new workers", lambda: len(set(workers(server)) - set(before)) == 2)
+        assert browser.ask("GET", "/rules")[0] == 200, "sessions outlive workers"
+    server.terminate()
+    assert server.wait(60) == 0
+
+
+def WhoWaitsForTheStoreHoldsUpNobody():
+    serve("--workers", "1")
+    browser = Browser().log_in()
+    holder = hold_lock()
+    found = []
+    waiting = [threading.Thread(target=lambda: found.append(browser.ask("GET", "/rules"))) for _ in range(5)]
+    for thread in waiting:
+        thread.start()
+    assert Browser().ask("GET", "")[0] == 200 and not found, "the only worker answers meanwhile"
+    for thread in waiting:
+        thread.join()
+    assert [status for status, _ in found] == [503] * 5, found
+    assert all(f"process {holder.pid}" in body["error"]["message"] for _, body in found), found
+    holder.communicate("")
+    assert browser.ask("GET", "/rules")[0] == 200
+
+
+def EventsComeAsTheyHappenAndEndWithTheSession():
+    serve("--workers", "1")
+    browser = Browser().log_in()
+    stream = browser.open("GET", "/events/stream")
+    assert stream.status == 200 and stream.headers["Content-Type"] == "text/event-stream"
+    assert stream.readline().startswith(b"retry:") and stream.readline() == b"\n"
+    other = Browser().open("GET", "/events/stream")
+    assert other.status == 401
+    ctl("set", "compression", "off", "--source", "4", "--user", "bertha")
+    line = stream.readline()
+    while not line.startswith(b"data: "):
+        line = stream.readline()
+    event = json.loads(line[6:])
+    assert event["user"] == "bertha" and event["source"] == "SSH", event
+    assert browser.ask("GET", "/rules")[0] == 200, "a stream holds up nobody"
+    browser.ask("DELETE", "/session")
+    while stream.readline():
+        pass
+
+
+def BodiesThatAreTooLongAreRefused():
+    serve()
+    browser = Browser().log_in()
+    assert browser.ask("POST", "/apply", {"script": "#" * (1 << 19)})[0] in (200, 400)
+    for chunked in (False, True):
+        with socket.socket(socket.AF_UNIX) as raw:
+            raw.settimeout(60)
+            raw.connect(SOCKET)
+            head = "Transfer-Encoding: chunked" if chunked else "Content-Length: 10485760"
+            raw.sendall(f"POST /api/1/apply HTTP/1.1\r\nHost: localhost\r\n{head}\r\n\r\n".encode())
+            try:
+                for _ in range(160):
+                    raw.sendall((b"10000\r\n" if chunked else b"") + b"x" * 65536 + (b"\r\n" if chunked else b""))
+                raw.sendall(b"0\r\n\r\n")
+            except (BrokenPipeError, ConnectionResetError):
+                pass
+            try:
+                assert raw.recv(65536).startswith(b"HTTP/1.1 413"), "too long"
+            except ConnectionResetError:
+                pass
+
+
+def RequestThatComesByteByByteIsEnded():
+    serve()
+    with socket.socket(socket.AF_UNIX) as raw:
+        raw.settimeout(60)
+        raw.connect(SOCKET)
+        began = time.monotonic()
+        with_bytes = iter(b"GET /api/1 HTTP/1.1\r\n" + b"X: y\r\n" * 1000)
+        try:
+            while not raw.recv(1, socket.MSG_DONTWAIT | socket.MSG_PEEK) == b"":
+                pass
+        except BlockingIOError:
+            pass
+        ended = False
+        while not ended:
+            assert time.monotonic() - began < 60, "never ended"
+            try:
+                raw.sendall(bytes([next(with_bytes)]))
+                ended = raw.recv(1, socket.MSG_DONTWAIT) == b""
+            except BlockingIOError:
+                time.sleep(0.2)
+            except (BrokenPipeError, ConnectionResetError):
+                ended = True
+    assert answers()
+
+
+def ArchiveForSupportComesAndStaysNowhere():
+    serve()
+    reply = Browser().log_in().open("GET", "/support")
+    text = reply.read()
+    assert reply.status == 200 and text[:2] == b"\x1f\x8b" and reply.headers["Content-Type"] == "application/gzip", text[:300]
+    assert list(pathlib.Path("/run/kestrove/support").iterdir()) == []
+
+
+def SecondServerLeavesTheFirstAlone():
+    serve()
+    second = subprocess.run([PROGRAM], stderr=subprocess.PIPE, text=True)
+    assert second.returncode == 5 and "another process listens there" in second.stderr, second
+    assert answers()
+
+
+def SocketIsForRootAndTheWebServer():
+    serve()
+    facts = os.stat(SOCKET)
+    import grp
+    assert facts.st_mode & 0o777 == 0o660 and facts.st_gid == grp.getgrnam("www-data").gr_gid, facts
+
+
+def TokensAreShownOnce():
+    token = subprocess.run([PROGRAM, "token", "add", "deploy", "--role", "admin"], stdout=subprocess.PIPE, text=True,
+                           check=True).stdout.strip()
+    listed = subprocess.run([PROGRAM, "token", "list"], stdout=subprocess.PIPE, text=True, check=True).stdout
+    assert json.loads(listed)[0]["name"] == "deploy" and token not in listed
+    serve()
+    program = Browser()
+    program.headers = {"Authorization": "Bearer " + token}
+    assert program.ask("PUT", "/items/compression", {"value": "off"})[0] == 200
+    subprocess.run([PROGRAM, "token", "remove", "deploy"], check=True)
+    assert program.ask("GET", "/rules")[0] == 401
+
+
+def BrowserComesInThroughTheWebServer():
+    subprocess.run(["/usr/bin/apacheConfig.sh", "127.0.0.1"], check=True)
+    subprocess.run([SHARE + "/certificate"], check=True)
+    serve()
+    subprocess.run(["/usr/sbin/apache2", "-f", SHARE + "/httpd.conf"], check=True)
+    browser = Browser(Web)
+
+    def there():
+        try:
+            return browser.ask("GET", "")[0] == 200
+        except OSError:
+            return False
+
+    wait_for("the web server answers", there)
+    browser.log_in()
+    assert browser.ask("PUT", "/items/compression", {"value": "off"}, {"Origin": "https://127.0.0.1"})[0] == 200
+    assert browser.ask("PUT", "/items/compression", {"value": "on"}, {"Origin": "https://evil.example"})[0] == 403
+    stream = browser.open("GET", "/events/stream")
+    assert stream.readline().startswith(b"retry:")
+    ctl("set", "compression", "on")
+    line = stream.readline()
+    while not line.startswith(b"data: "):
+        line = stream.readline()
+    reply = browser.open("POST", "/apply", {"script": "#" * (1 << 20)})
+    assert reply.status == 413, reply.status
+
+
+assert pathlib.Path("/run/kestrove/inside").exists(), "only in the sandbox"
+appliance()
+globals()[sys.argv[2]]()
