@@ -135,7 +135,9 @@ TEST_F(SnmpTest, TablesHaveTheRowsThatAreThere) {
   EXPECT_EQ(SHM_RULES, walked(".7.1.2"));
   shm->filterTable.ruleCount = -1;
   EXPECT_EQ("No Such Instance currently exists at this OID\n", get(".7.1.2.1"));
-  EXPECT_EQ(0, addUserRoute(inet_addr("10.1.0.0"), inet_addr("255.255.0.0"), inet_addr("10.0.0.1")) > 0);
+  shm->routes.slot[5].inUse = 1;
+  shm->routes.slot[5].destination = inet_addr("10.1.0.0");
+  EXPECT_EQ("10.1.0.0\n", ask("snmpwalk", "public", std::string(kModule) + ".8.1.2"));
   strcpy(shm->config.users[0].username, "admin");
   shm->config.userCount = 1;
   EXPECT_EQ("\"admin\"\n", ask("snmpwalk", "public", std::string(kModule) + ".10"));
