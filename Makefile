@@ -26,6 +26,12 @@ test-sanitized: ## every test under ASan and UBSan; in 32-bit the tests of the l
 
 test-all: test test-sanitized ## the two together
 
+.PHONY: test-snmp
+test-snmp: ## the SNMP subagent behind a real agent, 64-bit
+	@scripts/setup build tools sandbox test snmp
+	@scripts/build dev snmp_test
+	@ctest --test-dir build/dev -R '^Snmp' --no-tests=error --output-on-failure
+
 test-install: ## an installation, and front ends built against it: C, C++ and Python, by pkg-config, CMake and Meson
 	@scripts/setup build tools sandbox frontend consumers manual
 	@scripts/test-install

@@ -39,7 +39,7 @@ kestrove_install_link(${kestrove_home}/programs ${CMAKE_INSTALL_BINDIR})
 # The documents keep their places beside one another, so that their links hold.
 install(FILES LICENSE README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY doc DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN *.md PATTERN *.svg PATTERN *.bt
-        PATTERN api.yaml)
+        PATTERN api.yaml PATTERN KESTROVE-MIB)
 install(FILES sandbox/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/sandbox)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY sandbox/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}/sandbox)

@@ -16,68 +16,13 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/program.h"
 #include "tests/support/store.h"
 #include "tests/support/syslog.h"
-#include "tools/common/lock_wait.h"
 
 namespace kestrove::testing {
 
-using Words = std::vector<std::string>;
-
-constexpr int kPatience = 30000;  // milliseconds
 constexpr char kEngine[] = "kestrove=" KESTROVE_SIM " --interval 0";
-
-template <typename Condition>
-bool eventually(Condition condition) {
-  for (int waited = 0; waited < kPatience; waited += 5) {
-    if (condition()) return true;
-    usleep(5000);
-  }
-  return condition();
-}
-
-// Of one process: 0 and less would be groups of them.
-inline void strike(pid_t pid, int signal = SIGKILL) {
-  ASSERT_GT(pid, 1);
-  kill(pid, signal);
-}
-
-// A program as this process's child, ended with the object.
-class Program {
- public:
-  explicit Program(Words words) : pid_(fork()) {
-    if (pid_ != 0) return;
-    std::vector<char*> arguments;
-    for (std::string& word : words) arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    execv(arguments[0], arguments.data());
-    _exit(126);
-  }
-  ~Program() {
-    if (pid_ > 0) end(SIGKILL);
-  }
-  Program(const Program&) = delete;
-  Program& operator=(const Program&) = delete;
-
-  pid_t pid() const { return pid_; }
-  bool lives() const { return waitpid(pid_, nullptr, WNOHANG) == 0; }
-  // Its exit status; -1 when a signal ended it.
-  int end(int signal = SIGTERM) {
-    strike(pid_, signal);
-    return status();
-  }
-  int status() {
-    int status = 0;
-    waitpid(pid_, &status, 0);
-    pid_ = 0;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-
- private:
-  pid_t pid_;
-};
-
-inline bool lives(pid_t pid) { return pid > 1 && kill(pid, 0) == 0; }
 
 inline std::vector<pid_t> processesNamed(const std::string& name) {
   std::vector<pid_t> found;

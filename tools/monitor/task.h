@@ -84,7 +84,7 @@ class Task {
   Milliseconds notBefore_ = 0;  // the next start
   Milliseconds next_ = 0;
   Delay failing_;
-  Delay again_{100, 1000};  // for an engine that was ready: it is missed at once
+  Delay again_{100, 500};  // for an engine that was ready: it is missed at once
   bool wasReady_ = false;
   bool told_ = false;     // to end, by the monitor
   bool missing_ = false;  // that its program is missing was said

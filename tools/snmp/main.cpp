@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+// kestrove-snmp: the store for the agent of the machine.
+#include <signal.h>
+#include <syslog.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <string>
+
+#include "tools/common/plain_text.h"
+#include "tools/common/standard_output.h"
+#include "tools/common/version_text.h"
+#include "tools/snmp/agent.h"
+#include "tools/snmp/agent_library.h"
+#include "tools/snmp/module.h"
+
+namespace {
+
+enum Exit { kDone = 0, kUsage = 2, kSystem = 5 };
+
+constexpr char kName[] = "kestrove-snmp";
+constexpr char kExitCodes[] =
+    "Exit status:\n"
+    "  0  told to end\n"
+    "  2  wrong usage\n"
+    "  5  the library of the agent cannot be used; or standard output cannot be written";
+constexpr int kAgain = 5;         // seconds between two looks whether the master lives, and two tries to reach it
+constexpr unsigned kBetween = 1;  // seconds between two looks at the store
+
+volatile sig_atomic_t toldToEnd = 0;
+
+int fail(Exit exit, const std::string& message) {
+  fprintf(stderr, "%s: %s\n", kName, tools::escaped(message).c_str());
+  return exit;
+}
+
+void hearSignals() {
+  struct sigaction action = {};
+  action.sa_handler = [](int) { toldToEnd = 1; };
+  for (int number : {SIGTERM, SIGINT}) sigaction(number, &action, nullptr);
+}
+
+int serve(const std::string& master) {
+  snmp_enable_calllog();
+  snmp_enable_syslog_ident(kName, LOG_DAEMON);
+  netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, 1);
+  netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_READ_CONFIGS, 1);
+  netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE, 1);
+  netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_X_SOCKET, master.c_str());
+  netsnmp_ds_set_int(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_AGENTX_PING_INTERVAL, kAgain);
+  if (init_agent(kName) != 0) return fail(kSystem, "the library of the agent cannot be used");
+  snmp::Agent agent;
+  snmp::registerModule(agent);
+  init_snmp(kName);
+  hearSignals();
+  snmp_alarm_register(
+      kBetween, SA_REPEAT, [](unsigned, void* one) { static_cast<snmp::Agent*>(one)->look(); }, &agent);
+  agent.look();
+  while (!toldToEnd) agent_check_and_process(1);
+  snmp_shutdown(kName);
+  return kDone;
+}
+
+int run(int argc, char** argv, FILE* out) {
+  if (const std::string refused = tools::refusedWord(argc, argv); !refused.empty()) return fail(kUsage, refused);
+  std::string master = "/var/agentx/master";
+  CLI::App app("Shows the store to the network's monitoring, behind the machine's own agent.", kName);
+  app.footer(kExitCodes);
+  app.set_version_flag("--version", tools::versionText(kName));
+  app.add_option("--master", master, "Where the agent listens for its subagents")->capture_default_str();
+  bool module = false;
+  app.add_flag("--module", module, "Print the module, KESTROVE-MIB");
+  std::string failure;
+  try {
+    app.parse(argc, argv);
+    if (!module) return serve(master);
+    failure = tools::writeOut(out, snmp::moduleText());
+  } catch (const CLI::CallForHelp&) {
+    failure = tools::writeOut(out, app.help());
+  } catch (const CLI::CallForVersion&) {
+    failure = tools::writeOut(out, tools::versionText(kName) + "\n");
+  } catch (const CLI::ParseError& error) {
+    return fail(kUsage, error.what());
+  }
+  return failure.empty() ? kDone : fail(kSystem, failure);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  FILE* out = tools::takeStandardOutput();
+  return run(argc, argv, out);
+}
