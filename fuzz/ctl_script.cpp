@@ -23,7 +23,7 @@ void check(const ctl::Script& script) {
     demand(line.number > before && !ctl::meaningOf(line).empty());
     before = line.number;
   }
-  for (const ctl::Complaint& one : script.complaints) demand(one.line > 0 && !one.text.empty());
+  for (const ctl::Complaint& one : script.complaints) demand(one.line > 0 && *one.refusal.what() != 0);
 }
 
 }  // namespace

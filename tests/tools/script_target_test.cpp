@@ -4,10 +4,12 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/support/memory_stream.h"
 #include "tests/support/random_store.h"
 #include "tests/support/store.h"
 #include "tests/tools/random_script.h"
 #include "tools/ctl/script/lost.h"
+#include "tools/ctl/settings/copy.h"
 #include "tools/ctl/settings/difference.h"
 
 namespace kestrove::testing {
@@ -107,13 +109,39 @@ TEST_F(ScriptTargetTest, WhatTheStoreRefusesIsNamedByItsLine) {
                                "rule add 1 -ipVersion 4 -sa 10.0.0.0/255.0.255.0\n");
   ASSERT_EQ(4u, target.refused.size());
   EXPECT_EQ(2u, target.refused[0].line);
-  EXPECT_THAT(target.refused[0].text, HasSubstr("576..1500"));
+  EXPECT_THAT(target.refused[0].refusal.what(), HasSubstr("576..1500"));
   EXPECT_EQ(4u, target.refused[1].line);
-  EXPECT_EQ(SHM_EEXIST, target.refused[1].code);
+  EXPECT_EQ(SHM_EEXIST, target.refused[1].refusal.code());
   EXPECT_EQ(5u, target.refused[2].line);
-  EXPECT_THAT(target.refused[2].text, HasSubstr("no place for rule 5"));
-  EXPECT_EQ(SHM_EMASK, target.refused[3].code);
+  EXPECT_THAT(target.refused[2].refusal.what(), HasSubstr("no place for rule 5"));
+  EXPECT_EQ(SHM_EMASK, target.refused[3].refusal.code());
   EXPECT_EQ(1400u, target.store->config.wanMaximumTransferUnit);
+}
+
+TEST_F(ScriptTargetTest, AComplaintKeepsTheReasonOfTheSystem) {
+  const Script script = {.name = "script"};
+  const Refusal wrong(kSystem, "/etc/config: No space left on device", SHM_ESYSTEM, ENOSPC);
+  const Refusal carried = unpacked(packed(wrong));
+  Exit exit = kDone;
+  const std::string json = printed([&](FILE* out) {
+    Session session;
+    session.json = true;
+    session.out = out;
+    try {
+      refuseScript(session, script, {{7, carried}});
+    } catch (const Refusal& refusal) {
+      exit = refusal.exit();
+    }
+    return 0;
+  });
+  EXPECT_EQ(kSystem, exit);
+  const Json told = Json::parse(json);
+  const Json& complaint = told["complaints"][0];
+  EXPECT_EQ(7, complaint["line"]);
+  EXPECT_EQ(wrong.what(), complaint["message"]);
+  EXPECT_EQ(SHM_ESYSTEM, complaint["code"]);
+  EXPECT_EQ("ENOSPC", complaint["errno"]["name"]);
+  EXPECT_EQ(complaint["errno"], told["error"]["errno"]);
 }
 
 TEST_F(ScriptTargetTest, AFullTableRefusesTheNext) {
@@ -122,7 +150,7 @@ TEST_F(ScriptTargetTest, AFullTableRefusesTheNext) {
   const Target target = merged(present(), script);
   EXPECT_EQ(SHM_RULES, target.store->filterTable.ruleCount);
   ASSERT_EQ(1u, target.refused.size());
-  EXPECT_EQ(SHM_EFULL, target.refused[0].code);
+  EXPECT_EQ(SHM_EFULL, target.refused[0].refusal.code());
   EXPECT_EQ(static_cast<size_t>(SHM_RULES), target.refused[0].line);
 }
 

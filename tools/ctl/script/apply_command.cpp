@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <string_view>
 
 #include "kestrove/kestrove.h"
 #include "tools/common/hold.h"
@@ -40,7 +41,7 @@ struct Result {
 
 std::map<size_t, std::string> refusalsOf(const Target& target) {
   std::map<size_t, std::string> refusals;
-  for (const Complaint& one : target.refused) refusals[one.line] = one.text;
+  for (const Complaint& one : target.refused) refusals[one.line] = one.refusal.what();
   return refusals;
 }
 
@@ -126,7 +127,9 @@ void refuseContradictions(const ApplyLine& line) {
 }
 
 // A rule may miss its place only because a line in front of it cannot be read.
-bool followsFromAnother(const Complaint& one) { return one.text.find("no place for rule") != std::string::npos; }
+bool followsFromAnother(const Complaint& one) {
+  return std::string_view(one.refusal.what()).find("no place for rule") != std::string_view::npos;
+}
 
 // Where lines make no sense the others are tried all the same, so that one run tells everything that is wrong.
 [[noreturn]] void refuseWrong(const Session& session, const Script& script, Joining joining) {

@@ -51,11 +51,11 @@ std::string refusedReason(const Target& target, const Script& script, const Sett
     for (const ScriptLine& line : script.lines) {
       const ItemWish* item = std::get_if<ItemWish>(&line.wish);
       if (line.number == one.line && item && change.key == item->row->name)
-        return "refused on its way back: " + one.text;
+        return std::string("refused on its way back: ") + one.refusal.what();
     }
   }
   if (target.refused.empty()) return "it does not come back as it was";
-  return "refused on its way back: " + target.refused.front().text;
+  return std::string("refused on its way back: ") + target.refused.front().refusal.what();
 }
 
 struct LostLine {
@@ -103,7 +103,7 @@ std::vector<LostSetting> lostIn(const Image& image) {
   const Script script = parsed(savedScript(image));
   if (!script.complaints.empty()) {
     throw Refusal(kSystem, "line " + std::to_string(script.complaints.front().line) +
-                               " of the script is not understood: " + script.complaints.front().text);
+                               " of the script is not understood: " + script.complaints.front().refusal.what());
   }
   const Image empty = imageFromLines({}, *image);
   const Target target = targetOf(empty, script, Joining::kMerge);

@@ -50,7 +50,7 @@ void readLine(Script& script, size_t number, const std::string& text) {
     const std::vector<std::string> words = wordsOfLine(text);
     if (!words.empty()) script.lines.push_back({number, text, wishOf(words)});
   } catch (const Refusal& refusal) {
-    script.complaints.push_back({number, refusal.what(), refusal.exit(), refusal.code()});
+    script.complaints.push_back({number, refusal});
   }
 }
 
@@ -68,10 +68,12 @@ FILE* opened(const std::string& path) {
 }
 
 Json complaintRow(const Complaint& complaint) {
-  Json row = {{"line", complaint.line}, {"message", complaint.text}};
-  if (complaint.code >= 0) row["code"] = complaint.code;
+  Json row = {{"line", complaint.line}};
+  row.update(errorJson(complaint.refusal));
   return row;
 }
+
+Exit exitOf(const Complaint& complaint) { return complaint.refusal.exit(); }
 
 std::string summaryOf(const Script& script, const std::vector<Complaint>& complaints) {
   const std::string count = complaints.size() == 1 ? "one line" : std::to_string(complaints.size()) + " lines";
@@ -118,19 +120,19 @@ std::string meaningOf(const ScriptLine& line) {
 }
 
 void refuseScript(const Session& session, const Script& script, const std::vector<Complaint>& complaints) {
-  const auto senseless = std::ranges::find(complaints, kUsage, &Complaint::exit);
-  const Complaint& first = senseless == complaints.end() ? complaints.front() : *senseless;
-  const std::string summary = summaryOf(script, complaints);
+  const auto senseless = std::ranges::find(complaints, kUsage, exitOf);
+  const Refusal& first = (senseless == complaints.end() ? complaints.front() : *senseless).refusal;
+  const Refusal whole(first.exit(), summaryOf(script, complaints), first.code(), first.error());
   if (!session.json) {
     for (const Complaint& one : complaints) {
-      fprintf(stderr, "%s\n", tools::escaped(script.place(one.line) + one.text).c_str());
+      fprintf(stderr, "%s\n", tools::escaped(script.place(one.line) + one.refusal.what()).c_str());
     }
-    throw Refusal(first.exit, summary, first.code);
+    throw Refusal(whole);
   }
   Json rows = Json::array();
   for (const Complaint& one : complaints) rows.push_back(complaintRow(one));
-  session.show({{"error", errorJson(first.exit, summary, first.code)}, {"complaints", rows}});
-  throw Refusal(first.exit, "");
+  session.show({{"error", errorJson(whole)}, {"complaints", rows}});
+  throw Refusal(whole.exit(), "");
 }
 
 }  // namespace ctl

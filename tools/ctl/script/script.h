@@ -17,9 +17,7 @@ struct ScriptLine {
 
 struct Complaint {
   size_t line = 0;
-  std::string text;
-  Exit exit = kUsage;
-  int code = -1;
+  Refusal refusal;
 };
 
 struct Script {

@@ -233,10 +233,9 @@ class Run {
     try {
       work();
     } catch (const Refusal& refusal) {
-      refused_.push_back({{"line", script_.lines[line].number},
-                          {"text", refusal.what()},
-                          {"exit", +refusal.exit()},
-                          {"code", refusal.code()}});
+      Json row = packed(refusal);
+      row["line"] = script_.lines[line].number;
+      refused_.push_back(std::move(row));
     }
   }
 
@@ -260,8 +259,7 @@ Json runOnCopy(const Image& start, const Script& script, Joining joining) {
 std::vector<Complaint> complaintsOf(const Json& refused) {
   std::vector<Complaint> complaints;
   for (const Json& one : refused) {
-    complaints.push_back({one.at("line").get<size_t>(), one.at("text").get<std::string>(),
-                          static_cast<Exit>(one.at("exit").get<int>()), one.at("code").get<int>()});
+    complaints.push_back({one.at("line").get<size_t>(), unpacked(one)});
   }
   std::ranges::sort(complaints, {}, &Complaint::line);
   return complaints;

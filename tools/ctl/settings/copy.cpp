@@ -90,12 +90,6 @@ void layOutStore(const Image& start) {
   memset(shm->taskPids, 0, sizeof shm->taskPids);
 }
 
-Json reportOf(const Refusal& refusal) {
-  return {
-      {"refused",
-       {{"exit", +refusal.exit()}, {"message", refusal.what()}, {"code", refusal.code()}, {"errno", refusal.error()}}}};
-}
-
 struct Inside {
   const Image& start;
   const std::function<Json()>& work;
@@ -114,9 +108,9 @@ Json workInside(const Inside& inside) {
     layOutStore(inside.start);
     return {{"result", inside.work()}};
   } catch (const Refusal& refusal) {
-    return reportOf(refusal);
+    return {{"refused", packed(refusal)}};
   } catch (const std::exception& error) {
-    return reportOf(Refusal(kSystem, error.what()));
+    return {{"refused", packed(Refusal(kSystem, error.what()))}};
   }
 }
 
@@ -158,12 +152,19 @@ void requireWhole(int status, const Report& errors) {
 Json resultOf(const Json& report) {
   if (!report.is_object()) throw Refusal(kSystem, "the work on a copy of the appliance said nothing");
   if (!report.contains("refused")) return report.at("result");
-  const Json& refused = report.at("refused");
-  throw Refusal(static_cast<Exit>(refused.at("exit").get<int>()), refused.at("message").get<std::string>(),
-                refused.at("code").get<int>(), refused.at("errno").get<int>());
+  throw unpacked(report.at("refused"));
 }
 
 }  // namespace
+
+Json packed(const Refusal& refusal) {
+  return {{"exit", +refusal.exit()}, {"message", refusal.what()}, {"code", refusal.code()}, {"errno", refusal.error()}};
+}
+
+Refusal unpacked(const Json& refusal) {
+  return {static_cast<Exit>(refusal.at("exit").get<int>()), refusal.at("message").get<std::string>(),
+          refusal.at("code").get<int>(), refusal.at("errno").get<int>()};
+}
 
 CopyResult onCopy(const Image& start, const std::function<Json()>& work) {
   Inside inside = {start, work};

@@ -13,6 +13,10 @@ struct CopyResult {
   Json json;    // what the work gave back
 };
 
+// A refusal on its way from one process to another.
+Json packed(const Refusal& refusal);
+Refusal unpacked(const Json& refusal);
+
 // Runs the work in a process of its own, in namespaces of its own (mounts, network, System V IPC, processes, host
 // name), with a store that starts as the one given: attached, unlocked, without engine and tasks. Everything that is
 // mounted is read-only there, but for copies of what the library writes; no program, no signal and no clock of the
