@@ -61,7 +61,7 @@ bool run(const Script& script) { return system(script.path) == 0; }
 
 void clear(std::initializer_list<const char*> names) {
   kestrove::sys::InterfaceAddresses addresses(kestrove::sys::openSocket(AF_INET, SOCK_DGRAM));
-  for (const char* name : names) addresses.configure(name, 0, 0, 0);
+  for (const char* name : names) (void)addresses.configure(name, 0, 0, 0);
 }
 
 // Whatever other measurements left in the tables.
