@@ -5,7 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string.h>
+#include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -86,6 +88,21 @@ class ApiTest : public StoreTest {
     return api::answer(made);
   }
 
+  // The settings, and all files that a change could reach but those of log-ins.
+  static std::string everything() {
+    std::string all(reinterpret_cast<const char*>(&shm->config), reinterpret_cast<const char*>(&shm->qos));
+    for (const char* folder : {"/etc/config", "/var/lib/kestrove", "/usr/local/apache2/htdocs"}) {
+      if (!fileExists(folder)) continue;
+      std::vector<std::string> files;
+      for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+        if (entry.is_regular_file()) files.push_back(entry.path());
+      }
+      std::sort(files.begin(), files.end());
+      for (const std::string& file : files) all += file + numberOf(file) + readFile(file);
+    }
+    return all + readFile("/etc/passwd");
+  }
+
   // "21 2 alice" of each.
   static std::vector<std::string> events() {
     std::vector<std::string> found;
@@ -97,6 +114,13 @@ class ApiTest : public StoreTest {
   }
 
  private:
+  // A file that is written anew is another one.
+  static std::string numberOf(const std::string& file) {
+    struct stat facts = {};
+    stat(file.c_str(), &facts);
+    return " " + std::to_string(facts.st_ino) + "\n";
+  }
+
   std::string passwords_;
 };
 

@@ -91,21 +91,6 @@ api::Request hostile(Random& random, const Browser& admin, const Browser& reader
   return request;
 }
 
-// The settings, and all files that a change could reach but those of log-ins.
-std::string everything() {
-  std::string all(reinterpret_cast<const char*>(&shm->config), reinterpret_cast<const char*>(&shm->qos));
-  for (const char* folder : {"/etc/config", "/var/lib/kestrove", "/usr/local/apache2/htdocs"}) {
-    if (!fileExists(folder)) continue;
-    std::vector<std::string> files;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-      if (entry.is_regular_file()) files.push_back(entry.path());
-    }
-    std::sort(files.begin(), files.end());
-    for (const std::string& file : files) all += file + "\n" + readFile(file);
-  }
-  return all + readFile("/etc/passwd");
-}
-
 bool isLogIn(const api::Request& request) {
   return request.method == "POST" && request.path == std::string(api::kPrefix) + "/session";
 }

@@ -217,6 +217,26 @@ def ArchiveForSupportComesAndStaysNowhere():
     assert list(pathlib.Path("/run/kestrove/support").iterdir()) == []
 
 
+def PreviewTriesAChangeOnACopy():
+    serve()
+    browser = Browser().log_in()
+    store, file = ctl("dump"), pathlib.Path("/etc/config/kestrove.conf").read_text()
+
+    def preview(method, path, body):
+        status, result = browser.ask("POST", "/preview", {"method": method, "path": path, "body": body})
+        assert status == 200, result
+        return result
+
+    mode = preview("PUT", "/mode/single", {"lan": 10, "wan": 20})
+    assert mode["exit"] == 0 and "mode single 10 20" in json.dumps(mode["store"]), mode
+    assert [one["path"] for one in mode["files"]] == ["/etc/config/kestrove.conf"], mode
+    script = preview("POST", "/apply", {"script": "set wanLinkRate 4096000\n"})
+    assert script["exit"] == 0 and "4096" in json.dumps(script["store"]), script
+    assert preview("PUT", "/items/wanLinkRate", {"value": 1})["exit"] == 1
+    assert ctl("dump") == store and pathlib.Path("/etc/config/kestrove.conf").read_text() == file
+    assert not list(pathlib.Path("/tmp").glob("kestrovectl-*"))
+
+
 def SecondServerLeavesTheFirstAlone():
     serve()
     second = subprocess.run([PROGRAM], stderr=subprocess.PIPE, text=True)

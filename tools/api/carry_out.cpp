@@ -1,68 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/api/carry_out.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <memory>
 #include <optional>
 
 #include "kestrove/codes.h"
 #include "kestrove/errors.h"
 #include "kestrove/segment.h"
+#include "tools/api/command.h"
 #include "tools/api/digest.h"
 #include "tools/api/failure.h"
 #include "tools/ctl/held_look.h"
 #include "tools/ctl/history/pending.h"
 #include "tools/ctl/item_names.h"
-#include "tools/ctl/script/run_line.h"
 #include "tools/ctl/shell/glance.h"
 
 namespace api {
 namespace {
-
-constexpr double kPatience = 2;
-constexpr double kLongestConfirmation = 1440;
-
-struct Printed {
-  int exit = 0;
-  std::string text;
-};
-
-// Runs words with the output kept.
-Printed run(ctl::Session session, const std::vector<std::string>& words) {
-  char* text = nullptr;
-  size_t length = 0;
-  session.out = open_memstream(&text, &length);
-  if (!session.out) throw ctl::systemRefusal("memory", errno);
-  const int exit = ctl::runWords(session, words);
-  fclose(session.out);
-  const std::unique_ptr<char, void (*)(void*)> owned(text, free);
-  return {exit, std::string(text, length)};
-}
-
-double minutesOf(const std::string& text) {
-  char* end = nullptr;
-  errno = 0;
-  const double minutes = strtod(text.c_str(), &end);
-  const bool number = !text.empty() && text.find_first_not_of("0123456789.") == std::string::npos && *end == '\0';
-  if (!number || errno != 0 || minutes > kLongestConfirmation) throw Failure(400, "confirm: 0 to 1440 minutes");
-  return minutes;
-}
-
-ctl::Session sessionOf(const Request& request, const Caller& caller) {
-  ctl::Session session;
-  session.json = true;
-  session.source = SHM_SOURCE_HTTP;
-  session.user = caller.user;
-  session.loggedIn = caller.user;
-  session.waitSeconds = kPatience;
-  if (request.query.contains("comment")) session.comment = request.query.at("comment");
-  if (request.query.contains("confirm")) session.confirmMinutes = minutesOf(request.query.at("confirm"));
-  return session;
-}
 
 // Of a list the row that the path names.
 Json pickedRow(const Route& route, const Json& rows) {
@@ -120,16 +73,6 @@ class ChangeWatch {
   std::optional<bool> changed_;
   bool mismatched_ = false;
 };
-
-// Secrets come the way on which a person's would: nothing of them is in the words.
-void giveInput(const std::string& input) {
-  const int fd = memfd_create("input", MFD_CLOEXEC);
-  if (fd == -1) throw ctl::systemRefusal("memory", errno);
-  const bool written = write(fd, input.data(), input.size()) == static_cast<ssize_t>(input.size());
-  if (!written || lseek(fd, 0, SEEK_SET) != 0 || dup2(fd, STDIN_FILENO) == -1)
-    throw ctl::systemRefusal("memory", errno);
-  close(fd);
-}
 
 Reply replyOf(const Printed& printed, const Route& route) {
   const Json value = Json::parse(printed.text, nullptr, false);
@@ -218,6 +161,7 @@ int statusOf(int exit, const Json& value, const Route& route) {
   const bool failed = value.is_object() && value.contains("error") && value["error"].is_object();
   const int code = failed ? value["error"].value("code", -1) : -1;
   if (failed && isMissing(route, exit, code)) return 404;
+  if (failed && exit == ctl::kNotSaved && !value.contains("saved")) return 500;  // to save was all
   switch (exit) {
     case ctl::kDone:
     case ctl::kFindings:

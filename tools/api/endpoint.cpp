@@ -11,6 +11,7 @@ constexpr char kRoutes[] = "route list";
 constexpr char kRoutes6[] = "route6 list";
 constexpr char kAddresses[] = "address list";
 constexpr char kMode[] = "mode show";
+constexpr char kInterfaces[] = "interface list";
 
 Field word(const char* name, const char* type, const char* help) { return {name, Form::kWord, "", type, true, help}; }
 Field option(const char* name, const char* option, const char* type, const char* help) {
@@ -201,17 +202,46 @@ std::vector<Endpoint> systemRows() {
       {"GET", "/status", Right::kRead, "status", "Store, state, holder of the lock; never waits"},
       {"POST", "/save", Right::kChange, "save", "Write the configuration file"},
       {"GET", "/check", Right::kRead, "check", "The invariants of every table"},
-      {"GET", "/interfaces", Right::kRead, "interface list", "Names, hardware addresses, addresses"},
+      {"GET", "/interfaces", Right::kRead, kInterfaces, "Names, hardware addresses, addresses", {}, kInterfaces},
       {"GET", "/interfaces/{port}/link", Right::kRead, "interface link {port}", "Link status of a port"},
+      {"PUT",
+       "/interfaces/{port}/name",
+       Right::kChange,
+       "interface name {port} {name}",
+       "The name that the store has for a port",
+       {word("name", "string", "Up to 15 characters")},
+       kInterfaces},
+      {"POST",
+       "/dhcp",
+       Right::kChange,
+       "dhcp {interface}",
+       "Obtain an address for an interface",
+       {word("interface", "string", "Name of the interface"),
+        option("timeout", "--timeout", "integer", "Seconds; the web server in front waits for 60")}},
       {"GET", "/engine", Right::kRead, "engine status", "Process, switch, counters, changes not fetched yet"},
       {"POST", "/engine/restart", Right::kChange, "engine restart",
        "Reset the counters, switch it on, end its process"},
       {"GET", "/tasks", Right::kRead, "task list", "The monitored tasks"},
       {"GET", "/kernel", Right::kRead, "kernel show", "Addresses and routes in the tables and in the kernel"},
       {"GET", "/notifications", Right::kRead, "notifications", "The notifications that are on, leaving them so"},
+      {"PUT",
+       "/notifications/{number}",
+       Right::kChange,
+       "notifications set {number} {on}",
+       "Switch one; it stays until somebody reads it",
+       {{"on", Form::kSwitch, "", "boolean", true, "Its switch"}}},
       {"GET", "/events", Right::kRead, "events", "The event log, oldest first"},
       {"DELETE", "/events", Right::kChange, "events clear", "Empty the log"},
       {"GET", "/events/stream", Right::kRead, "", "Events as they come, as server-sent events", {}, "", "", "stream"},
+      {"GET",
+       "/metrics",
+       Right::kRead,
+       "",
+       "Counters, tables and modes as Prometheus takes them",
+       {},
+       "",
+       "",
+       "metrics"},
       {"GET", "/statistics", Right::kRead, "stats", "Counters of the engine, the interfaces and the scheduler"},
       {"POST",
        "/statistics/reset",
@@ -254,6 +284,18 @@ std::vector<Endpoint> systemRows() {
        "file"}};
 }
 
+std::vector<Endpoint> restartRows() {
+  return {{"POST", "/reboot", Right::kChange, "reboot --yes", "Restart the appliance"},
+          {"POST", "/poweroff", Right::kChange, "poweroff --yes", "Switch the appliance off"},
+          {"POST",
+           "/factory-reset",
+           Right::kChange,
+           "factory-reset --yes",
+           "Take back users, settings, event log and files, and restart",
+           {flag("keepUsers", "--keep-users", "Leave the users, and the mark of a configured unit"),
+            flag("noReboot", "--no-reboot", "Leave the restart to the caller")}}};
+}
+
 std::vector<Endpoint> settingRows() {
   return {{"GET",
            "/diff",
@@ -281,6 +323,17 @@ std::vector<Endpoint> settingRows() {
           {"GET", "/confirm", Right::kRead, "confirm --status", "What waits for its confirmation, and how long"},
           {"POST", "/confirm", Right::kChange, "confirm", "Keep the change that waits"},
           {"DELETE", "/confirm", Right::kChange, "confirm --abort", "Take it back now"},
+          {"POST",
+           "/preview",
+           Right::kChange,
+           "",
+           "What one request would make different: settings, files, kernel",
+           {{"method", Form::kWord, "", "string", true, "Of the request that is tried"},
+            {"path", Form::kWord, "", "string", true, "Below /api/1"},
+            {"body", Form::kWord, "", "object", false, "What it would send"}},
+           "",
+           "",
+           "preview"},
           {"POST",
            "/batch",
            Right::kChange,
@@ -312,7 +365,7 @@ std::vector<Endpoint> sessionRows() {
 std::vector<Endpoint> allRows() {
   std::vector<Endpoint> rows;
   for (const auto& family : {sessionRows(), itemRows(), ruleRows(), userRows(), routeRows(), addressRows(), modeRows(),
-                             systemRows(), settingRows()}) {
+                             systemRows(), restartRows(), settingRows()}) {
     rows.insert(rows.end(), family.begin(), family.end());
   }
   return rows;

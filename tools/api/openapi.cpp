@@ -92,6 +92,13 @@ std::string schemaOf(const ctl::Shape& shape) {
   return "{}";
 }
 
+const char* mediaOf(const Endpoint& row) {
+  const std::string special = row.special;
+  if (special == "stream") return "text/event-stream";
+  if (special == "metrics") return "text/plain";
+  return special == "file" ? "application/gzip" : "application/json";
+}
+
 // Of the command that the row stands for.
 std::string resultOf(const Endpoint& row) {
   std::vector<std::string> words;
@@ -156,8 +163,8 @@ std::string operationOf(const Endpoint& row) {
   std::string text = "    " + method + ":\n      summary: " + quoted(row.help) + "\n";
   if (row.right == Right::kNone) text += "      security: []\n";
   text += parametersOf(row) + bodyOf(row) + "      responses:\n";
-  text += "        \"" + std::to_string(row.done) +
-          "\": {description: done, content: {application/json: {schema: " + resultOf(row) + "}}}\n";
+  text += "        \"" + std::to_string(row.done) + "\": {description: done, content: {" + mediaOf(row) +
+          ": {schema: " + resultOf(row) + "}}}\n";
   for (const Answer& answer : kAnswers) {
     const std::string status = std::to_string(answer.status);
     text += "        \"" + status + "\": {$ref: \"#/components/responses/" + status + "\"}\n";

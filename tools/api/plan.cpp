@@ -9,7 +9,9 @@
 #include "tools/api/failure.h"
 #include "tools/api/guard.h"
 #include "tools/api/log_in.h"
+#include "tools/api/metrics.h"
 #include "tools/api/own_process.h"
+#include "tools/api/preview.h"
 #include "tools/api/router.h"
 #include "tools/api/support.h"
 #include "tools/ctl/shell/glance.h"
@@ -47,7 +49,9 @@ Reply told(const std::function<Reply()>& work) {
     return failure.reply();
   } catch (const ctl::Refusal& refusal) {
     const Json error = {{"error", ctl::errorJson(refusal)}};
-    return jsonReply(statusOf(refusal.exit(), error, {}), error);
+    Reply reply = jsonReply(statusOf(refusal.exit(), error, {}), error);
+    if (reply.status == 503) reply.headers.emplace_back("Retry-After", "1");
+    return reply;
   } catch (const std::exception& error) {
     return errorReply(500, {ctl::kSystem, error.what()});
   }
@@ -66,6 +70,8 @@ Plan special(const Request& request, const Route& route, const Caller& caller) {
         .reply = Reply{.status = 200, .body = {}, .headers = {{"Content-Type", "text/event-stream"}}, .events = true},
         .session = caller.session.id};
   }
+  if (name == "metrics") return working([=] { return metrics(request, caller); }, false, caller);
+  if (name == "preview") return working([=] { return preview(request, caller); }, true, caller);
   if (name == "batch") return working([=] { return batch(request, caller); }, true, caller);
   return working([=] { return support(request, route, caller); }, true, caller);
 }

@@ -23,6 +23,10 @@ void makeChange(const Session& session, Change& change, const ItemWish& wish) {
               [&] { return mayBeStored && itemWord(*wish.row) == wish.word; });
 }
 
+bool holds(const ItemWish& wish) {
+  return wish.row->form == ItemForm::kText ? itemText(*wish.row) == wish.text : itemWord(*wish.row) == wish.word;
+}
+
 // The same in the words of a saved script and of the configuration file.
 void addOtherWords(const ItemRow& row, Json& changed) {
   if (row.form == ItemForm::kText) return;
@@ -85,7 +89,7 @@ void setItem(const Session& session, const NamedItem& item, const std::string& v
   const ItemWish wish = itemWish(item, value);
   Change change(session);
   const Json before = itemValue(row);
-  makeChange(session, change, wish);
+  if (!session.leavesEqual || !holds(wish)) makeChange(session, change, wish);
   Json changed = {{"item", row.name}, {"value", itemValue(row)}};
   if (changed["value"] != before) change.leavesUnsaved(unsavedBecause(row.keeping));
   if (*row.unit) changed["unit"] = row.unit;

@@ -32,6 +32,9 @@ struct Table4 {
     return route;
   }
   static void setGateway(Entry& route, const Address& gateway) { route.gateway = gateway.address; }
+  static bool same(const Entry& one, const Entry& other) {
+    return one.destination == other.destination && one.netmask == other.netmask && one.gateway == other.gateway;
+  }
   static int first(Entry* out) { return getFirstRouteTableEntry(out); }
   static int next(const Entry& route, Entry* out) {
     return getNextRouteTableEntry(route.destination, route.netmask, out);
@@ -60,6 +63,10 @@ struct Table6 {
   }
   static void setGateway(Entry& route, const Address& gateway) {
     memcpy(route.gateway, gateway.address6, sizeof route.gateway);
+  }
+  static bool same(const Entry& one, const Entry& other) {
+    return memcmp(one.destination, other.destination, sizeof one.destination) == 0 &&
+           one.prefixLength == other.prefixLength && memcmp(one.gateway, other.gateway, sizeof one.gateway) == 0;
   }
   static int first(Entry* out) { return getFirstRoute6TableEntry(out); }
   static int next(const Entry& route, Entry* out) {
@@ -173,13 +180,22 @@ void remove(const Session& session, const RouteLine& line) {
 }
 
 template <typename Table>
+bool holds(const typename Table::Entry& key, const typename Table::Entry& route) {
+  typename Table::Entry stored;
+  if (Table::find(key, &stored) != 0) return false;
+  return Table::same(stored, route) && (stored.status == SHM_ROUTE_DISABLED) == (route.status == SHM_ROUTE_DISABLED);
+}
+
+template <typename Table>
 void replace(const Session& session, const RouteLine& line) {
   requireStore(session);
   typename Table::Entry key = Table::entry(line.destination);
   typename Table::Entry route = wanted<Table>(line.newDestination, line);
   Change change(session);
   refuseInConfigurationMode(line.destination.text);
-  change.made(Table::replace(key, route, session), line.destination.text);
+  if (!session.leavesEqual || !holds<Table>(key, route)) {
+    change.made(Table::replace(key, route, session), line.destination.text);
+  }
   showStored<Table>(change, route);
 }
 

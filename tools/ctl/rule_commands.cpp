@@ -178,9 +178,11 @@ Wish wish(const RuleLine& line) { return wished(line); }
 void changeOne(const Session& session, const RuleLine& line) {
   requireStore(session);
   Change change(session);
-  FilterRule rule = ruleAt(line.position);
+  const FilterRule before = ruleAt(line.position);
+  FilterRule rule = before;
   apply(rule, line);
   const FilterRule asked = rule;
+  if (session.leavesEqual && memcmp(&rule, &before, sizeof rule) == 0) return tell(change, line.position, asked, rule);
   const int result = changeRule(line.position, &rule);
   if (result < 0) throw ruleRefusal(line.position);
   change.made(result, ruleName(line.position));

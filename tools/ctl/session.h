@@ -73,6 +73,7 @@ struct Session {
   double confirmMinutes = -1;       // after which an unconfirmed change goes back; negative: it stays
   std::vector<std::string> words;   // of the command, as they were given
   std::string loggedIn;             // who logged in to this session; empty: the user of the system
+  bool leavesEqual = false;         // what is so already is not set again: nothing is written
   bool tellsWaiting = false;        // a person waits: what for is said
   FILE* out = stdout;               // the command's own output: the library's prints are turned to standard error
   std::optional<size_t> columns;    // of the screen that shows the output, 0 for no limit; else the terminal is asked

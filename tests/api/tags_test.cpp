@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: Apache-2.0
+// Two operators at one table, and values that are there already: cases from the table of requests.
+#include <algorithm>
+
+#include "tests/api/api_fixture.h"
+#include "tools/api/router.h"
+
+namespace kestrove::testing {
+namespace {
+
+class TagsTest : public ApiTest {
+ protected:
+  void SetUp() override {
+    ApiTest::SetUp();
+    alice_ = browserOf("alice");
+    shm->config.singleInterfaceMode = SHM_OFF;
+    shm->config.pbrOperState = SHM_OFF;
+    add("bertha", 2);
+    ASSERT_EQ(200, ask("PUT", "/items/compression", {{"value", "off"}}).status);  // history has begun
+  }
+  api::Reply ask(const std::string& method, const std::string& path, const Json& body = nullptr) {
+    return ApiTest::ask(alice_, method, path, body);
+  }
+  api::Reply askIf(const std::string& tag, const std::string& method, const std::string& path, const Json& body) {
+    api::Request made = from(alice_, request(method, path, body));
+    made.headers["if-match"] = tag;
+    return api::answer(made);
+  }
+  // The value is there: that is said, and nothing else is done.
+  void expectEqual(const std::string& method, const std::string& path, const Json& body) {
+    const std::string before = everything();
+    const api::Reply reply = ask(method, path, body);
+    EXPECT_EQ(200, reply.status) << path << reply.body;
+    EXPECT_EQ(false, jsonOf(reply)["changed"]) << path << reply.body;
+    EXPECT_TRUE(before == everything()) << path;
+  }
+
+  Browser alice_;
+};
+
+// A value of each place in a path, and of each member of a body, that makes sense there.
+Json sample(const api::Endpoint& row, const std::string& name) {
+  const bool six = std::string(row.path).starts_with("/routes6");
+  const std::pair<const char*, Json> kSamples[] = {{"item", "compression"},
+                                                   {"value", "on"},
+                                                   {"position", "0"},
+                                                   {"to", "0"},
+                                                   {"port", "lan"},
+                                                   {"lan", 10},
+                                                   {"wan", 20},
+                                                   {"on", true},
+                                                   {"length", "16"},
+                                                   {"password", kPassword},
+                                                   {"oldPassword", kPassword},
+                                                   {"newPassword", "Xyzuvw9#k"}};
+  for (const auto& [known, value] : kSamples) {
+    if (name == known) return value;
+  }
+  if (name == "name" && std::string(row.path).starts_with("/interfaces")) return "eth7";
+  if (name == "name") return row.method == std::string("POST") ? "carol" : row.fields.empty() ? "guest" : "bertha";
+  if (name == "destination") return six ? "fd08::/16" : "10.8.0.0/16";
+  if (name == "gateway") return six ? "fd01::1" : "192.0.2.254";
+  if (std::string(row.path).starts_with("/addresses")) return "192.0.2.9";
+  return six ? "fd09::" : "10.9.0.0";
+}
+
+std::string pathOf(const api::Endpoint& row) {
+  std::string path = row.path;
+  for (const std::string& name : api::placesIn(row.path)) {
+    const std::string mark = "{" + name + "}";
+    path.replace(path.find(mark), mark.size(), sample(row, name).get<std::string>());
+  }
+  return path;
+}
+
+Json bodyOf(const api::Endpoint& row) {
+  if (row.method == std::string("DELETE")) return nullptr;
+  Json body = Json::object();
+  for (const api::Field& field : row.fields) {
+    if (field.needed) body[field.name] = sample(row, field.name);
+  }
+  if (row.path == std::string("/rules")) body["protocol"] = "udp";
+  return body;
+}
+
+const api::Endpoint& readerOf(const api::Endpoint& change) {
+  return *std::ranges::find_if(api::endpoints(), [&](const api::Endpoint& row) {
+    return row.reads() && !*row.pick && row.table == std::string(change.table);
+  });
+}
+
+TEST_F(TagsTest, EveryTableIsChangedOnlyByWhoSawItAsItIs) {
+  int tables = 0;
+  for (const api::Endpoint& row : api::endpoints()) {
+    if (row.reads() || !*row.table) continue;
+    const std::string before = everything();
+    const api::Reply late = askIf("\"00000000000000000000000000000000\"", row.method, pathOf(row), bodyOf(row));
+    EXPECT_EQ(412, late.status) << row.method << row.path << late.body;
+    EXPECT_FALSE(jsonOf(late)["error"]["message"].get<std::string>().empty()) << row.path;
+    EXPECT_TRUE(before == everything()) << row.path;
+    const bool one = row.path == std::string("/items/{item}");
+    const std::string tag = ask("GET", pathOf(one ? row : readerOf(row))).header("ETag");
+    ASSERT_EQ(34u, tag.size()) << row.path;
+    const api::Reply known = askIf(tag, row.method, pathOf(row), bodyOf(row));
+    EXPECT_NE(412, known.status) << row.method << row.path << known.body;
+    EXPECT_NE(400, known.status) << row.method << row.path << known.body;
+    ++tables;
+  }
+  EXPECT_GT(tables, 20);
+}
+
+TEST_F(TagsTest, EveryItemThatIsSetToWhatItIsStaysAndIsNotWritten) {
+  int items = 0;
+  for (const Json& item : jsonOf(ask("GET", "/items"))) {
+    if (item["accepts"] == "read only" || item["value"] == "unset" || item["value"] == "invalid") continue;
+    const std::string before = everything();
+    const std::string path = "/items/" + item["item"].get<std::string>();
+    const api::Reply reply = ask("PUT", path, {{"value", item["value"]}});
+    if (reply.status == 422 || reply.status == 400) continue;  // a fresh store has values that nobody could set
+    EXPECT_EQ(200, reply.status) << path << reply.body;
+    EXPECT_EQ(false, jsonOf(reply)["changed"]) << path << reply.body;
+    EXPECT_TRUE(before == everything()) << path;
+    ++items;
+  }
+  EXPECT_GT(items, 20);
+}
+
+TEST_F(TagsTest, ModesRoutesRulesAndNamesThatAreSoAlreadyStay) {
+  expectEqual("PUT", "/mode/double", Json::object());
+  expectEqual("PUT", "/mode/policy-routing", {{"on", false}});
+  Json route = {{"destination", "10.9.0.0/16"}, {"gateway", "192.0.2.254"}, {"disabled", true}};
+  ASSERT_EQ(201, ask("POST", "/routes", route).status);
+  expectEqual("PUT", "/routes/10.9.0.0/16", route);
+  route["gateway"] = "192.0.2.253";
+  EXPECT_EQ(true, jsonOf(ask("PUT", "/routes/10.9.0.0/16", route))["changed"]);
+  const Json route6 = {{"destination", "fd09::/16"}, {"gateway", "fd01::1"}, {"disabled", true}};
+  ASSERT_EQ(201, ask("POST", "/routes6", route6).status);
+  expectEqual("PUT", "/routes6/fd09::/16", route6);
+  ASSERT_EQ(201, ask("POST", "/rules", {{"position", 0}, {"protocol", "udp"}, {"kbit/s", 2048}}).status);
+  expectEqual("PATCH", "/rules/0", {{"protocol", "udp"}, {"kbit/s", 2048}});
+  ASSERT_EQ(200, ask("PUT", "/interfaces/lan/name", {{"name", "eth7"}}).status);
+  expectEqual("PUT", "/interfaces/lan/name", {{"name", "eth7"}});
+}
+
+}  // namespace
+}  // namespace kestrove::testing
