@@ -14,7 +14,14 @@ help: ## what can be made
 
 demo: ## the appliance's story, told in a sandbox in seconds; the first time some minutes of building come before
 	@scripts/setup build tools sandbox
+	@[ -d /run/systemd/system ] || scripts/setup web snmp python # there Debian would start the machine's own agent
 	@scripts/demo
+
+.PHONY: appliance
+appliance: ## an appliance with all its programs, for this machine's browser, as root; CHECK=1 looks at each part and ends
+	@[ ! -d /run/systemd/system ] || scripts/setup --check web snmp
+	@scripts/setup build tools sandbox web snmp python
+	@scripts/appliance $(if $(CHECK),--check)
 
 test: ## every test, 64-bit, and 32-bit where its packages are or can be installed
 	@scripts/setup build tools sandbox probes test model manual doc python web
