@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tests/support/store.h"
+#include "tools/sim/act.h"
 #include "tools/sim/changes.h"
 #include "tools/sim/interval.h"
 #include "tools/sim/soundness.h"
@@ -277,6 +278,47 @@ TEST_F(SimPartsTest, ARecordCarriesRatesAndTotals) {
   EXPECT_EQ(1000u, record.word[30 + 15 * 9 + 1]);
   EXPECT_EQ(4000u, record.word[30 + 15 * 9 + 7]);
   EXPECT_EQ(0u, sim::makeRecord(lan, wan, 0).word[37]);
+}
+
+TEST_F(SimPartsTest, WhoActsCompressesSharesOutAndCountsSessions) {
+  const InterfaceCounters port = {100000, 0, 1000, 0, 0, 0};
+  sim::IntervalRecord record = sim::makeRecord(port, port, 1);
+  block_->compression = 1;
+  block_->wan.linkRate = 1000000;
+  sim::act(record, *block_);
+  EXPECT_EQ(100000u, record.word[25]);
+  EXPECT_EQ(40000u, record.word[26]);
+  const uint32_t* wan = record.word + 30;
+  const uint32_t* first = wan + 15;
+  EXPECT_EQ(40000u, wan[1]);
+  EXPECT_EQ(6u, wan[10]);
+  EXPECT_EQ(0u, wan[5]);
+  EXPECT_EQ(1u, first[0]);
+  EXPECT_EQ(20000u, first[1]);
+  EXPECT_EQ(500u, first[3]);
+  EXPECT_EQ(100000u, record.word[30 + 15 * 9 + 1]);
+  const SessionEngineStats sessions = sim::sessionRecord(port, port, record);
+  EXPECT_EQ(100000u, +sessions.counter[4]);
+  EXPECT_EQ(6, +sessions.sessions);
+}
+
+TEST_F(SimPartsTest, WhoActsDropsWhereTheWanIsFull) {
+  const InterfaceCounters port = {100000, 0, 1000, 0, 0, 0};
+  sim::IntervalRecord record = sim::makeRecord(port, port, 1);
+  block_->compression = 0;
+  block_->wan.linkRate = 800000;
+  sim::act(record, *block_);
+  EXPECT_EQ(100000u, record.word[26]);
+  EXPECT_EQ(10u, record.word[30 + 5]);
+}
+
+TEST_P(SimTest, WhoActsTellsOfSessions) {
+  Sim sim(GetParam(), {"--interval", "1", "--intervals", "1", "--act"});
+  sim.line();
+  EXPECT_EQ(0u, sim.line().find("interval 1: "));
+  EXPECT_EQ("engine stopped", sim.line());
+  EXPECT_EQ(0, sim.exitStatus());
+  EXPECT_EQ(8, +shm->qos[8].priority);
 }
 
 }  // namespace

@@ -6,16 +6,6 @@
 namespace sim {
 namespace {
 
-enum RecordWord { kUncompressed = 25, kCompressed = 26, kFilterIn = 27, kFilterOut = 28, kRows = 30, kRowWords = 15 };
-enum RowWord { kBytes = 1, kPackets = 3, kDrops = 5, kCurrentRate = 7, kAverageRate = 8, kMaximumRate = 9 };
-constexpr int kWanRow = 0;
-constexpr int kLanRow = 9;
-
-void putPair(uint32_t* words, uint64_t value) {
-  words[0] = static_cast<uint32_t>(value);
-  words[1] = static_cast<uint32_t>(value >> 32);
-}
-
 void fillRow(IntervalRecord& record, int row, const InterfaceCounters& port, uint32_t seconds) {
   uint32_t* words = record.word + kRows + kRowWords * row;
   putPair(words + kBytes, port.bytesSent);

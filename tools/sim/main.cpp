@@ -16,6 +16,7 @@
 #include "tools/common/plain_text.h"
 #include "tools/common/standard_output.h"
 #include "tools/common/version_text.h"
+#include "tools/sim/act.h"
 #include "tools/sim/changes.h"
 #include "tools/sim/interval.h"
 #include "tools/sim/soundness.h"
@@ -38,6 +39,7 @@ struct Options {
   int changes = 0;    // to hear before it ends; 0: no end
   int intervals = 0;  // likewise
   bool replace = false;
+  bool act = false;
 };
 
 // Nanoseconds of a clock that nobody sets.
@@ -158,8 +160,15 @@ void Engine::hear() {
 
 void Engine::report() {
   startInterval();
-  sim::IntervalRecord record = sim::makeRecord(lan_.advance(), wan_.advance(), static_cast<uint32_t>(seconds()));
+  const InterfaceCounters lan = lan_.advance();
+  const InterfaceCounters wan = wan_.advance();
+  sim::IntervalRecord record = sim::makeRecord(lan, wan, static_cast<uint32_t>(seconds()));
+  if (options_.act) sim::act(record, *block_);
   if (shm_updateKestroveStats(record.word) != 0) return;
+  if (options_.act) {
+    SessionEngineStats sessions = sim::sessionRecord(lan, wan, record);
+    updateDomoStats(&sessions);
+  }
   ++intervalsReported_;
   say("interval " + std::to_string(checkStatsCounter()) + ": " + std::to_string(record.bytesToWan()) +
       " bytes to the WAN");
@@ -214,6 +223,7 @@ int main(int argc, char** argv) {
       ->check(CLI::Range(0, 86400));
   app.add_option("--changes", options.changes, "End after this many changes")->check(CLI::PositiveNumber);
   app.add_option("--intervals", options.intervals, "End after this many reports")->check(CLI::PositiveNumber);
+  app.add_flag("--act", options.act, "Report compression, classes and sessions, too, as an engine would");
   app.add_flag("--replace", options.replace, "Take the place of an engine that runs");
   try {
     app.parse(argc, argv);
