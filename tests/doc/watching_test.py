@@ -7,6 +7,7 @@ import re
 import shutil
 import subprocess
 import sys
+import tempfile
 
 SOURCE, CTL, CASE = pathlib.Path(sys.argv[1]), *sys.argv[2:]
 FOLDER = SOURCE / "doc/grafana"
@@ -106,8 +107,21 @@ def no_other_host_is_asked():
         assert "//" not in file.read_text(encoding="utf-8"), file
 
 
+def prometheus_takes_every_expression():
+    """Where promtool is installed: the alerts, the example, and what the dashboard asks, as rules of a file."""
+    subprocess.run(["promtool", "check", "config", FOLDER / "prometheus.yml"], check=True)
+    expressions = [expression.replace("$__rate_interval", "1m").replace("$appliance", "a:9100") for _, expression in targets()]
+    asked = [{"record": "one", "expr": expression, "labels": {"number": str(number)}}
+             for number, expression in enumerate(expressions)]
+    with tempfile.NamedTemporaryFile("w", suffix=".yml") as file:
+        json.dump({"groups": [{"name": "dashboard", "rules": asked}]}, file)
+        file.flush()
+        subprocess.run(["promtool", "check", "rules", file.name], check=True)
+
+
 CASES = {"".join(word.capitalize() for word in case.__name__.split("_")): case
          for case in (dashboard_asks_for_what_is_printed, alerts_ask_for_what_is_printed,
                       unknown_names_and_labels_are_found, every_panel_says_what_it_shows,
-                      panels_stand_beside_one_another, no_other_host_is_asked)}
+                      panels_stand_beside_one_another, no_other_host_is_asked,
+                      prometheus_takes_every_expression)}
 CASES[CASE]()
