@@ -24,7 +24,7 @@ appliance: ## an appliance with all its programs, for this machine's browser, as
 	@scripts/appliance $(if $(CHECK),--check)
 
 test: ## every test, 64-bit, and 32-bit where its packages are or can be installed
-	@scripts/setup build tools sandbox probes test model manual doc python web
+	@scripts/setup build tools sandbox probes test model manual doc python web snmp
 	@if scripts/setup m32; then scripts/test dev m32; else echo "test: no 32-bit packages; 64-bit only"; scripts/test dev; fi
 
 test-sanitized: ## every test under ASan and UBSan; in 32-bit the tests of the library
@@ -34,10 +34,10 @@ test-sanitized: ## every test under ASan and UBSan; in 32-bit the tests of the l
 test-all: test test-sanitized ## the two together
 
 .PHONY: test-snmp
-test-snmp: ## the SNMP subagent behind a real agent, 64-bit
+test-snmp: ## the SNMP subagent behind a real agent that is killed 100 times, 64-bit; the rest of its tests is in make test
 	@scripts/setup build tools sandbox test snmp
 	@scripts/build dev snmp_test
-	@ctest --test-dir build/dev -R '^Snmp' --no-tests=error --output-on-failure
+	@KESTROVE_MASTER_KILLS=100 ctest --test-dir build/dev -R '^SnmpReadTest.AMaster' --no-tests=error --verbose
 
 test-install: ## an installation, and front ends built against it: C, C++ and Python, by pkg-config, CMake and Meson
 	@scripts/setup build tools sandbox frontend consumers manual
@@ -94,7 +94,7 @@ format-check: ## fails when a source is not formatted
 	@$(SOURCES) | xargs -0 clang-format --dry-run -Werror
 
 lint: ## runs clang-tidy over the library and the programs; its messages are errors
-	@scripts/setup build tools lint
+	@scripts/setup build tools web snmp lint
 	@cmake --preset dev -B build/lint -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null # another compiler's are no use
 	@find $(LINT) -name '*.cpp' -print0 | xargs -0 -P "$$(nproc)" -n 4 scripts/tidy build/lint $(TIDY)
 

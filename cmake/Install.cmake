@@ -29,6 +29,13 @@ install(DIRECTORY python/kestrove DESTINATION lib/python3/dist-packages PATTERN 
 if(TARGET kestrove-api)
   install(TARGETS kestrove-api RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
+if(TARGET kestrove-snmp)
+  install(TARGETS kestrove-snmp RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES doc/mib/KESTROVE-MIB DESTINATION ${CMAKE_INSTALL_DATADIR}/snmp/mibs RENAME KESTROVE-MIB.txt)
+endif()
+if(TARGET kestrove-hints)
+  install(TARGETS kestrove-hints LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/kestrove)
+endif()
 install(DIRECTORY tools/api/apache DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrove USE_SOURCE_PERMISSIONS)
 
 install(TARGETS kestrove-sandbox kestrove-recorder RUNTIME DESTINATION ${kestrove_home})

@@ -34,7 +34,7 @@ def every_page_is_sound():
     built = sorted(path for path in (BUILD / "share/man").rglob("*") if path.is_file())
     sources = {path.stem for path in (SOURCE / "doc/man").glob("*.scd")}
     written = {path.name for path in built if path.suffix != ".3kestrove"}
-    assert len(sources) == 8 and written == sources, (sources, written)
+    assert len(sources) >= 9 and written == sources, (sources, written)
     lint(built, "error")
     families = [path for path in built if re.fullmatch(r"(?:lib)?kestrove(?:-\w+)?\.3kestrove", path.name)]
     assert len(families) > 20, families
@@ -65,10 +65,16 @@ def every_header_has_its_page():
     none([f"include/kestrove/{name}.h and section 3 differ" for name in sorted(headers ^ pages)])
 
 
+def programs(*more):
+    """Pages with their programs; the subagent is built where net-snmp is there."""
+    pages = {"shm-init.8": "tools/shm-init", "kestrove-sim.8": "tools/kestrove-sim",
+             "kestrove-monitor.8": "tools/kestrove-monitor", "kestrove-snmp.8": "tools/kestrove-snmp", **dict(more)}
+    return {page: program for page, program in pages.items()
+            if program != "tools/kestrove-snmp" or (BUILD / program).exists()}
+
+
 def every_option_is_in_its_page():
-    for name, program in {"shm-init.8": "tools/shm-init", "kestrove-sim.8": "tools/kestrove-sim",
-                          "kestrove-monitor.8": "tools/kestrove-monitor",
-                          "kestrove-sandbox.1": "sandbox/kestrove-sandbox"}.items():
+    for name, program in programs(("kestrove-sandbox.1", "sandbox/kestrove-sandbox")).items():
         text = subprocess.run([BUILD / program, "--help"], stdout=subprocess.PIPE, encoding="utf-8", check=True).stdout
         options = {*re.findall(r"^\s+(?:-\w,)?(--[\w-]+)", text, re.MULTILINE)}
         written = {*re.findall(r"^\*(--[\w-]+)\*", page(name), re.MULTILINE)}
@@ -77,12 +83,11 @@ def every_option_is_in_its_page():
 
 
 def every_exit_code_is_in_its_page():
-    for name, program in {"shm-init.8": "tools/shm-init", "kestrove-sim.8": "tools/kestrove-sim",
-                          "kestrove-monitor.8": "tools/kestrove-monitor"}.items():
+    for name, program in programs().items():
         text = subprocess.run([BUILD / program, "--help"], stdout=subprocess.PIPE, encoding="utf-8", check=True).stdout
         codes = {*re.findall(r"(?:^ +|[:;]\s)(\d)\s", text.split("Exit status:")[1], re.MULTILINE)}
         written = {*re.findall(r"^\*(\d+)\*$", page(name), re.MULTILINE)}
-        assert len(codes) >= 5, text
+        assert len(codes) >= 3, text
         none([f"{name} and {program} --help differ: exit {code}" for code in sorted(codes ^ written)])
 
 

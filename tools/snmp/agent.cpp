@@ -12,25 +12,17 @@
 namespace snmp {
 namespace {
 
-constexpr char kUser[] = "snmp";
 constexpr uint32_t kMostAtOnce = 100;  // notifications of one look: a cleared log is no storm
 constexpr size_t kHeader = offsetof(EventLog, record);
-constexpr size_t kLongestText = 256;
-
-// The subagent is not told by which version of the protocol it was asked: the store says which one is in use.
-uint32_t source() {
-  const uint32_t version = std::clamp<uint32_t>(shm->config.snmpVersion, 1, 3);
-  return SHM_SOURCE_SNMP_V1 + version - 1;
-}
+constexpr size_t kWord = sizeof(uint32_t);  // which is whole without the lock
 
 // A copy in whose time nothing was added; none where the log is being written.
 std::unique_ptr<EventLog> copyOf(const EventLog& log) {
   auto copy = std::make_unique_for_overwrite<EventLog>();
   memcpy(copy.get(), &log, sizeof log);
-  return memcmp(copy.get(), &log, kHeader) == 0 ? std::move(copy) : nullptr;
+  if (memcmp(copy.get(), &log, kHeader) != 0) copy.reset();
+  return copy;
 }
-
-bool allowed(const ShmData& store) { return store.config.snmpOperState == SHM_ON; }
 
 }  // namespace
 
@@ -41,6 +33,7 @@ void Agent::look() {
   }
   if (!data()) return;
   if (startDue_) logStart();
+  logRefusals();
   tellEvents();
   tellNotifications();
 }
@@ -74,40 +67,34 @@ void Agent::tellNotifications() {
   }
 }
 
-std::vector<uint8_t> Agent::read(const Found& found) {
+// By the module in snmpd; without it by the item that says which version is in use.
+uint32_t Agent::source() const {
+  if (hints_.writer()) return *hints_.writer();
+  const uint32_t version = std::clamp<uint32_t>(data()->config.snmpVersion, 1, 3);
+  return SHM_SOURCE_SNMP_V1 + version - 1;
+}
+
+void Agent::logRefusals() {
+  hints_.hear();
+  const monitor::Milliseconds now = monitor::clockNow();
+  if (!hints_.due(now)) return;
   const monitor::Visit visit(store_);
+  if (visit) hints_.log(now);
+}
+
+std::vector<uint8_t> Agent::read(const Found& found) {
+  std::optional<monitor::Visit> visit;
+  if (found.leaf->field->width > kWord) visit.emplace(store_);
   const std::span<const uint8_t> bytes = bytesOf(found, *data());
   return {bytes.begin(), bytes.end()};
 }
 
-Refused Agent::check(const Found& found, int type, size_t length) const {
-  if (!found.leaf->scalar || !found.leaf->scalar->settable) return kNotWritable;
-  if (type != typeOf(found.leaf->field->kind)) return kWrongType;
-  const bool isText = found.leaf->field->kind == Kind::kText;
-  if (isText ? length > kLongestText : length != sizeof(long)) return kWrongLength;
-  return allowed(*data()) ? kNoError : kNoAccess;
-}
-
+// A switch that was turned off meanwhile counts.
 Refused Agent::set(const Found& found, std::span<const uint8_t> value) {
+  hints_.hear();
   const monitor::Visit visit(store_);
   if (!visit) return kResourceUnavailable;
-  if (!allowed(*data())) return kNoAccess;
-  return setUnderLock(*found.leaf->scalar->settable, value);
-}
-
-// The library names its reason; a value that is in the store and not in the file is a failure, too.
-Refused Agent::setUnderLock(const ctl::ItemRow& row, std::span<const uint8_t> value) {
-  shm_errno = SHM_OK;
-  int result;
-  if (row.family == ctl::ItemFamily::kText) {
-    result = setShmString(row.id, std::string(value.begin(), value.end()).c_str());
-  } else {
-    long number;
-    memcpy(&number, value.data(), sizeof number);
-    result = setKestroveConfigItem(row.id, static_cast<uint32_t>(number), source(), kUser);
-  }
-  if (result == 0 && shm_errno != SHM_EIO) return kNoError;
-  return shm_errno == SHM_EINVAL || shm_errno == SHM_ERANGE ? kWrongValue : kGenErr;
+  return data()->config.snmpOperState == SHM_ON ? snmp::set(found, value, source()) : kNoAccess;
 }
 
 }  // namespace snmp

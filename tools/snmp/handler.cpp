@@ -10,6 +10,9 @@
 namespace snmp {
 namespace {
 
+static_assert(ASN_INTEGER == kInteger && ASN_OCTET_STR == kOctets && ASN_IPADDRESS == kAddress &&
+              ASN_UNSIGNED == kUnsigned && ASN_COUNTER64 == kCounter64);
+
 constexpr size_t kModuleLength = std::size(kModule);
 Agent* answering = nullptr;  // the library calls back with a pointer of its own type
 
@@ -94,7 +97,7 @@ Refused checkSet(const netsnmp_variable_list& variable) {
   const auto* data = answering->data();
   const auto found = data ? answering->tree().at(placeOf(variable), *data) : std::nullopt;
   if (!found) return data ? SNMP_ERR_NOCREATION : SNMP_ERR_RESOURCEUNAVAILABLE;
-  return answering->check(*found, variable.type, variable.val_len);
+  return check(*found, variable.type, variable.val_len, *data);
 }
 
 Refused set(const netsnmp_variable_list& variable) {
@@ -149,21 +152,6 @@ int handle(netsnmp_mib_handler*, netsnmp_handler_registration*, netsnmp_agent_re
 }
 
 }  // namespace
-
-int typeOf(Kind kind) {
-  switch (kind) {
-    case Kind::kNumber: return ASN_UNSIGNED;
-    case Kind::kGauge: return ASN_GAUGE;
-    case Kind::kInteger:
-    case Kind::kSwitch: return ASN_INTEGER;
-    case Kind::kCounter: return ASN_COUNTER64;
-    case Kind::kAddress: return ASN_IPADDRESS;
-    case Kind::kAddress6:
-    case Kind::kHardware:
-    case Kind::kText: break;
-  }
-  return ASN_OCTET_STR;
-}
 
 void registerModule(Agent& agent) {
   answering = &agent;

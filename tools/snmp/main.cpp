@@ -12,6 +12,7 @@
 #include "tools/common/version_text.h"
 #include "tools/snmp/agent.h"
 #include "tools/snmp/agent_library.h"
+#include "tools/snmp/hints.h"
 #include "tools/snmp/module.h"
 
 namespace {
@@ -24,7 +25,7 @@ constexpr char kExitCodes[] =
     "  0  told to end\n"
     "  2  wrong usage\n"
     "  5  the library of the agent cannot be used; or standard output cannot be written";
-constexpr int kAgain = 5;         // seconds between two looks whether the master lives, and two tries to reach it
+constexpr int kAgain = 2;         // seconds between two looks whether the master lives, and two tries to reach it
 constexpr unsigned kBetween = 1;  // seconds between two looks at the store
 
 volatile sig_atomic_t toldToEnd = 0;
@@ -40,16 +41,44 @@ void hearSignals() {
   for (int number : {SIGTERM, SIGINT}) sigaction(number, &action, nullptr);
 }
 
-int serve(const std::string& master) {
+struct Options {
+  std::string master = "/var/agentx/master";
+  std::string hints = snmp::kHintPath;
+  std::string group = "Debian-snmp";
+  bool module = false;
+};
+
+void describe(CLI::App& app, Options& options) {
+  app.footer(kExitCodes);
+  app.set_version_flag("--version", tools::versionText(kName));
+  app.add_option("--master", options.master, "Where the agent listens for its subagents")
+      ->take_last()
+      ->capture_default_str();
+  app.add_option("--hints", options.hints, "Where the module in snmpd tells of requests")
+      ->take_last()
+      ->capture_default_str();
+  app.add_option("--group", options.group, "Who may tell there beside root")->take_last()->capture_default_str();
+  app.add_flag("--module", options.module, "Print the module, KESTROVE-MIB");
+}
+
+// The library of the agent keeps no files of its own and reads none.
+bool prepare(const std::string& master) {
   snmp_enable_calllog();
   snmp_enable_syslog_ident(kName, LOG_DAEMON);
   netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, 1);
   netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_READ_CONFIGS, 1);
   netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE, 1);
   netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_X_SOCKET, master.c_str());
+  if (init_agent(kName) != 0) return false;
+  // Behind init_agent, which sets another.
   netsnmp_ds_set_int(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_AGENTX_PING_INTERVAL, kAgain);
-  if (init_agent(kName) != 0) return fail(kSystem, "the library of the agent cannot be used");
-  snmp::Agent agent;
+  return true;
+}
+
+int serve(const Options& options) {
+  if (!prepare(options.master)) return fail(kSystem, "the library of the agent cannot be used");
+  snmp::Hints hints(options.hints, options.group);
+  snmp::Agent agent(hints);
   snmp::registerModule(agent);
   init_snmp(kName);
   hearSignals();
@@ -63,17 +92,13 @@ int serve(const std::string& master) {
 
 int run(int argc, char** argv, FILE* out) {
   if (const std::string refused = tools::refusedWord(argc, argv); !refused.empty()) return fail(kUsage, refused);
-  std::string master = "/var/agentx/master";
+  Options options;
   CLI::App app("Shows the store to the network's monitoring, behind the machine's own agent.", kName);
-  app.footer(kExitCodes);
-  app.set_version_flag("--version", tools::versionText(kName));
-  app.add_option("--master", master, "Where the agent listens for its subagents")->capture_default_str();
-  bool module = false;
-  app.add_flag("--module", module, "Print the module, KESTROVE-MIB");
+  describe(app, options);
   std::string failure;
   try {
     app.parse(argc, argv);
-    if (!module) return serve(master);
+    if (!options.module) return serve(options);
     failure = tools::writeOut(out, snmp::moduleText());
   } catch (const CLI::CallForHelp&) {
     failure = tools::writeOut(out, app.help());

@@ -52,10 +52,6 @@ std::optional<Found> firstIn(const Leaf& leaf, std::span<const uint32_t> place, 
   return row == 0 ? std::nullopt : std::optional<Found>({&leaf, row});
 }
 
-bool isBehind(const Leaf& leaf, std::span<const uint32_t> place) {
-  return std::ranges::lexicographical_compare(place, leaf.prefix);
-}
-
 }  // namespace
 
 Place Found::place() const {
@@ -75,20 +71,29 @@ Tree::Tree() {
   std::ranges::sort(leaves_, {}, &Leaf::prefix);
 }
 
+// The first leaf behind the place; the one in front of it may hold the place.
+size_t Tree::behindLeaf(std::span<const uint32_t> place) const {
+  const auto found = std::ranges::upper_bound(leaves_, place, std::ranges::lexicographical_compare, &Leaf::prefix);
+  return static_cast<size_t>(found - leaves_.begin());
+}
+
+const Leaf* Tree::around(std::span<const uint32_t> place) const {
+  const size_t next = behindLeaf(place);
+  return next > 0 && begins(place, leaves_[next - 1].prefix) ? &leaves_[next - 1] : nullptr;
+}
+
 std::optional<Found> Tree::at(std::span<const uint32_t> place, const ShmData& store) const {
-  for (const Leaf& leaf : leaves_) {
-    if (place.size() != leaf.prefix.size() + 1 || !begins(place, leaf.prefix)) continue;
-    const uint32_t row = place.back();
-    if (leaf.scalar ? row == 0 : isThere(*leaf.table, row, store)) return Found{&leaf, row};
-    return std::nullopt;
-  }
-  return std::nullopt;
+  const Leaf* leaf = around(place);
+  if (!leaf || place.size() != leaf->prefix.size() + 1) return std::nullopt;
+  const uint32_t row = place.back();
+  const bool there = leaf->scalar ? row == 0 : isThere(*leaf->table, row, store);
+  return there ? std::optional<Found>({leaf, row}) : std::nullopt;
 }
 
 std::optional<Found> Tree::behind(std::span<const uint32_t> place, const ShmData& store) const {
-  for (const Leaf& leaf : leaves_) {
-    if (!begins(place, leaf.prefix) && !isBehind(leaf, place)) continue;
-    if (std::optional<Found> found = firstIn(leaf, place, store)) return found;
+  const size_t next = behindLeaf(place);
+  for (size_t i = around(place) ? next - 1 : next; i < leaves_.size(); ++i) {
+    if (std::optional<Found> found = firstIn(leaves_[i], place, store)) return found;
   }
   return std::nullopt;
 }

@@ -35,7 +35,10 @@ class Tree {
   std::optional<Found> behind(std::span<const uint32_t> place, const ShmData& store) const;
 
  private:
-  std::vector<Leaf> leaves_;
+  size_t behindLeaf(std::span<const uint32_t> place) const;
+  const Leaf* around(std::span<const uint32_t> place) const;
+
+  std::vector<Leaf> leaves_;  // in the order of their prefixes, none of which begins another
 };
 
 // The bytes of the field, as the store has them; a text up to its end.
