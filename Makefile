@@ -49,7 +49,7 @@ abi: ## the interface of both widths against the record in abi/
 
 .PHONY: deb test-packages
 deb: ## Debian packages for amd64 and i386 in build/deb, looked through by lintian; again=--again compares a second build
-	@scripts/setup build tools manual m32 doc deb
+	@scripts/setup build tools manual m32 doc probes deb
 	@scripts/deb $(again)
 
 test-packages: deb ## the packages installed, used, upgraded and purged in a root made from scratch; as root, with the registry
