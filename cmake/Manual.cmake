@@ -9,7 +9,8 @@ endif()
 
 set(manual_folder ${PROJECT_BINARY_DIR}/share/man)
 set(manual_pages)
-foreach(page IN ITEMS kestrove-sandbox.1 kestrove.conf.5 kestrove-script.5 kestrove.7 kestrove-monitor.8 kestrove-sim.8 kestrove-snmp.8 kestrovectl.8 shm-init.8)
+foreach(page IN ITEMS kestrove-sandbox.1 kestrove.conf.5 kestrove-script.5 kestrove.7 kestrove-api.8 kestrove-monitor.8
+                      kestrove-sim.8 kestrove-snmp.8 kestrovectl.8 shm-init.8)
   set(source ${PROJECT_SOURCE_DIR}/doc/man/${page}.scd)
   set(more)
   if(page STREQUAL kestrovectl.8)

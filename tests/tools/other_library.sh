@@ -8,9 +8,9 @@ library=$1
 shift
 old=$(mktemp -d)
 trap 'rm -rf "$old"' EXIT
-perl -0777 -pe '$found = s/\x001\.0\.0\x00/\x000.9.0\x00/g; END { $found == 1 or die "found $found versions\n" }' \
+perl -0777 -pe '$found = s/\x001\.1\.0\x00/\x000.9.0\x00/g; END { $found == 1 or die "found $found versions\n" }' \
   "$library" >"$old/libkestrove.so.1"
-sentence=': libkestrove 0.9.0 with layout 58a2cb6260745e64 does not serve a program built for 1.0.0 with layout '
+sentence=': libkestrove 0.9.0 with layout 58a2cb6260745e64 does not serve a program built for 1.1.0 with layout '
 sentence+='58a2cb6260745e64: the major versions differ.'
 for program in "$@"; do
   for words in "" --version show; do
@@ -19,6 +19,6 @@ for program in "$@"; do
     said=$(LD_LIBRARY_PATH=$old "$program" $words 2>&1) || status=$?
     [ "$status $said" = "3 ${program##*/}$sentence" ] || { echo "FAILED: $program $words ends with $status: $said" && exit 1; }
   done
-  [[ $("$program" --version) == *' 1.0.0, layout 58a2cb6260745e64' ]]
+  [[ $("$program" --version) == *' 1.1.0, layout 58a2cb6260745e64' ]]
 done
 [ -z "$(ipcs -m | grep 0x00001771)" ] || { echo "FAILED: a store is there" && exit 1; }

@@ -12,6 +12,15 @@
 
 namespace {
 
+constexpr char kExitCodes[] =
+    "Exit status:\n"
+    "  0  told to end; or done\n"
+    "  1  there is no such token, or there is one already\n"
+    "  2  wrong usage\n"
+    "  5  another process listens there; or a file or a socket cannot be used\n"
+    "  6  others are at work on the tokens\n"
+    "  7  not permitted";
+
 struct Line {
   api::SocketPlace place;
   api::Settings settings;
@@ -41,6 +50,7 @@ int run(int argc, char** argv) {
   Line line;
   FILE* out = tools::takeStandardOutput();
   CLI::App app("The appliance's store over HTTP, behind its web server.", "kestrove-api");
+  app.footer(kExitCodes);
   app.set_version_flag("--version", tools::versionText("kestrove-api"));
   app.add_option("--socket", line.place.path, "Where it listens")->capture_default_str();
   app.add_option("--group", line.place.group, "Who may connect beside root")->capture_default_str();
