@@ -41,6 +41,11 @@ class Import(unittest.TestCase):
         path = self.file(image)
         self.assertEqual(self.refusal(path), f"{path} is a 32-bit library, and this Python needs the 64-bit one")
 
+    if os.environ.get("KESTROVE_OTHER_LIBRARY"):
+        def test_the_library_as_it_is_built_for_the_other_width(self):
+            path = os.environ["KESTROVE_OTHER_LIBRARY"]
+            self.assertEqual(self.refusal(path), f"{path} is a 32-bit library, and this Python needs the 64-bit one")
+
     def test_a_file_that_is_no_library(self):
         path = self.file(b"no library")
         self.assertIn(f"{path} cannot be loaded (", self.refusal(path))

@@ -17,6 +17,7 @@ constexpr char kExitCodes[] =
     "  0  told to end; or done\n"
     "  1  there is no such token, or there is one already\n"
     "  2  wrong usage\n"
+    "  3  a library of another layout\n"
     "  5  another process listens there; or a file or a socket cannot be used\n"
     "  6  others are at work on the tokens\n"
     "  7  not permitted";
@@ -76,6 +77,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   try {
+    if (const std::string other = tools::libraryRefusal(); !other.empty()) throw ctl::Refusal(ctl::kNoStore, other);
     return run(argc, argv);
   } catch (const ctl::Refusal& refusal) {
     fprintf(stderr, "kestrove-api: %s\n", refusal.what());

@@ -26,6 +26,7 @@ constexpr char kExitCodes[] =
     "  0  told to end\n"
     "  1  another monitor runs\n"
     "  2  wrong usage\n"
+    "  3  a library of another layout\n"
     "  5  the folder cannot be used; or standard output cannot be written\n"
     "  7  not permitted";
 
@@ -89,6 +90,7 @@ int watch(const Options& options) {
 }
 
 int run(int argc, char** argv, FILE* out) {
+  if (const std::string other = tools::libraryRefusal(); !other.empty()) return fail(kOtherLibrary, other);
   if (const std::string refused = tools::refusedWord(argc, argv); !refused.empty()) return fail(kUsage, refused);
   Options options;
   CLI::App app("Starts the engine and the servers that are switched on, and again when they die.", kName);

@@ -9,7 +9,7 @@
 
 namespace monitor {
 
-enum Exit { kDone = 0, kAnother = 1, kUsage = 2, kSystem = 5, kNotPermitted = 7 };
+enum Exit { kDone = 0, kAnother = 1, kUsage = 2, kOtherLibrary = 3, kSystem = 5, kNotPermitted = 7 };
 
 struct Options {
   std::vector<std::string> tasks;  // "NAME=COMMAND"

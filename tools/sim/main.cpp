@@ -15,6 +15,7 @@
 #include "kestrove/kestrove.h"
 #include "tools/common/plain_text.h"
 #include "tools/common/standard_output.h"
+#include "tools/common/store_refusal.h"
 #include "tools/common/version_text.h"
 #include "tools/sim/act.h"
 #include "tools/sim/changes.h"
@@ -233,7 +234,7 @@ int main(int argc, char** argv) {
   sigset_t heard = blockSignals();  // before the slot is taken: the default action of the signal ends a process
   prctl(PR_SET_NAME, "kestrove");   // so that a restart by killall finds it
   if (shm_lock() != 0) {
-    fprintf(stderr, "kestrove-sim: %s\n", shm_strerror(static_cast<int>(shm_errno)));
+    fprintf(stderr, "kestrove-sim: %s\n", tools::storeRefusal().c_str());
     return kNoStore;
   }
   shm_unlock();

@@ -17,13 +17,14 @@
 
 namespace {
 
-enum Exit { kDone = 0, kUsage = 2, kSystem = 5 };
+enum Exit { kDone = 0, kUsage = 2, kOtherLibrary = 3, kSystem = 5 };
 
 constexpr char kName[] = "kestrove-snmp";
 constexpr char kExitCodes[] =
     "Exit status:\n"
     "  0  told to end\n"
     "  2  wrong usage\n"
+    "  3  a library of another layout\n"
     "  5  the library of the agent cannot be used; or standard output cannot be written";
 constexpr int kAgain = 2;         // seconds between two looks whether the master lives, and two tries to reach it
 constexpr unsigned kBetween = 1;  // seconds between two looks at the store
@@ -91,6 +92,7 @@ int serve(const Options& options) {
 }
 
 int run(int argc, char** argv, FILE* out) {
+  if (const std::string other = tools::libraryRefusal(); !other.empty()) return fail(kOtherLibrary, other);
   if (const std::string refused = tools::refusedWord(argc, argv); !refused.empty()) return fail(kUsage, refused);
   Options options;
   CLI::App app("Shows the store to the network's monitoring, behind the machine's own agent.", kName);

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+// Why a program cannot use the store.
+#pragma once
+
+#include <sys/shm.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+#include "kestrove/errors.h"
+#include "kestrove/segment.h"
+
+namespace tools {
+
+// Behind a lock that could not be had, and before anything else is called: a sentence.
+inline std::string storeRefusal() {
+  int error = errno;
+  if (shm_errno != SHM_EATTACH) return std::string(shm_strerror(static_cast<int>(shm_errno))) + ": " + strerror(error);
+  if (shmget(SHM_KEY, SHM_SIZE, 0) == -1) error = errno;
+  if (error == ENOENT) return "there is no store (shm-init builds it)";
+  if (error == EINVAL) return "the segment under the store's key is no store";
+  return std::string("the store: ") + strerror(error);
+}
+
+}  // namespace tools
