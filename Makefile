@@ -56,6 +56,12 @@ test-packages: deb ## the packages installed, used, upgraded and purged in a roo
 	@scripts/setup roots sandbox
 	@scripts/test-packages
 
+.PHONY: test-packages-quick
+test-packages-quick: ## the same with packages of this width alone, made of the release that is built
+	@scripts/setup build tools manual doc probes deb roots sandbox
+	@scripts/deb --of release
+	@scripts/test-packages --quick
+
 doc: ## the documents and manual pages as one tree of HTML, in build/dev/doc/html
 	@scripts/setup build tools doc
 	@scripts/build dev doc

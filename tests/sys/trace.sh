@@ -53,13 +53,13 @@ saw_all() {
   says commands ' ms, status 0: .' && says lock-holders 'kestrovectl \([0-9]+\) held the store' &&
     says slow-saves 'kestrovectl \([0-9]+\) saved /etc/config/kestrove.conf in [0-9]+ ms, result 0'
 }
-for _ in $(seq 300); do [ "$(attached)" = 3 ] && break; sleep 0.1; done
+for _ in $(seq 1200); do [ "$(attached)" = 3 ] && break; sleep 0.1; done
 [ "$(attached)" = 3 ] || fail "not attached: $(cat "$work/commands")"
 # Attached is said before it is done: changes are made until they are seen.
 "$sandbox" --no-ports -- sh -euc 'cp /usr/share/kestrove/examples/* /etc/config; shm-init
   for rate in $(seq 2000000 2000999); do "$1" set wanLinkRate $rate; done' - "$kestrovectl" >"$work/changes" 2>&1 &
 changes=$!
-for _ in $(seq 300); do saw_all && break; sleep 0.1; done
+for _ in $(seq 1200); do saw_all && break; sleep 0.1; done
 kill -TERM $changes 2>/dev/null || true
 saw_all || fail "$(tail -n 3 "$work/changes" "$work/commands" "$work/lock-holders" "$work/slow-saves")"
 echo "The scripts are read, and see locks, saves and programs."
