@@ -77,6 +77,11 @@ bench: ## speed beside its floors in both widths; regenerates doc/benchmarks.md,
 	@scripts/bench
 	@scripts/bench-python
 
+.PHONY: bench-web
+bench-web: ## kestrove-api on the release build: requests a second, waits behind others, memory; fails on a missed aim
+	@scripts/setup build tools sandbox web
+	@scripts/bench-web
+
 fuzz: ## each libFuzzer target for SECONDS=60
 	@scripts/setup build tools sandbox fuzz
 	@scripts/fuzz $(SECONDS)

@@ -9,6 +9,7 @@
 #include "tools/api/command.h"
 #include "tools/api/digest.h"
 #include "tools/api/failure.h"
+#include "tools/api/kept_tables.h"
 #include "tools/ctl/held_look.h"
 #include "tools/ctl/history/pending.h"
 #include "tools/ctl/item_names.h"
@@ -74,7 +75,13 @@ class ChangeWatch {
   bool mismatched_ = false;
 };
 
+// What a command that only reads has printed to its end needs no look.
+bool isSound(const Printed& printed, const Route& route) {
+  return printed.exit == ctl::kDone && route.endpoint->reads() && !printed.text.empty();
+}
+
 Reply replyOf(const Printed& printed, const Route& route) {
+  if (isSound(printed, route)) return {.status = 200, .body = printed.text, .headers = {{"Content-Type", kJsonType}}};
   const Json value = Json::parse(printed.text, nullptr, false);
   if (value.is_discarded()) {
     return errorReply(500, {ctl::kSystem, "the command ended with " + std::to_string(printed.exit) + " and no result"});
@@ -85,18 +92,26 @@ Reply replyOf(const Printed& printed, const Route& route) {
   return reply;
 }
 
-Reply readReply(const Request& request, const Route& route, const Printed& printed) {
-  Reply reply = replyOf(printed, route);
-  if (reply.status != 200) return reply;
-  if (*route.endpoint->table) {
-    const std::string tag = tagOf(printed.text);
-    reply.headers.emplace_back("ETag", tag);
-    if (request.has("if-none-match") && listed(request.header("if-none-match"), tag)) {
-      return {.status = 304, .body = {}, .headers = {{"ETag", tag}}};
-    }
+Reply tableReply(const Request& request, const Route& route, const KeptTable& table) {
+  if (request.has("if-none-match") && listed(request.header("if-none-match"), table.tag)) {
+    return {.status = 304, .body = {}, .headers = {{"ETag", table.tag}}};
   }
-  if (*route.endpoint->pick) reply.body = ctl::jsonText(pickedRow(route, Json::parse(printed.text)), 2) + "\n";
+  Reply reply = {.status = 200, .body = {}, .headers = {{"Content-Type", kJsonType}, {"ETag", table.tag}}};
+  const bool one = *route.endpoint->pick != '\0';
+  reply.body = one ? ctl::jsonText(pickedRow(route, Json::parse(table.text)), 2) + "\n" : table.text;
   return reply;
+}
+
+// Of the tables that are made of the store alone.
+bool isKept(const Route& route) {
+  return route.endpoint->reads() && *route.endpoint->table && route.endpoint->table != std::string("interface list");
+}
+
+Reply readReply(const Request& request, const Route& route, const ctl::Session& session, const Spoken& spoken) {
+  const Printed printed = isKept(route) ? runAndKeep(session, spoken.words) : run(session, spoken.words);
+  const Reply reply = replyOf(printed, route);
+  if (reply.status != 200 || !*route.endpoint->table) return reply;
+  return tableReply(request, route, {printed.text, tagOf(printed.text)});
 }
 
 // Lists stand as they are: there is no place for a member in them.
@@ -179,12 +194,18 @@ int statusOf(int exit, const Json& value, const Route& route) {
 
 std::string tagOf(const std::string& body) { return '"' + digest(body).substr(0, 32) + '"'; }
 
+std::optional<Reply> knownReply(const Request& request, const Route& route) {
+  if (!isKept(route)) return std::nullopt;
+  const std::optional<KeptTable> table = keptTable(spoken(route, request).words);
+  return table ? std::optional(tableReply(request, route, *table)) : std::nullopt;
+}
+
 Reply carryOut(const Request& request, const Route& route, const Caller& caller) {
   requireItem(route);
   const ctl::Session session = sessionOf(request, caller);
   const Spoken words = spoken(route, request);
   if (!route.endpoint->reads()) return change(request, route, session, words);
-  return readReply(request, route, run(session, words.words));
+  return readReply(request, route, session, words);
 }
 
 }  // namespace api

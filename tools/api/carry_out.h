@@ -2,6 +2,8 @@
 // Runs the command that a request stands for, and says what came of it.
 #pragma once
 
+#include <optional>
+
 #include "tools/api/guard.h"
 #include "tools/api/words.h"
 
@@ -12,6 +14,9 @@ int statusOf(int exit, const Json& error, const Route& route);
 
 // The mark of a table's content, as it stands in the headers ETag and If-Match.
 std::string tagOf(const std::string& body);
+
+// The reply to a look at a table that is known to be as it was; made without the lock.
+std::optional<Reply> knownReply(const Request& request, const Route& route);
 
 // In this process. The input, where there is some, takes the place of its standard input.
 Reply carryOut(const Request& request, const Route& route, const Caller& caller);

@@ -31,7 +31,7 @@ std::string News::taken() {
   if (!session_.out) return {};
   const auto finish = [&] {
     fclose(session_.out);
-    const std::string found(text, length);
+    std::string found(text, length);
     free(text);
     return found;
   };

@@ -86,7 +86,7 @@ std::string schemaOf(const ctl::Shape& shape) {
     case Kind::kObject: return membersOf(shape);
     case Kind::kChoice: return choiceOf(shape);
     case Kind::kNamed: return "{$ref: \"#/components/schemas/" + shape.word + "\"}";
-    case Kind::kChange: return schemaOf(shape.parts[0]);
+    case Kind::kChange:
     case Kind::kLines: return schemaOf(shape.parts[0]);
   }
   return "{}";

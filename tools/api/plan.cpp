@@ -3,6 +3,8 @@
 
 #include <sys/shm.h>
 
+#include <algorithm>
+
 #include "kestrove/kestrove.h"
 #include "tools/api/batch.h"
 #include "tools/api/carry_out.h"
@@ -76,6 +78,18 @@ Plan special(const Request& request, const Route& route, const Caller& caller) {
   return working([=] { return support(request, route, caller); }, true, caller);
 }
 
+// Looks that take their time, or much memory: a worker stays small, and hears others meanwhile.
+constexpr const char* kLong[] = {
+    "/check",  "/diff", "/events", "/history", "/history/{revision}", "/interfaces/{port}/link",
+    "/kernel", "/lost", "/state"};
+constexpr int32_t kManyRules = 256;
+
+bool lasts(const ShmData& store, const Route& route) {
+  const std::string path = route.endpoint->path;
+  if (path.starts_with("/rules")) return store.filterTable.ruleCount > kManyRules;
+  return std::ranges::count(kLong, path) > 0;
+}
+
 void requireSound(const Request& request) {
   if (!request.fault.empty()) throw Failure(400, request.fault);
   if (request.body.size() > kLongestBody) throw Failure(413, "a body has 1 MiB at most");
@@ -96,7 +110,9 @@ Plan planned(const Request& request, const Settings& settings, const ShmData& st
   const Route route = routeOf(request.method, request.path);
   requireRight(request, caller, route.endpoint->right);
   if (*route.endpoint->special) return special(request, route, caller);
-  return working([=] { return carryOut(request, route, caller); }, !route.endpoint->reads(), caller);
+  if (std::optional<Reply> known = knownReply(request, route)) return {.reply = std::move(known)};
+  const bool own = !route.endpoint->reads() || lasts(store, route);
+  return working([=] { return carryOut(request, route, caller); }, own, caller);
 }
 
 Plan planFor(const std::function<Plan()>& make) {

@@ -54,6 +54,16 @@ std::vector<std::string> pathOf(const std::string& path) {
   return found;
 }
 
+// Split once: each request is held to all of them.
+const std::vector<std::string>& patternOf(const Endpoint& row) {
+  static const std::vector<std::vector<std::string>> all = [] {
+    std::vector<std::vector<std::string>> made;
+    for (const Endpoint& one : endpoints()) made.push_back(segments(one.path));
+    return made;
+  }();
+  return all[static_cast<size_t>(&row - endpoints().data())];
+}
+
 std::string joined(const std::set<std::string>& words) {
   std::string text;
   for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
@@ -94,7 +104,7 @@ Route routeOf(const std::string& method, const std::string& path) {
   Route route;
   for (const Endpoint& row : endpoints()) {
     Fields parts;
-    if (!matches(segments(row.path), asked, parts)) continue;
+    if (!matches(patternOf(row), asked, parts)) continue;
     allowed.insert(row.method);
     // The words of a path go before its places.
     const bool better = !route.endpoint || parts.size() < route.parts.size();

@@ -66,7 +66,7 @@ double idleSeconds(const ShmData& store) {
 std::string openSession(const std::string& user, WebSession& session, const ShmData& store) {
   const Folder files = folder();
   makeRoom(files, store);
-  const std::string held = randomName();
+  std::string held = randomName();
   session = {digest(held), user, randomName(), idleSeconds(store)};
   files.write(session.id, Json{{"user", user}, {"csrf", session.csrf}, {"opened", now()}}.dump());
   return held;

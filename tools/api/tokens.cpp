@@ -24,7 +24,7 @@ Folder folder() {
 }
 
 Json load(const Folder& files) {
-  const Json rows = Json::parse(files.read(kFile).value_or("[]"), nullptr, false);
+  Json rows = Json::parse(files.read(kFile).value_or("[]"), nullptr, false);
   if (!rows.is_array()) throw ctl::Refusal(ctl::kSystem, "the file of the tokens is damaged");
   return rows;
 }
@@ -47,7 +47,7 @@ std::string addToken(const std::string& name, bool changes) {
   for (const Json& row : rows) {
     if (row.value("name", "") == name) throw ctl::Refusal(ctl::kRefused, name + ": there is a token of this name");
   }
-  const std::string shown = randomName();
+  std::string shown = randomName();
   rows.push_back(
       {{"name", name}, {"role", changes ? "admin" : "read"}, {"made", time(nullptr)}, {"digest", digest(shown)}});
   files.write(kFile, ctl::jsonText(rows, 1) + "\n");

@@ -23,7 +23,7 @@ std::string textOf(const std::string& name, const Json& value) {
 
 // What the command would read as an option or as a question is none of its values.
 std::string wordOf(const std::string& name, const Json& value) {
-  const std::string text = textOf(name, value);
+  std::string text = textOf(name, value);
   const bool number = text.size() > 1 && text[0] == '-' && text.find_first_not_of("0123456789", 1) == std::string::npos;
   if ((text.starts_with("-") && !number) || text == "?") throw Failure(400, name + ": " + text + " is no value");
   return text;
@@ -31,7 +31,7 @@ std::string wordOf(const std::string& name, const Json& value) {
 
 // A state may be a file of the machine: not from here.
 std::string stateOf(const std::string& name, const Json& value) {
-  const std::string text = wordOf(name, value);
+  std::string text = wordOf(name, value);
   const bool revision =
       text.starts_with("rev:") && text.size() < 16 && text.find_first_not_of("0123456789", 4) == std::string::npos;
   if (text != "running" && text != "saved" && !revision) throw Failure(400, name + ": running, saved or rev:N");

@@ -7,6 +7,7 @@ namespace ctl {
 namespace {
 
 HeldLook::Look present;
+std::function<void()> reading;
 
 }  // namespace
 
@@ -20,6 +21,14 @@ void HeldLook::call(bool made) {
   if (!look) return;
   look(made);  // where it throws there is no change, nor a look behind it
   present = look;
+}
+
+ReadLook::ReadLook(std::function<void()> look) { reading = std::move(look); }
+
+ReadLook::~ReadLook() { reading = nullptr; }
+
+void ReadLook::call() {
+  if (reading) reading();
 }
 
 }  // namespace ctl

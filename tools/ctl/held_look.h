@@ -20,4 +20,16 @@ class HeldLook {
   static void call(bool made);
 };
 
+// While one lives, a command that only reads calls it when it has gathered, with the store still held.
+class ReadLook {
+ public:
+  explicit ReadLook(std::function<void()> look);
+  ~ReadLook();
+  ReadLook(const ReadLook&) = delete;
+  ReadLook& operator=(const ReadLook&) = delete;
+
+  // For the command.
+  static void call();
+};
+
 }  // namespace ctl

@@ -2,6 +2,7 @@
 #include "tools/ctl/reading.h"
 
 #include "tools/common/hold.h"
+#include "tools/ctl/held_look.h"
 
 namespace ctl {
 
@@ -10,7 +11,9 @@ Json gather(const Session& session, const std::function<Json()>& rows) {
   awaitLock(session);
   tools::Hold hold;
   if (!hold) throw refusal("the store cannot be locked");
-  return rows();
+  Json gathered = rows();
+  ReadLook::call();
+  return gathered;
 }
 
 void showRead(const Session& session, const std::function<Json()>& rows) { session.show(gather(session, rows)); }

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+// What commands that print tables have printed, as long as the store is to the byte what it was: who asks again needs
+// neither the lock, which somebody may hold, nor the work. One set a process.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/api/command.h"
+
+namespace api {
+
+struct KeptTable {
+  std::string text;
+  std::string tag;  // as it stands in ETag
+};
+
+// What the words would print now; nothing where that is not known. The store is compared without its lock: a change
+// that is under way when nothing differs yet is one that came later.
+std::optional<KeptTable> keptTable(const std::vector<std::string>& words);
+
+// Runs the words and keeps what they print.
+Printed runAndKeep(const ctl::Session& session, const std::vector<std::string>& words);
+
+}  // namespace api
