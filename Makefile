@@ -18,7 +18,7 @@ demo: ## the appliance's story, told in a sandbox in seconds; the first time som
 	@scripts/demo
 
 .PHONY: appliance
-appliance: ## an appliance with all its programs, for this machine's browser, as root; CHECK=1 looks at each part and ends
+appliance: ## an appliance with all its programs, for this machine's browser; CHECK=1 looks at each part and ends
 	@[ ! -d /run/systemd/system ] || scripts/setup --check web snmp
 	@scripts/setup build tools sandbox web snmp python
 	@scripts/appliance $(if $(CHECK),--check)

@@ -102,7 +102,7 @@ class Check:
         told(f"a walk over the agent gives {len(lines)} values")
 
     def traffic_is_counted(self):
-        file = "/var/lib/prometheus/node-exporter/kestrove.prom"
+        file = "/run/kestrove/kestrove.prom"
         counted = 'kestrove_queue_bytes_total{queue="wan"}'
 
         def grown():
