@@ -39,6 +39,12 @@ test-snmp: ## the SNMP subagent behind a real agent that is killed 100 times, 64
 	@scripts/build dev snmp_test
 	@KESTROVE_MASTER_KILLS=100 ctest --test-dir build/dev -R '^SnmpReadTest.AMaster' --no-tests=error --verbose
 
+.PHONY: test-web
+test-web: ## the page in Chromium and Firefox, at two widths, on sandbox appliances; pictures in build/web
+	@scripts/setup build tools sandbox web browser
+	@scripts/build dev kestrove-api kestrovectl kestrove-sandbox shm-init
+	@scripts/test-web
+
 test-install: ## an installation, and front ends built against it: C, C++ and Python, by pkg-config, CMake and Meson
 	@scripts/setup build tools sandbox frontend consumers manual
 	@scripts/test-install

@@ -36,7 +36,7 @@ endif()
 if(TARGET kestrove-hints)
   install(TARGETS kestrove-hints LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/kestrove)
 endif()
-install(DIRECTORY tools/api/apache DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrove USE_SOURCE_PERMISSIONS)
+install(DIRECTORY tools/api/apache tools/api/page DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrove USE_SOURCE_PERMISSIONS)
 
 install(TARGETS kestrove-sandbox kestrove-recorder RUNTIME DESTINATION ${kestrove_home})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/sandbox/image DESTINATION ${kestrove_home} USE_SOURCE_PERMISSIONS)
@@ -45,7 +45,7 @@ kestrove_install_link(${kestrove_home}/programs ${CMAKE_INSTALL_BINDIR})
 
 # The documents keep their places beside one another, so that their links hold.
 install(FILES LICENSE README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY doc DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN *.md PATTERN *.svg PATTERN *.bt
+install(DIRECTORY doc DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN *.md PATTERN *.svg PATTERN web.png PATTERN *.bt
         PATTERN api.yaml PATTERN KESTROVE-MIB)
 install(DIRECTORY doc/grafana doc/web-server DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc)
 install(FILES sandbox/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/sandbox)

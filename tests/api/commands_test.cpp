@@ -181,6 +181,24 @@ TEST_F(CommandsTest, ScriptIsCheckedAndApplied) {
   EXPECT_EQ(400, ask("POST", "/apply", {{"script", "nonsense\n"}}).status);
 }
 
+TEST_F(CommandsTest, ScriptAndRollbackAreMadeOnlyWhileTheSettingsAreWhatIfMatchSays) {
+  const api::Reply before = ask("GET", "/settings", nullptr, {{"state", "running"}});
+  ASSERT_EQ(200, before.status) << before.body;
+  const std::string tag = before.header("ETag");
+  const auto rate = [](const char* value) { return Json{{"script", std::string("set wanLinkRate ") + value + "\n"}}; };
+  ASSERT_EQ(200, askIf(tag, "POST", "/apply", rate("4096000")).status);
+  const api::Reply late = askIf(tag, "POST", "/apply", rate("5120000"));
+  EXPECT_EQ(412, late.status) << late.body;
+  const std::string here = std::to_string(jsonOf(ask("GET", "/history"))[0]["revision"].get<int>());
+  ASSERT_EQ(200, ask("POST", "/apply", rate("6144000")).status);
+  EXPECT_EQ(412, askIf(tag, "POST", "/history/" + here + "/rollback", Json::object()).status);
+  EXPECT_EQ(6144000u, shm->config.wanLinkRate);
+  const std::string fresh = ask("GET", "/settings", nullptr, {{"state", "running"}}).header("ETag");
+  EXPECT_EQ(200, askIf(fresh, "POST", "/apply", rate("6144000")).status) << "nothing to change is no mismatch";
+  EXPECT_EQ(200, askIf(fresh, "POST", "/history/" + here + "/rollback", Json::object()).status);
+  EXPECT_EQ(4096000u, shm->config.wanLinkRate);
+}
+
 TEST_F(CommandsTest, RevisionComesBackByARollback) {
   ASSERT_EQ(200, ask("PUT", "/items/wanLinkRate", {{"value", 4096000}}).status);
   ASSERT_EQ(200, ask("PUT", "/items/wanLinkRate", {{"value", 5120000}}, {{"comment", "more"}}).status);

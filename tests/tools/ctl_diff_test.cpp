@@ -24,6 +24,17 @@ TEST_F(CtlDiff, OfAStoreThatWasJustSavedIsEmpty) {
   EXPECT_EQ(false, ctl("diff running saved --json").json()["changed"]);
 }
 
+TEST_F(CtlDiff, SettingsOfAStateAreTheLinesThatMakeThem) {
+  const Ran lines = ctl("settings");
+  EXPECT_EQ(0, lines.status) << lines.err;
+  EXPECT_EQ(lines.out, ctl("settings saved").out);
+  EXPECT_THAT(lines.out, ::testing::HasSubstr("\nset sysName \"\"\n"));
+  const Json rows = ctl("settings running --json").json();
+  EXPECT_EQ((Json{{"section", "items"}, {"key", "lanLinkRate"}, {"line", "set lanLinkRate 0"}}), rows.at(0));
+  EXPECT_EQ(2, ctl("settings rev:x").status);
+  EXPECT_EQ(5, ctl("settings /tmp/missing").status);
+}
+
 TEST_F(CtlDiff, TellsWhatIsNotSavedWithoutTouchingAnything) {
   shm->config.wanLinkRate = 3000000;
   const std::string file = readFile("/etc/config/kestrove.conf");

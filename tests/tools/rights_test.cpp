@@ -12,10 +12,10 @@ namespace ctl {
 namespace {
 
 // By the last word of a command: each verb says of itself whether it changes something.
-const std::set<std::string> kReading = {"check",   "completion", "bash",   "diff",    "dump",    "events",
-                                        "explain", "follow",     "help",   "history", "link",    "lint",
-                                        "list",    "lock",       "lost",   "metrics", "preview", "shell",
-                                        "show",    "stats",      "status", "support", "rev",     "man"};
+const std::set<std::string> kReading = {"check",  "completion", "bash",    "diff",     "dump",  "events", "explain",
+                                        "follow", "help",       "history", "link",     "lint",  "list",   "lock",
+                                        "lost",   "metrics",    "preview", "settings", "shell", "show",   "stats",
+                                        "status", "support",    "rev",     "man"};
 const std::set<std::string> kChanging = {
     "abort",   "add",    "apply",   "change", "clear",   "confirm",  "delete",   "dhcp",          "double", "enter",
     "freshen", "leave",  "load",    "move",   "passwd",  "pbr",      "poweroff", "factory-reset", "name",   "other",

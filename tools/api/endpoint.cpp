@@ -12,6 +12,7 @@ constexpr char kRoutes6[] = "route6 list";
 constexpr char kAddresses[] = "address list";
 constexpr char kMode[] = "mode show";
 constexpr char kInterfaces[] = "interface list";
+constexpr char kSettings[] = "settings running";
 
 Field word(const char* name, const char* type, const char* help) { return {name, Form::kWord, "", type, true, help}; }
 Field option(const char* name, const char* option, const char* type, const char* help) {
@@ -296,6 +297,16 @@ std::vector<Endpoint> restartRows() {
             flag("noReboot", "--no-reboot", "Leave the restart to the caller")}}};
 }
 
+std::vector<Endpoint> lineRows() {
+  return {{"GET",
+           "/settings",
+           Right::kRead,
+           "settings {state}",
+           "The settings as the lines that make them; of running, If-Match of apply and rollback",
+           {{"state", Form::kState, "", "string", true, "running, saved or rev:N"}},
+           kSettings}};
+}
+
 std::vector<Endpoint> settingRows() {
   return {{"GET",
            "/diff",
@@ -315,11 +326,17 @@ std::vector<Endpoint> settingRows() {
             flag("check", "--check", "Change nothing: say what would be changed"),
             flag("diff", "--diff", "Show what differs before and after"),
             flag("stopOnError", "--stop-on-error", "End at the first change that fails"),
-            flag("skipRefused", "--skip-refused", "Leave out lines that the store refuses")}},
+            flag("skipRefused", "--skip-refused", "Leave out lines that the store refuses")},
+           kSettings},
           {"GET", "/history", Right::kRead, "history", "The changes made, newest first"},
           {"GET", "/history/{revision}", Right::kRead, "history show {revision}", "What a revision changed"},
-          {"POST", "/history/{revision}/rollback", Right::kChange, "rollback {revision}",
-           "Bring the settings of a revision back"},
+          {"POST",
+           "/history/{revision}/rollback",
+           Right::kChange,
+           "rollback {revision}",
+           "Bring the settings of a revision back",
+           {},
+           kSettings},
           {"GET", "/confirm", Right::kRead, "confirm --status", "What waits for its confirmation, and how long"},
           {"POST", "/confirm", Right::kChange, "confirm", "Keep the change that waits"},
           {"DELETE", "/confirm", Right::kChange, "confirm --abort", "Take it back now"},
@@ -365,7 +382,7 @@ std::vector<Endpoint> sessionRows() {
 std::vector<Endpoint> allRows() {
   std::vector<Endpoint> rows;
   for (const auto& family : {sessionRows(), itemRows(), ruleRows(), userRows(), routeRows(), addressRows(), modeRows(),
-                             systemRows(), restartRows(), settingRows()}) {
+                             systemRows(), restartRows(), settingRows(), lineRows()}) {
     rows.insert(rows.end(), family.begin(), family.end());
   }
   return rows;

@@ -100,6 +100,7 @@ constexpr CommandShape kShapes[] = {
     {"diff",
      "{changed: bool, diff: {before: text, after: text}, changes: [@settingChange], unsaved: [text] (what a restart "
      "loses)}"},
+    {"settings", "[{section, key, line}]"},
     {"preview",
      "{exit: number (of the command), store: {changed: bool, diff: {before: text, after: text}, changes: "
      "[@settingChange]}, files: [{path, before: text|null, after: text|null}], kernel: [{section, before: text|null, "

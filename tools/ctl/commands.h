@@ -10,6 +10,7 @@ std::vector<Command> storeCommands();      // status, save, check
 std::vector<Command> loadCommands();       // load
 std::vector<Command> lintCommands();       // lint
 std::vector<Command> diffCommands();       // diff
+std::vector<Command> settingsCommands();   // settings
 std::vector<Command> previewCommands();    // preview
 std::vector<Command> itemCommands();       // show, set
 std::vector<Command> ruleCommands();       // rule

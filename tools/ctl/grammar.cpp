@@ -35,6 +35,7 @@ constexpr std::vector<Command> (*kFamilies[])() = {
     previewCommands,
     lintCommands,
     diffCommands,
+    settingsCommands,
     applyCommands,
     lostCommands,
     historyCommands,

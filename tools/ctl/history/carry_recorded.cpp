@@ -4,6 +4,7 @@
 #include "kestrove/segment.h"
 #include "tools/common/hold.h"
 #include "tools/common/plain_text.h"
+#include "tools/ctl/held_look.h"
 
 namespace ctl {
 namespace {
@@ -29,11 +30,16 @@ CarriedOut carryOutRecorded(const Session& session, const std::function<Image()>
   awaitLock(session);
   if (!hold.emplace()) throw refusal("the store cannot be locked");
   const Image wanted = target();
-  if (compare(*shm, *wanted).empty()) return {};
+  HeldLook::call(false);
+  if (compare(*shm, *wanted).empty()) {
+    HeldLook::call(true);
+    return {};
+  }
   recording.begin();
   recording.aim(wanted);
   CarriedOut done;
   done.outcome = carryOut(session, *wanted, options);
+  HeldLook::call(true);
   done.recorded = recording.finish();
   return done;
 }

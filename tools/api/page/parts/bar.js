@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+// The bar: what is not saved and what waits for its confirmation, whoever changed it and from where.
+import {say, warn} from './announce.js';
+import {get, post, remove} from './api.js';
+import {byId, fill, h} from './dom.js';
+import {diffView} from './diff_view.js';
+import {openDialog} from './dialog.js';
+import {counted, countdown} from './format.js';
+import {session} from './session.js';
+
+const CONFIRM = 2;
+const UNSAVED = 6;
+
+export class Bar {
+  constructor(place) {
+    this.place = place;
+    this.shown = '';
+    addEventListener('kestrove-made', () => this.look(true));
+  }
+
+  start() {
+    this.beat = 0;
+    this.pending = {pending: false};
+    this.unsaved = [];
+    this.state = '';
+    this.timer = setInterval(() => this.tick(), 1000);
+    this.look(true);
+  }
+
+  stop() {
+    clearInterval(this.timer);
+    this.place.hidden = true;
+    this.shown = '';
+  }
+
+  tick() {
+    this.beat += 1;
+    this.count();
+    if (!document.hidden && this.beat % CONFIRM === 0) this.look(this.beat % UNSAVED === 0);
+  }
+
+  async look(whole) {
+    if (this.looking || !session.user) return;
+    this.looking = true;
+    try {
+      await this.ask(whole);
+      this.draw();
+    } catch { /* the view says that the appliance does not answer */ } finally {
+      this.looking = false;
+    }
+  }
+
+  async ask(whole) {
+    const background = {background: true};
+    this.pending = await get('/confirm', background);
+    this.until = Date.now() + 1000 * (this.pending.secondsLeft ?? 0);
+    if (!whole) return;
+    this.state = (await get('/status', background)).stateName;
+    const {changes} = await get('/diff', {...background, query: {from: 'saved', to: 'running'}});
+    this.unsaved = changes;
+  }
+
+  draw() {
+    this.chip();
+    const key = JSON.stringify([this.pending.pending && this.pending.time, this.unsaved, this.problem]);
+    if (key === this.shown) return;
+    this.shown = key;
+    const rows = [this.pending.pending ? this.waiting() : null, this.unsaved.length ? this.notSaved() : null].filter(Boolean);
+    this.place.hidden = rows.length === 0;
+    fill(this.place, rows);
+    if (rows.length) say(rows.map((row) => row.querySelector('p').textContent).join(' '));
+    this.count();
+  }
+
+  chip() {
+    const chip = byId('unit-state');
+    chip.hidden = !this.state || this.state === 'Operational';
+    chip.textContent = this.state;
+  }
+
+  count() {
+    const place = this.place.querySelector('.left');
+    if (place) place.textContent = countdown((this.until - Date.now()) / 1000);
+  }
+
+  button(words, act, kind = 'plain') {
+    return h('button', {type: 'button', class: kind + ' small', disabled: !session.changes, onclick: () => this.act(act)}, words);
+  }
+
+  waiting() {
+    const {user, command, comment} = this.pending;
+    return h('div', {class: 'bar-row pressing', id: 'bar-waiting'},
+      h('p', {}, `A change of ${user} (${comment || command}) goes back unless it is confirmed.`),
+      h('span', {class: 'left', 'aria-hidden': 'true'}),
+      this.button('Keep it', () => post('/confirm')),
+      this.button('Take it back', () => remove('/confirm'), 'grave'));
+  }
+
+  notSaved() {
+    return h('div', {class: 'bar-row', id: 'bar-unsaved'},
+      h('p', {}, `${counted(this.unsaved.length, 'setting')} of the running appliance ${this.unsaved.length === 1 ? 'is' : 'are'} not in the configuration file.`),
+      h('button', {type: 'button', class: 'plain small', onclick: () => this.showUnsaved()}, 'Show'),
+      this.button('Save now', () => post('/save')));
+  }
+
+  showUnsaved() {
+    openDialog('Not in the configuration file', [diffView(this.unsaved, 'What the next start would not have'),
+      h('div', {class: 'ends'}, h('button', {type: 'button', class: 'plain', onclick: (event) => event.target.closest('dialog').close()}, 'Close'))]);
+  }
+
+  async act(act) {
+    try {
+      await act();
+    } catch (refused) {
+      this.place.append(h('div', {class: 'bar-row pressing'}, h('p', {class: 'problem'}, refused.message)));
+      warn(refused.message);
+      return;
+    }
+    this.look(true);
+  }
+}
