@@ -110,6 +110,8 @@ class Check:
             found = re.search(re.escape(counted) + r" (\d+)", text)
             return found and int(found[1]) > 0
         wait_for("the engine counts traffic, and the metrics have it", grown)
+        status, _, text = self.browser.reach("GET", "/api/1/metrics", headers=self.browser.own)
+        assert status == 200 and "kestrove_up 1\n" in text, (status, text)
         told("traffic passes, the engine counts it, the metrics tell of it")
 
     def a_killed_engine_comes_back(self):

@@ -109,7 +109,7 @@ def no_other_host_is_asked():
 
 def prometheus_takes_every_expression():
     """Where promtool is installed: the alerts, the example, and what the dashboard asks, as rules of a file."""
-    subprocess.run(["promtool", "check", "config", FOLDER / "prometheus.yml"], check=True)
+    subprocess.run(["promtool", "check", "config", "--syntax-only", FOLDER / "prometheus.yml"], check=True)
     expressions = [expression.replace("$__rate_interval", "1m").replace("$appliance", "a:9100") for _, expression in targets()]
     asked = [{"record": "one", "expr": expression, "labels": {"number": str(number)}}
              for number, expression in enumerate(expressions)]
