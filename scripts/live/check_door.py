@@ -17,6 +17,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 import browser  # noqa: E402
 import door  # noqa: E402
 
+PAGE = pathlib.Path(__file__).resolve().parents[2] / "tools/api/page"
 PATIENCE = 120  # seconds, for a machine with other work
 MODULE = ".1.3.6.1.4.1.32473.1.1"
 WAN_RATE = MODULE + ".1.2.0"
@@ -81,7 +82,10 @@ class Check:
         status, headers, text = self.browser.reach("GET", "/")
         assert status == 200 and "<title>" in text.lower(), (status, text)
         assert "default-src 'self'" in headers["Content-Security-Policy"], headers
-        told("the page comes over HTTPS, through the management port")
+        files = [path.relative_to(PAGE).as_posix() for path in sorted(PAGE.rglob("*")) if path.is_file()]
+        missing = [file for file in files if self.browser.reach("GET", "/" + file)[0] != 200]
+        assert files and not missing, missing
+        told(f"the page and its {len(files)} files come over HTTPS, through the management port")
 
     def somebody_logs_in(self):
         assert self.browser.ask("GET", "/rules")[0] == 401
