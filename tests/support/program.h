@@ -2,11 +2,14 @@
 // Programs beside the test, and waiting for what they do.
 #pragma once
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -31,11 +34,12 @@ inline void strike(pid_t pid, int signal = SIGKILL) {
   kill(pid, signal);
 }
 
-// A program as this process's child, ended with the object.
+// A program as this process's child, ended with the object. Its words go to that descriptor where one is given.
 class Program {
  public:
-  explicit Program(Words words) : pid_(fork()) {
+  explicit Program(Words words, int out = -1) : pid_(fork()) {
     if (pid_ != 0) return;
+    if (out != -1) dup2(out, STDOUT_FILENO);
     std::vector<char*> arguments;
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
@@ -64,6 +68,37 @@ class Program {
 
  private:
   pid_t pid_;
+};
+
+// One that is listened to.
+class TalkingProgram {
+ public:
+  explicit TalkingProgram(const Words& words) : TalkingProgram(words, Ends()) {}
+  ~TalkingProgram() { close(words_); }
+
+  Program& operator*() { return program_; }
+  Program* operator->() { return &program_; }
+  // The next line it said; empty at its end or when it stays silent too long.
+  std::string line() const {
+    std::string text;
+    pollfd ready = {words_, POLLIN, 0};
+    for (char c; poll(&ready, 1, kPatience) == 1 && read(words_, &c, 1) == 1 && c != '\n';) text += c;
+    return text;
+  }
+
+ private:
+  struct Ends {
+    Ends() {
+      if (pipe2(ends, O_CLOEXEC) != 0) abort();
+    }
+    int ends[2];
+  };
+  TalkingProgram(const Words& words, Ends pipe) : program_(words, pipe.ends[1]), words_(pipe.ends[0]) {
+    close(pipe.ends[1]);
+  }
+
+  Program program_;
+  int words_;
 };
 
 inline bool lives(pid_t pid) { return pid > 1 && kill(pid, 0) == 0; }

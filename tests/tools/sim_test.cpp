@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // The engine stand-in as its own process, beside front ends of this width.
 #include <arpa/inet.h>
-#include <poll.h>
 #include <signal.h>
 #include <string.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <memory>
 #include <vector>
 
+#include "tests/support/program.h"
 #include "tests/support/store.h"
 #include "tools/sim/act.h"
 #include "tools/sim/changes.h"
@@ -20,53 +19,13 @@
 namespace kestrove::testing {
 namespace {
 
-constexpr int kPatience = 10000;  // milliseconds
-
-class Sim {
+class Sim : public TalkingProgram {
  public:
-  Sim(const char* program, std::vector<const char*> arguments) {
-    int ends[2];
-    if (pipe(ends) != 0) abort();
-    pid_ = fork();
-    if (pid_ == 0) {
-      dup2(ends[1], STDOUT_FILENO);
-      close(ends[0]);
-      close(ends[1]);
-      arguments.insert(arguments.begin(), program);
-      arguments.push_back(nullptr);
-      execv(program, const_cast<char**>(arguments.data()));
-      _exit(127);
-    }
-    close(ends[1]);
-    words_ = ends[0];
-  }
-  ~Sim() {
-    if (pid_ > 0) {
-      kill(pid_, SIGKILL);
-      waitpid(pid_, nullptr, 0);
-    }
-    close(words_);
-  }
-  pid_t pid() const { return pid_; }
-
-  // The next line it said; empty at its end or when it stays silent too long.
-  std::string line() {
-    std::string text;
-    pollfd ready = {words_, POLLIN, 0};
-    for (char c; poll(&ready, 1, kPatience) == 1 && read(words_, &c, 1) == 1 && c != '\n';) text += c;
-    return text;
-  }
-  void stop(int signal = SIGTERM) { kill(pid_, signal); }
-  int exitStatus() {
-    int status = 0;
-    waitpid(pid_, &status, 0);
-    pid_ = 0;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-
- private:
-  pid_t pid_;
-  int words_;
+  Sim(const char* program, Words arguments)
+      : TalkingProgram((arguments.insert(arguments.begin(), program), arguments)) {}
+  pid_t pid() { return (*this)->pid(); }
+  void stop(int signal = SIGTERM) { strike(pid(), signal); }
+  int exitStatus() { return (*this)->status(); }
 };
 
 std::string number(pid_t pid) { return std::to_string(pid); }
