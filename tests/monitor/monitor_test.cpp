@@ -3,12 +3,14 @@
 #include "tests/monitor/monitor_fixture.h"
 #include "tests/support/peer.h"
 #include "tests/support/records.h"
+#include "tests/tools/programs.h"
 #include "tools/monitor/clock.h"
 
 namespace kestrove::testing {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 class MonitorProgramTest : public MonitorTest {};
 
@@ -86,6 +88,19 @@ TEST_F(MonitorProgramTest, TheManagerHearsOfItsLife) {
   while (last == "WATCHDOG=1");
   EXPECT_EQ("STOPPING=1", last);
   EXPECT_EQ(0, monitor_->status());
+}
+
+TEST_F(MonitorProgramTest, AWatchdogOfAnotherIsNotFedAndNoTaskSpeaksForTheMonitor) {
+  setenv("WATCHDOG_USEC", "4000", 1);
+  setenv("WATCHDOG_PID", "1", 1);
+  ManagersEar ear;
+  start();
+  EXPECT_EQ("READY=1", ear.hear());
+  const std::string surroundings = readFile("/proc/" + std::to_string(engineAfter(0)) + "/environ");
+  EXPECT_THAT(surroundings, HasSubstr("PATH="));
+  for (const char* name : {"NOTIFY_SOCKET", "WATCHDOG"}) EXPECT_THAT(surroundings, Not(HasSubstr(name)));
+  strike(monitor_->pid(), SIGTERM);
+  EXPECT_EQ("STOPPING=1", ear.hear());
 }
 
 TEST_F(MonitorProgramTest, AStoppedHolderOfTheLockStopsItNot) {
@@ -222,6 +237,16 @@ TEST_F(MonitorProgramTest, UnsavedSettingsAreSaidOnceAndSoIsTheirEnd) {
   ASSERT_EQ(0, save_shared_memory());
   EXPECT_TRUE(said("the file holds all settings of the store again"));
   EXPECT_EQ(1, times("the store holds settings that its file does not"));
+}
+
+TEST_F(MonitorProgramTest, AChangeThatWaitsForItsConfirmationIsSaidOnceAndSoIsItsEnd) {
+  ASSERT_EQ(0, ctl("set wanLinkRate 2048000").status);
+  start({"--task", "kestrove="});
+  ASSERT_EQ(0, ctl("set wanLinkRate 3072000 --confirm 60").status);
+  EXPECT_TRUE(said("a change waits for its confirmation and goes back without it"));
+  ASSERT_EQ(0, ctl("confirm").status);
+  EXPECT_TRUE(said("no change waits for a confirmation any more"));
+  EXPECT_EQ(1, times("a change waits for its confirmation"));
 }
 
 TEST(MonitorDelayTest, DoublesUpToItsLimitAndBeginsAnew) {
