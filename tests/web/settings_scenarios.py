@@ -116,6 +116,8 @@ def ModeIsLookedAtBeforeItIsCollected(page):
     page.click("#mode-look")
     page.says("#mode-preview", "mode single 10 20")
     page.says("#mode-preview", "VLAN 10 and 20")
+    page.until("the kernel was tried", lambda: "Trying" not in page.text("#mode-system"))
+    page.says("#mode-system", "kestrove.conf")
     assert appliance.shown("mode", "show")["singleInterface"] == "off"
     page.click("#mode-keep")
     page.review()

@@ -31,8 +31,9 @@ export class Chart {
   }
 
   legend() {
-    return h('ul', {class: 'legend'}, this.lines.map((line) =>
-      h('li', {}, h('i', {class: `key${line.colour.slice(1)} ${line.dashed ? 'dashed' : ''}`}), line.label)));
+    this.values = this.lines.map(() => h('b', {}));
+    return h('ul', {class: 'legend'}, this.lines.map((line, i) =>
+      h('li', {}, h('i', {class: `key${line.colour.slice(1)} ${line.dashed ? 'dashed' : ''}`}), line.label, this.values[i])));
   }
 
   listen() {
@@ -163,16 +164,18 @@ export class Chart {
     this.stroke(pen, '--edge', () => { pen.moveTo(x, TOP); pen.lineTo(x, this.height - FOOT); });
   }
 
-  reading(one) {
-    return this.lines.filter((line) => one[line.name] !== null && one[line.name] !== undefined)
-      .map((line) => `${line.label} ${short(one[line.name], this.unit)}`).join(', ');
+  reading(one, line) {
+    const value = one?.[line.name];
+    return value === null || value === undefined ? '' : short(value, this.unit);
   }
 
   // The figures beside the drawing, and in words for whoever does not see it.
   tell() {
     const one = this.pointed === null ? this.samples.at(-1) : this.samples[this.nearest(this.pointed)];
-    const words = one ? this.reading(one) : '';
-    this.now.textContent = !words ? 'nothing counted yet' : this.pointed === null ? words : `${clock(new Date(one.at))}: ${words}`;
-    this.canvas.setAttribute('aria-label', `${this.title}. ${this.now.textContent}`);
+    const figures = this.lines.map((line) => this.reading(one, line));
+    figures.forEach((figure, i) => { this.values[i].textContent = figure; });
+    this.now.textContent = !figures.some(Boolean) ? 'nothing counted yet' : this.pointed === null ? '' : clock(new Date(one.at));
+    const words = this.lines.map((line, i) => (figures[i] ? `${line.label} ${figures[i]}` : '')).filter(Boolean).join(', ');
+    this.canvas.setAttribute('aria-label', `${this.title}. ${this.now.textContent} ${words}`);
   }
 }

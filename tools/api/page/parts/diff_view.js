@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Settings that differ: what goes and what comes, by section.
 import {h} from './dom.js';
+import {nearChanges, textDiff} from './text_diff.js';
 
 const SECTIONS = {items: 'Items', interfaces: 'Interfaces and mode', users: 'Users', addresses: 'Addresses',
                   addresses6: "The bridge's own addresses", routes: 'Routes IPv4', routes6: 'Routes IPv6', rules: 'Rules'};
@@ -27,4 +28,19 @@ function grouped(rows) {
   const groups = new Map();
   for (const row of rows) groups.set(row.section, [...(groups.get(row.section) ?? []), row]);
   return groups;
+}
+
+const KINDS = {'+': ['add', '+', 'added: '], '-': ['del', '−', 'taken away: '], ' ': ['', ' ', '']};
+
+function textLines({before, after}) {
+  return nearChanges(textDiff(before, after)).map(({sign, text}) => {
+    const [kind, mark, words] = KINDS[sign];
+    return h('p', {class: 'line ' + kind}, h('span', {class: 'unseen'}, words), `${mark} ${text}`);
+  });
+}
+
+// Files and the kernel's state: texts with a name each.
+export function textsView(texts, label) {
+  return h('div', {class: 'diff', tabindex: '0', role: 'region', 'aria-label': label},
+           texts.length ? texts.map((one) => [h('p', {class: 'section'}, one.path ?? one.section), textLines(one)]) : h('p', {}, 'Nothing differs.'));
 }

@@ -2,7 +2,7 @@
 // The operating mode: the present one, and another looked at before it is collected.
 import {get, post} from './api.js';
 import {basket} from './basket.js';
-import {diffView} from './diff_view.js';
+import {diffView, textsView} from './diff_view.js';
 import {fill, h} from './dom.js';
 import {field, text} from './field.js';
 import {factsOf, MODES, PortsDrawing} from './ports.js';
@@ -16,6 +16,7 @@ export class ModeView {
     this.every = 5;
     this.present = new PortsDrawing();
     this.coming = new PortsDrawing();
+    this.system = h('div', {id: 'mode-system'});
     this.preview = h('div', {'aria-live': 'polite'});
     this.problem = h('p', {class: 'problem', id: 'mode-problem', role: 'alert'});
     this.form = h('form', {novalidate: true});
@@ -85,6 +86,7 @@ export class ModeView {
       const script = this.lines.map((line) => line + '\n').join('');
       const {changes} = await post('/apply', {script, check: true});
       this.showPreview(changes);
+      await this.showSystem(script);
     } catch (refused) {
       fill(this.preview, []);
       this.problem.textContent = refused.complaints?.[0]?.message ?? refused.message;
@@ -94,7 +96,19 @@ export class ModeView {
   showPreview(changes) {
     this.coming.show(factsOf({interfaces: this.interfaces, mode: this.wouldBe()}));
     fill(this.preview, [h('section', {class: 'sheet', id: 'mode-preview', 'aria-label': 'Preview'}, h('h2', {}, 'How it would be'),
-      h('div', {class: 'sheet-body'}, this.coming.element, diffView(changes)))]);
+      h('div', {class: 'sheet-body'}, this.coming.element, h('h3', {}, 'Settings'), diffView(changes), this.system))]);
+  }
+
+  // What becomes of files and of the kernel, where the appliance can try it out.
+  async showSystem(script) {
+    fill(this.system, [h('p', {class: 'soft'}, 'Trying what becomes of files and of the kernel …')]);
+    try {
+      const {files, kernel, notes} = await post('/preview', {method: 'POST', path: '/apply', body: {script}});
+      fill(this.system, [h('h3', {}, 'Kernel'), textsView(kernel, 'What would differ in the kernel'),
+        h('h3', {}, 'Files'), textsView(files, 'What would differ in files'), notes.length ? h('p', {class: 'hint'}, notes.join(' ')) : null]);
+    } catch (refused) {
+      fill(this.system, [h('p', {class: 'hint'}, `Files and the kernel could not be tried: ${refused.message}`)]);
+    }
   }
 
   collect() {
