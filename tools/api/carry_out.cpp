@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/api/carry_out.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "kestrove/codes.h"
@@ -102,9 +103,12 @@ Reply tableReply(const Request& request, const Route& route, const KeptTable& ta
   return reply;
 }
 
-// Of the tables that are made of the store alone.
+// The others are made of the kernel and of files, too.
+constexpr const char* kMadeOfTheStore[] = {"show",       "show {item}", "rule list",    "user list",
+                                           "route list", "route6 list", "address list", "mode show"};
+
 bool isKept(const Route& route) {
-  return route.endpoint->reads() && *route.endpoint->table && route.endpoint->table != std::string("interface list");
+  return route.endpoint->reads() && std::ranges::count(kMadeOfTheStore, std::string(route.endpoint->table)) > 0;
 }
 
 Reply readReply(const Request& request, const Route& route, const ctl::Session& session, const Spoken& spoken) {

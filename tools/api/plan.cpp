@@ -80,8 +80,8 @@ Plan special(const Request& request, const Route& route, const Caller& caller) {
 
 // Looks that take their time, or much memory: a worker stays small, and hears others meanwhile.
 constexpr const char* kLong[] = {
-    "/check",  "/diff", "/events", "/history", "/history/{revision}", "/interfaces/{port}/link",
-    "/kernel", "/lost", "/state"};
+    "/check",  "/diff", "/events",   "/history", "/history/{revision}", "/interfaces/{port}/link",
+    "/kernel", "/lost", "/settings", "/state"};
 constexpr int32_t kManyRules = 256;
 
 bool lasts(const ShmData& store, const Route& route) {
