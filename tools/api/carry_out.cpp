@@ -113,7 +113,7 @@ bool isKept(const Route& route) {
 
 Reply readReply(const Request& request, const Route& route, const ctl::Session& session, const Spoken& spoken) {
   const Printed printed = isKept(route) ? runAndKeep(session, spoken.words) : run(session, spoken.words);
-  const Reply reply = replyOf(printed, route);
+  Reply reply = replyOf(printed, route);
   if (reply.status != 200 || !*route.endpoint->table) return reply;
   return tableReply(request, route, {printed.text, tagOf(printed.text)});
 }

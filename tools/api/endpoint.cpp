@@ -102,27 +102,30 @@ std::vector<Endpoint> userRows() {
 }
 
 std::vector<Endpoint> routeRows() {
+  return {{"GET", "/routes", Right::kRead, kRoutes, "All IPv4 routes, in list order", {}, kRoutes},
+          {"POST", "/routes", Right::kChange, "route add {destination} {gateway}", "Add a route",
+           std::vector<Field>{word("destination", "string", "ADDRESS[/LENGTH]")} + routeFields(), kRoutes, "", "", 201},
+          {"PUT", "/routes/{address}/{length}", Right::kChange,
+           "route replace {address}/{length} {destination} {gateway}", "Remove a route and add another",
+           std::vector<Field>{word("destination", "string", "Destination of the other")} + routeFields(), kRoutes},
+          {"DELETE",
+           "/routes/{address}/{length}",
+           Right::kChange,
+           "route remove {address}/{length}",
+           "Remove a route",
+           {},
+           kRoutes},
+          {"POST",
+           "/routes/freshen",
+           Right::kChange,
+           "route freshen",
+           "Apply every route anew, disabled ones too",
+           {},
+           kRoutes}};
+}
+
+std::vector<Endpoint> route6Rows() {
   return {
-      {"GET", "/routes", Right::kRead, kRoutes, "All IPv4 routes, in list order", {}, kRoutes},
-      {"POST", "/routes", Right::kChange, "route add {destination} {gateway}", "Add a route",
-       std::vector<Field>{word("destination", "string", "ADDRESS[/LENGTH]")} + routeFields(), kRoutes, "", "", 201},
-      {"PUT", "/routes/{address}/{length}", Right::kChange, "route replace {address}/{length} {destination} {gateway}",
-       "Remove a route and add another",
-       std::vector<Field>{word("destination", "string", "Destination of the other")} + routeFields(), kRoutes},
-      {"DELETE",
-       "/routes/{address}/{length}",
-       Right::kChange,
-       "route remove {address}/{length}",
-       "Remove a route",
-       {},
-       kRoutes},
-      {"POST",
-       "/routes/freshen",
-       Right::kChange,
-       "route freshen",
-       "Apply every route anew, disabled ones too",
-       {},
-       kRoutes},
       {"GET", "/routes6", Right::kRead, kRoutes6, "All IPv6 routes, in list order", {}, kRoutes6},
       {"POST", "/routes6", Right::kChange, "route6 add {destination} {gateway}", "Add a route",
        std::vector<Field>{word("destination", "string", "ADDRESS[/LENGTH]")} + routeFields(), kRoutes6, "", "", 201},
@@ -199,38 +202,47 @@ std::vector<Endpoint> modeRows() {
 }
 
 std::vector<Endpoint> systemRows() {
+  return {{"GET", "/status", Right::kRead, "status", "Store, state, holder of the lock; never waits"},
+          {"POST", "/save", Right::kChange, "save", "Write the configuration file"},
+          {"GET", "/check", Right::kRead, "check", "The invariants of every table"}};
+}
+
+std::vector<Endpoint> portRows() {
+  return {{"GET", "/interfaces", Right::kRead, kInterfaces, "Names, hardware addresses, addresses", {}, kInterfaces},
+          {"GET", "/interfaces/{port}/link", Right::kRead, "interface link {port}", "Link status of a port"},
+          {"PUT",
+           "/interfaces/{port}/name",
+           Right::kChange,
+           "interface name {port} {name}",
+           "The name that the store has for a port",
+           {word("name", "string", "Up to 15 characters")},
+           kInterfaces},
+          {"POST",
+           "/dhcp",
+           Right::kChange,
+           "dhcp {interface}",
+           "Obtain an address for an interface",
+           {word("interface", "string", "Name of the interface"),
+            option("timeout", "--timeout", "integer", "Seconds; the web server in front waits for 60")}}};
+}
+
+std::vector<Endpoint> engineRows() {
+  return {{"GET", "/engine", Right::kRead, "engine status", "Process, switch, counters, changes not fetched yet"},
+          {"POST", "/engine/restart", Right::kChange, "engine restart",
+           "Reset the counters, switch it on, end its process"},
+          {"GET", "/tasks", Right::kRead, "task list", "The monitored tasks"},
+          {"GET", "/kernel", Right::kRead, "kernel show", "Addresses and routes in the tables and in the kernel"},
+          {"GET", "/notifications", Right::kRead, "notifications", "The notifications that are on, leaving them so"},
+          {"PUT",
+           "/notifications/{number}",
+           Right::kChange,
+           "notifications set {number} {on}",
+           "Switch one; it stays until somebody reads it",
+           {{"on", Form::kSwitch, "", "boolean", true, "Its switch"}}}};
+}
+
+std::vector<Endpoint> eventRows() {
   return {
-      {"GET", "/status", Right::kRead, "status", "Store, state, holder of the lock; never waits"},
-      {"POST", "/save", Right::kChange, "save", "Write the configuration file"},
-      {"GET", "/check", Right::kRead, "check", "The invariants of every table"},
-      {"GET", "/interfaces", Right::kRead, kInterfaces, "Names, hardware addresses, addresses", {}, kInterfaces},
-      {"GET", "/interfaces/{port}/link", Right::kRead, "interface link {port}", "Link status of a port"},
-      {"PUT",
-       "/interfaces/{port}/name",
-       Right::kChange,
-       "interface name {port} {name}",
-       "The name that the store has for a port",
-       {word("name", "string", "Up to 15 characters")},
-       kInterfaces},
-      {"POST",
-       "/dhcp",
-       Right::kChange,
-       "dhcp {interface}",
-       "Obtain an address for an interface",
-       {word("interface", "string", "Name of the interface"),
-        option("timeout", "--timeout", "integer", "Seconds; the web server in front waits for 60")}},
-      {"GET", "/engine", Right::kRead, "engine status", "Process, switch, counters, changes not fetched yet"},
-      {"POST", "/engine/restart", Right::kChange, "engine restart",
-       "Reset the counters, switch it on, end its process"},
-      {"GET", "/tasks", Right::kRead, "task list", "The monitored tasks"},
-      {"GET", "/kernel", Right::kRead, "kernel show", "Addresses and routes in the tables and in the kernel"},
-      {"GET", "/notifications", Right::kRead, "notifications", "The notifications that are on, leaving them so"},
-      {"PUT",
-       "/notifications/{number}",
-       Right::kChange,
-       "notifications set {number} {on}",
-       "Switch one; it stays until somebody reads it",
-       {{"on", Form::kSwitch, "", "boolean", true, "Its switch"}}},
       {"GET", "/events", Right::kRead, "events", "The event log, oldest first"},
       {"DELETE", "/events", Right::kChange, "events clear", "Empty the log"},
       {"GET", "/events/stream", Right::kRead, "", "Events as they come, as server-sent events", {}, "", "", "stream"},
@@ -249,40 +261,43 @@ std::vector<Endpoint> systemRows() {
        Right::kChange,
        "stats reset {which}",
        "Start counters anew",
-       {word("which", "string", "all, optimization, compression or filter")}},
-      {"GET", "/clock", Right::kRead, "clock show", "Clock, hardware clock, uptime"},
-      {"PUT",
-       "/clock",
-       Right::kChange,
-       "clock set {time}",
-       "Set both clocks; the engine is stopped meanwhile",
-       {word("time", "string", "2026-11-22T04:45:25Z")}},
-      {"GET", "/state", Right::kRead, "state list", "What is saved of whole states"},
-      {"POST",
-       "/state",
-       Right::kChange,
-       "state save",
-       "Save the state; an earlier one is replaced",
-       {},
-       "",
-       "",
-       "",
-       201},
-      {"POST",
-       "/state/load",
-       Right::kChange,
-       "state load",
-       "Restore the saved files",
-       {flag("now", "--now", "Build the store anew from them at once")}},
-      {"GET",
-       "/support",
-       Right::kChange,
-       "support {file}",
-       "Everything that a support engineer asks for, without secrets",
-       {},
-       "",
-       "",
-       "file"}};
+       {word("which", "string", "all, optimization, compression or filter")}}};
+}
+
+std::vector<Endpoint> stateRows() {
+  return {{"GET", "/clock", Right::kRead, "clock show", "Clock, hardware clock, uptime"},
+          {"PUT",
+           "/clock",
+           Right::kChange,
+           "clock set {time}",
+           "Set both clocks; the engine is stopped meanwhile",
+           {word("time", "string", "2026-11-22T04:45:25Z")}},
+          {"GET", "/state", Right::kRead, "state list", "What is saved of whole states"},
+          {"POST",
+           "/state",
+           Right::kChange,
+           "state save",
+           "Save the state; an earlier one is replaced",
+           {},
+           "",
+           "",
+           "",
+           201},
+          {"POST",
+           "/state/load",
+           Right::kChange,
+           "state load",
+           "Restore the saved files",
+           {flag("now", "--now", "Build the store anew from them at once")}},
+          {"GET",
+           "/support",
+           Right::kChange,
+           "support {file}",
+           "Everything that a support engineer asks for, without secrets",
+           {},
+           "",
+           "",
+           "file"}};
 }
 
 std::vector<Endpoint> restartRows() {
@@ -327,8 +342,11 @@ std::vector<Endpoint> settingRows() {
             flag("diff", "--diff", "Show what differs before and after"),
             flag("stopOnError", "--stop-on-error", "End at the first change that fails"),
             flag("skipRefused", "--skip-refused", "Leave out lines that the store refuses")},
-           kSettings},
-          {"GET", "/history", Right::kRead, "history", "The changes made, newest first"},
+           kSettings}};
+}
+
+std::vector<Endpoint> historyRows() {
+  return {{"GET", "/history", Right::kRead, "history", "The changes made, newest first"},
           {"GET", "/history/{revision}", Right::kRead, "history show {revision}", "What a revision changed"},
           {"POST",
            "/history/{revision}/rollback",
@@ -339,8 +357,11 @@ std::vector<Endpoint> settingRows() {
            kSettings},
           {"GET", "/confirm", Right::kRead, "confirm --status", "What waits for its confirmation, and how long"},
           {"POST", "/confirm", Right::kChange, "confirm", "Keep the change that waits"},
-          {"DELETE", "/confirm", Right::kChange, "confirm --abort", "Take it back now"},
-          {"POST",
+          {"DELETE", "/confirm", Right::kChange, "confirm --abort", "Take it back now"}};
+}
+
+std::vector<Endpoint> operationRows() {
+  return {{"POST",
            "/preview",
            Right::kChange,
            "",
@@ -381,8 +402,9 @@ std::vector<Endpoint> sessionRows() {
 
 std::vector<Endpoint> allRows() {
   std::vector<Endpoint> rows;
-  for (const auto& family : {sessionRows(), itemRows(), ruleRows(), userRows(), routeRows(), addressRows(), modeRows(),
-                             systemRows(), restartRows(), settingRows(), lineRows()}) {
+  for (const auto& family : {sessionRows(), itemRows(), ruleRows(), userRows(), routeRows(), route6Rows(),
+                             addressRows(), modeRows(), systemRows(), portRows(), engineRows(), eventRows(),
+                             stateRows(), restartRows(), lineRows(), settingRows(), historyRows(), operationRows()}) {
     rows.insert(rows.end(), family.begin(), family.end());
   }
   return rows;
