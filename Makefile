@@ -5,6 +5,7 @@
 
 SECONDS ?= 60
 PREFIX ?= /usr/local
+OF ?= release
 TIDY ?=
 LINT ?= src tools
 SOURCES = find . -name build -prune -o \( -name '*.cpp' -o -name '*.h' -o -name '*.c' \) -print0
@@ -47,7 +48,7 @@ test-web: ## the page in Chromium and Firefox, at two widths, on sandbox applian
 
 test-install: ## an installation, and front ends built against it: C, C++ and Python, by pkg-config, CMake and Meson
 	@scripts/setup build tools sandbox frontend consumers manual
-	@scripts/test-install
+	@scripts/test-install $(OF)
 
 abi: ## the interface of both widths against the record in abi/
 	@scripts/setup build m32 abi
@@ -123,5 +124,5 @@ clang: ## builds the library and the programs with clang, the library in 32-bit,
 setup: ## installs the Debian packages that a build needs
 	@scripts/setup build tools
 
-install: ## builds the release and installs it (PREFIX=/usr/local, DESTDIR); installs no packages
-	@DESTDIR="$(DESTDIR)" scripts/install "$(PREFIX)"
+install: ## builds the release (or OF=PRESET) and installs it (PREFIX=/usr/local, DESTDIR); installs no packages
+	@DESTDIR="$(DESTDIR)" scripts/install "$(PREFIX)" $(OF)
