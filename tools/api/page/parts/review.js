@@ -93,8 +93,7 @@ class Review {
   }
 
   async refused(refused) {
-    // What came before it is made: the rest is another script.
-    if (refused.owner) this.script = (await tryOut()).script;
+    if (refused.owner) await this.shorten();
     if (refused.problems) basket.complain(refused.problems);
     const changed = refused.status === 412;
     const ofTime = refused.message.startsWith('confirm:');
@@ -103,6 +102,13 @@ class Review {
     this.tell(changed ? 'Somebody else changed the settings meanwhile. Look again at what would be different, then apply.' : refused.general || refused.message);
     if (changed) await this.again();
     else this.apply.disabled = false;
+  }
+
+  // What came before the request that was refused is made: the rest is another script.
+  async shorten() {
+    try {
+      this.script = (await tryOut()).script;
+    } catch { /* applying the former one again is refused as changed meanwhile */ }
   }
 
   async again() {
