@@ -95,7 +95,7 @@ class Page:
     def type(self, selector, words):
         element = self.one(selector)
         element.clear()
-        element.send_keys(words)
+        element.send_keys(words.replace("\t", Keys.TAB))
         return element
 
     def choose(self, selector, value):

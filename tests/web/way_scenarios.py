@@ -122,6 +122,18 @@ def EventsComeLiveAndAreFiltered(page):
     page.says(".events-list", "dora")
 
 
+def SomebodyElseDoesNotFindWhatWasCollected(page):
+    page.begin()
+    page.open("items")
+    page.type("#field-sysLocation", "cellar\t")
+    page.collected(1)
+    page.driver.delete_all_cookies()
+    page.one("#user")
+    page.log_in("bertha")
+    page.one(".view")
+    page.gone("#tray")
+
+
 def EndedSessionKeepsWhatIsCollected(page):
     page.begin()
     page.open("items")

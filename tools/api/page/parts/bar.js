@@ -23,6 +23,7 @@ export class Bar {
     this.pending = {pending: false};
     this.unsaved = [];
     this.state = '';
+    this.problem = '';
     this.timer = setInterval(() => this.tick(), 1000);
     this.look(true);
   }
@@ -65,7 +66,8 @@ export class Bar {
     const key = JSON.stringify([this.pending.pending && this.pending.time, this.unsaved, this.problem]);
     if (key === this.shown) return;
     this.shown = key;
-    const rows = [this.pending.pending ? this.waiting() : null, this.unsaved.length ? this.notSaved() : null].filter(Boolean);
+    const rows = [this.pending.pending ? this.waiting() : null, this.unsaved.length ? this.notSaved() : null,
+                  this.problem ? this.refusal() : null].filter(Boolean);
     this.place.hidden = rows.length === 0;
     fill(this.place, rows);
     if (rows.length) say(rows.map((row) => row.querySelector('p').textContent).join(' '));
@@ -109,13 +111,19 @@ export class Bar {
   }
 
   async act(act) {
+    this.problem = '';
     try {
       await act();
     } catch (refused) {
-      this.place.append(h('div', {class: 'bar-row pressing'}, h('p', {class: 'problem'}, refused.message)));
-      warn(refused.message);
-      return;
+      this.problem = refused.message;
+      warn(this.problem);
     }
+    this.draw();
     this.look(true);
+  }
+
+  refusal() {
+    return h('div', {class: 'bar-row pressing', id: 'bar-problem'}, h('p', {class: 'problem'}, this.problem),
+      h('button', {type: 'button', class: 'plain small', onclick: () => { this.problem = ''; this.draw(); }}, 'Close'));
   }
 }

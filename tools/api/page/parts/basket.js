@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is collected and not made yet. It outlives a reload, except for what has a password in it.
 const PLACE = 'kestrove-basket';
+const OWNER = 'kestrove-basket-user';
 
 class Basket extends EventTarget {
   constructor() {
@@ -38,6 +39,12 @@ class Basket extends EventTarget {
     this.entries = this.entries.filter((entry) => entry.id !== id);
     this.problems.delete(id);
     this.tell();
+  }
+
+  // What somebody else collected is not his to apply.
+  belongTo(user) {
+    if ((sessionStorage.getItem(OWNER) ?? user) !== user) this.clear();
+    sessionStorage.setItem(OWNER, user);
   }
 
   clear() {

@@ -47,7 +47,7 @@ export class DashboardView {
   async refresh() {
     const background = {background: true};
     const statistics = await get('/statistics', background);
-    if (this.beat++ % SELDOM === 0) await this.lookRound(background);
+    if (!this.around || ++this.beat % SELDOM === 0) await this.lookRound(background);
     const sample = series.add(statistics);
     this.ports.show(factsOf({...this.around, links: this.links, engine: engineWords(this.around.engine)}), sample);
     for (const chart of this.charts) chart.show(series.samples);

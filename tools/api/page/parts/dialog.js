@@ -8,7 +8,7 @@ export function openDialog(title, content, {kind = ''} = {}) {
   const before = document.activeElement;
   dialog.addEventListener('close', () => {
     dialog.remove();
-    if (before?.isConnected) before.focus({preventScroll: true});
+    (before?.isConnected && before !== document.body ? before : document.querySelector('h1'))?.focus({preventScroll: true});
   });
   document.body.append(dialog);
   dialog.showModal();

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // The page's beginning: the door, then the frame with its views.
-import {onSessionEnd} from './api.js';
+import {get, onSessionEnd} from './api.js';
 import {Bar} from './bar.js';
 import {basket} from './basket.js';
 import {byId, h} from './dom.js';
 import {showDoor} from './door.js';
-import {get} from './api.js';
 import {Frame} from './frame.js';
-import {logOut, resume} from './session.js';
+import {logOut, resume, session} from './session.js';
 import {showTray} from './tray.js';
 
 const main = byId('main');
@@ -23,6 +22,7 @@ function outside(reason) {
 }
 
 function inside() {
+  basket.belongTo(session.user);
   document.body.className = '';
   frame.open();
   bar.start();

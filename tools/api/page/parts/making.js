@@ -8,8 +8,9 @@ import {compose} from './script.js';
 function problemsOf(refused, script) {
   const problems = new Map();
   let general = '';
-  for (const {line, message} of refused.complaints) {
+  for (const {line, message: text, code} of refused.complaints) {
     const owner = script.owners[line - 1];
+    const message = code === undefined || code < 0 ? text : `${text} (code ${code})`;
     if (owner) problems.set(owner, message);
     else general ||= message;
   }

@@ -5,7 +5,7 @@ import {basket} from './basket.js';
 import {diffView} from './diff_view.js';
 import {openDialog} from './dialog.js';
 import {fill, h} from './dom.js';
-import {field, text} from './field.js';
+import {field, tellProblem, text} from './field.js';
 import {counted} from './format.js';
 import {make, tryOut} from './making.js';
 
@@ -87,17 +87,28 @@ class Review {
       const words = await make(this.script, {minutes: this.minutes.value.trim(), comment: this.comment.value.trim()});
       this.finish(words);
     } catch (refused) {
-      this.refused(refused);
+      await this.refused(refused);
     }
     dispatchEvent(new Event('kestrove-made'));
   }
 
-  refused(refused) {
+  async refused(refused) {
+    if (refused.owner) await this.shorten();
     if (refused.problems) basket.complain(refused.problems);
     const changed = refused.status === 412;
+    const ofTime = refused.message.startsWith('confirm:');
+    tellProblem(this.minutes, ofTime ? refused.message : '');
+    if (ofTime) this.minutes.focus();
     this.tell(changed ? 'Somebody else changed the settings meanwhile. Look again at what would be different, then apply.' : refused.general || refused.message);
-    if (changed) this.again();
+    if (changed) await this.again();
     else this.apply.disabled = false;
+  }
+
+  // What came before the request that was refused is made: the rest is another script.
+  async shorten() {
+    try {
+      this.script = (await tryOut()).script;
+    } catch { /* applying the former one again is refused as changed meanwhile */ }
   }
 
   async again() {
