@@ -5,6 +5,7 @@
 
 #include "tests/state/state_fixture.h"
 #include "tests/support/random_store.h"
+#include "tests/support/thinning.h"
 
 namespace kestrove::testing {
 namespace {
@@ -17,7 +18,7 @@ class StateRoundTripTest : public StateTest, public ::testing::WithParamInterfac
 TEST_P(StateRoundTripTest, RandomStoresComeBackFromTheirArchives) {
   auto saved = std::make_unique<ShmData>();
   ::testing::internal::CaptureStdout();  // IPv6 rules are announced there
-  for (unsigned seed = GetParam(); seed < kSeeds && !HasFailure(); seed += kShares) {
+  for (unsigned seed = GetParam(); seed < kSeeds && !HasFailure(); seed += kShares * kThinning) {
     SCOPED_TRACE(seed);
     drawStore(seed);
     EXPECT_EQ(0, write_shared_memory());

@@ -7,6 +7,7 @@
 
 #include "tests/state/state_fixture.h"
 #include "tests/support/fault.h"
+#include "tests/support/thinning.h"
 
 namespace kestrove::testing {
 namespace {
@@ -36,7 +37,8 @@ TEST_F(StateFaultTest, SavingKilledAtAnyCall) {
       [](const Strike&, const Aftermath&) {
         expectLockFree();
         EXPECT_EQ("the configuration\n", readFile(kConfigFile));
-      });
+      },
+      kThinning);
   EXPECT_EQ(0, save());
   EXPECT_TRUE(wholeArchive());
 }
@@ -53,13 +55,20 @@ void emptyStaging() {
   FAIL() << failure.message();
 }
 
-TEST_F(StateFaultTest, SavingWithAFailingCall) {
-  sweepFaults({EIO, EMFILE}, emptyStaging, save, [](const Strike&, const Aftermath& after) {
-    ASSERT_TRUE(after.finished);
-    EXPECT_LE(after.leaked, 0);
-    expectLockFree();
-  });
+void sweepSaves(int error) {
+  sweepFaults(
+      {error}, emptyStaging, [] { return saveSystemState(0, "--"); },
+      [](const Strike&, const Aftermath& after) {
+        ASSERT_TRUE(after.finished);
+        EXPECT_LE(after.leaked, 0);
+        expectLockFree();
+      },
+      kThinning);
 }
+
+TEST_F(StateFaultTest, SavingWithAFailingCall) { sweepSaves(EIO); }
+
+TEST_F(StateFaultTest, SavingWithoutDescriptors) { sweepSaves(EMFILE); }
 
 TEST_F(StateFaultTest, RestoringWithAFailingCall) {
   ASSERT_EQ(0, save());
@@ -70,7 +79,8 @@ TEST_F(StateFaultTest, RestoringWithAFailingCall) {
         EXPECT_LE(after.leaked, 0);
         EXPECT_TRUE(after.result != 0 || restored());
         expectLockFree();
-      });
+      },
+      kThinning);
   changeFiles();
   EXPECT_EQ(0, load());
   EXPECT_TRUE(restored());
