@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "kestrove/kestrove.h"
+#include "tests/support/peer.h"
 #include "tests/support/store.h"
 #include "tools/api/endpoint.h"
 #include "tools/api/plan.h"
@@ -23,6 +24,14 @@ using Json = api::Json;
 
 constexpr char kPassword[] = "Passw0rd!";
 constexpr char kHome[] = "192.0.2.1";
+
+// The work of a peer that holds the store's lock from its 'l' until it is killed.
+inline int holdLock(const Peer::Line& line) {
+  shm_lock();
+  line.say('l');
+  line.hear();
+  return 0;
+}
 
 struct Browser {
   std::string cookie;

@@ -150,12 +150,7 @@ TEST_F(CommandsTest, EveryListCanBeAskedFor) {
 }
 
 TEST_F(CommandsTest, LockedStoreIsToldOfWithItsHolder) {
-  Peer holder([](const Peer::Line& line) {
-    shm_lock();
-    line.say('l');
-    line.hear();
-    return 0;
-  });
+  Peer holder(holdLock);
   ASSERT_EQ('l', holder.line().hear());
   const std::string process = "process " + std::to_string(holder.pid());
   const api::Reply reply = ask("GET", "/rules");

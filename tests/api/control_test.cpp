@@ -81,12 +81,7 @@ TEST_F(ControlTest, NotificationsAreSwitched) {
 }
 
 TEST_F(ControlTest, ChangesAndLogInsAreToldWhoHoldsTheStore) {
-  Peer holder([](const Peer::Line& line) {
-    shm_lock();
-    line.say('l');
-    line.hear();
-    return 0;
-  });
+  Peer holder(holdLock);
   ASSERT_EQ('l', holder.line().hear());
   const std::string process = "process " + std::to_string(holder.pid());
   const std::string before(reinterpret_cast<const char*>(shm), SHM_SIZE);

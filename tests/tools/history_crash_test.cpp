@@ -61,6 +61,11 @@ class HistoryCrashTest : public StoreTest {
     EXPECT_FALSE(fileExists(kJournal));
     return ran;
   }
+  // The store of a revision, with the history that was kept.
+  static void goBackTo(const char* revision) {
+    command({"rollback", revision});
+    run("rm -rf /var/lib/kestrove; cp -r /tmp/kept /var/lib/kestrove");
+  }
 };
 
 TEST_F(HistoryCrashTest, ARollbackKilledAnywhereIsWhole) {
@@ -72,11 +77,7 @@ TEST_F(HistoryCrashTest, ARollbackKilledAnywhereIsWhole) {
   int ended = 0;
   int struck = 0;
   sweepFaults(
-      {kKilled},
-      [] {
-        command({"rollback", "5"});
-        run("rm -rf /var/lib/kestrove; cp -r /tmp/kept /var/lib/kestrove");
-      },
+      {kKilled}, [] { goBackTo("5"); },
       [] {
         return command({"rollback", "3"});
       },
@@ -103,11 +104,7 @@ TEST_F(HistoryCrashTest, AnApplyKilledAnywhereIsWhole) {
   int ended = 0;
   int struck = 0;
   sweepFaults(
-      {kKilled},
-      [] {
-        command({"rollback", "2"});
-        run("rm -rf /var/lib/kestrove; cp -r /tmp/kept /var/lib/kestrove");
-      },
+      {kKilled}, [] { goBackTo("2"); },
       [] {
         return command({"apply", kScript});
       },
