@@ -69,7 +69,7 @@ void settle(const Session& session, bool keep) {
   const Journal journal(folder);
   const Entry entry = waiting(journal);
   refuseOthers(session, entry);
-  const bool inTime = entry.stage == Stage::kWaiting && remaining(entry, momentNow()) > 0;
+  const bool inTime = entry.stage == Stage::kWaiting && remaining(entry, bootTimeNow()) > 0;
   if (!inTime) takeBack(session, folder, entry);
   if (keep) {
     journal.remember(entry.id, "confirmed");

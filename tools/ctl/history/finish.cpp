@@ -116,7 +116,7 @@ void finishEntry(const Session& session, const Home& home, Entry entry) {
 void finishAbandoned(const Session& session, const Home& home, Urgency urgency) {
   const std::optional<Entry> entry = Journal(home).read();
   if (!entry) return;
-  const bool waits = entry->stage == Stage::kWaiting && remaining(*entry, momentNow()) > 0;
+  const bool waits = entry->stage == Stage::kWaiting && remaining(*entry, bootTimeNow()) > 0;
   if (!waits || urgency == Urgency::kAll) finishEntry(session, home, *entry);
 }
 

@@ -83,13 +83,13 @@ std::string bootId() {
 
 }  // namespace
 
-Moment momentNow() {
+BootTime bootTimeNow() {
   struct timespec time = {};
   clock_gettime(CLOCK_BOOTTIME, &time);
   return {bootId(), time.tv_sec * kSecond + time.tv_nsec};
 }
 
-int64_t remaining(const Entry& entry, const Moment& now) {
+int64_t remaining(const Entry& entry, const BootTime& now) {
   if (entry.boot != now.boot || entry.deadline <= now.nanoseconds) return 0;
   return entry.deadline - now.nanoseconds;
 }
@@ -123,7 +123,7 @@ std::optional<std::string> Journal::outcomeOf(const std::string& id) const {
 
 bool journalThere() { return access((homePath() + "/" + kFile).c_str(), F_OK) == 0; }
 
-Pending pendingOf(const Entry& entry, const Moment& now) {
+Pending pendingOf(const Entry& entry, const BootTime& now) {
   return {.user = entry.user,
           .command = entry.command,
           .comment = entry.comment,
@@ -139,7 +139,7 @@ std::optional<Pending> pendingConfirmation() {
     const std::optional<Home> home = Home::find();
     const std::optional<std::string> text = home ? home->read(kFile) : std::nullopt;
     const std::optional<Entry> entry = text ? understood(*text) : std::nullopt;
-    if (entry && entry->confirmable()) return pendingOf(*entry, momentNow());
+    if (entry && entry->confirmable()) return pendingOf(*entry, bootTimeNow());
   } catch (const Refusal&) {
   }
   return std::nullopt;

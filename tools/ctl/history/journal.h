@@ -41,14 +41,14 @@ struct Entry {
 };
 
 // Where the machine's own clock stands, which nobody can set.
-struct Moment {
+struct BootTime {
   std::string boot = {};
   int64_t nanoseconds = 0;
 };
-Moment momentNow();
+BootTime bootTimeNow();
 
 // Nanoseconds until the change goes back; 0 when that is due, as it is after a restart of the machine.
-int64_t remaining(const Entry& entry, const Moment& now);
+int64_t remaining(const Entry& entry, const BootTime& now);
 
 class Journal {
  public:
@@ -70,7 +70,7 @@ class Journal {
 // One call of the system.
 bool journalThere();
 
-Pending pendingOf(const Entry& entry, const Moment& now);
+Pending pendingOf(const Entry& entry, const BootTime& now);
 
 // "'set wanLinkRate 64000' of alice (revision 12), at 2026-11-21T22:17:46Z".
 std::string describe(const Entry& entry);

@@ -149,7 +149,7 @@ void Recording::aim(const Image& target) {
 }
 
 Entry Recording::entryOf(Stage stage) const {
-  const Moment now = momentNow();
+  const BootTime now = bootTimeNow();
   return {.stage = stage,
           .id = std::to_string(getpid()) + "-" + std::to_string(now.nanoseconds),
           .user = logInUser(session_),
@@ -203,7 +203,7 @@ Recorded Recording::finish(const ShmData& store) {
 
 // The time counts from here. Where the journal cannot be written any more nobody could confirm: the change goes back.
 void Recording::await(Recorded& recorded) {
-  const Moment now = momentNow();
+  const BootTime now = bootTimeNow();
   entry_.revision = recorded.revision;
   entry_.deadline = now.nanoseconds + static_cast<int64_t>(session_.confirmMinutes * kNanosecondsOfMinute);
   try {

@@ -77,7 +77,7 @@ bool settled(const Session& session, const Home& home, const std::string& id, in
   const HomeLock lock = HomeLock::take(home);  // a change that is being made has it
   const std::optional<Entry> entry = Journal(home).read();
   if (!entry || entry->id != id) return true;
-  left = remaining(*entry, momentNow());
+  left = remaining(*entry, bootTimeNow());
   if (entry->stage == Stage::kWaiting && left > 0) return false;
   attachStore(session);
   finishEntry(session, home, *entry);
