@@ -42,6 +42,13 @@ test-snmp: ## the SNMP subagent with limits of time, behind an agent that is kil
 	@scripts/build dev snmp_test
 	@KESTROVE_MASTER_KILLS=100 ctest --test-dir build/dev -R '^SnmpReadTest.(AMaster|FullTables)' --no-tests=error --verbose
 
+.PHONY: test-monitor
+test-monitor: ## the engine killed 1000 times under the monitor: up again within 2 s each; the rest is in make test
+	@scripts/setup build tools sandbox test
+	@scripts/build dev monitor_test
+	@KESTROVE_MONITOR_KILLS=1000 build/dev/sandbox/kestrove-sandbox --real --no-ports -- \
+	  build/dev/tests/monitor/monitor_test --gtest_filter=EngineWatchTest.IsUpAgainAfterEachKillAndNeverTwice
+
 .PHONY: test-web
 test-web: ## the page in Chromium and Firefox, at two widths, on sandbox appliances; pictures in build/web
 	@scripts/setup build tools sandbox web browser
