@@ -55,6 +55,12 @@ test-web: ## the page in Chromium and Firefox, at two widths, on sandbox applian
 	@scripts/build dev kestrove-api kestrovectl kestrove-sandbox shm-init
 	@scripts/test-web
 
+.PHONY: test-web-quick
+test-web-quick: ## each of its scenarios once, dealt out over both browsers and widths; TURN=1 to 3 deals otherwise
+	@scripts/setup build tools sandbox web browser
+	@scripts/build dev kestrove-api kestrovectl kestrove-sandbox shm-init
+	@scripts/test-web --deal $(or $(TURN),0)
+
 test-install: ## an installation, and front ends built against it: C, C++ and Python, by pkg-config, CMake and Meson
 	@scripts/setup build tools sandbox frontend consumers manual
 	@scripts/test-install $(OF)

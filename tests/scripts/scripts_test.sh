@@ -72,6 +72,16 @@ ForeignArchitectureOnlyFor32Bits() {
   equal 1 "$(grep -c add-architecture "$scratch/calls")"
 }
 
+ArchiveOutOfReachIsToldWithWhatIsMissing() {
+  with_packages cmake g++
+  printf '#!/bin/sh\ncase "$*" in *update*) exit 0 ;; esac\necho "E: Unable to fetch some archives" >&2\nexit 100\n' > "$scratch/bin/apt-get"
+  text=$("$source/scripts/setup" build 2>&1) && fail "nothing was missing"
+  for words in 'E: Unable to fetch' 'could not be downloaded' 'installed: libcrypt-dev make ninja-build'; do
+    [[ $text == *"$words"* ]] || fail "no <$words> in $text"
+  done
+  [[ $text != *'Installing them'* ]] || fail "$text"
+}
+
 ProgressIsALineEachTenPercent() {
   text=$(for step in $(seq 200); do echo "[$step/200] Building"; done | "$source/scripts/progress")
   equal "10 % 20 % 30 % 40 % 50 % 60 % 70 % 80 % 90 % 100 %" "$(echo $text)"

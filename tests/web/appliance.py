@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """A sandbox appliance with its page: Apache in front of kestrove-api, two users, some rules and routes."""
-import http.client, json, os, pathlib, shutil, ssl, subprocess, time
+import http.client, json, os, pathlib, shutil, ssl, subprocess, sys, time
 
 SHARE = "/usr/share/kestrove/apache"
 PASSWORD = "Passw0rd!"
@@ -14,7 +14,7 @@ def ctl(*words, given=None, check=True):
     return done.stdout
 
 
-def wait_for(what, true, seconds=120):
+def wait_for(what, true, seconds=300):
     end = time.monotonic() + seconds
     while not true():
         assert time.monotonic() < end, "never: " + what
@@ -43,7 +43,7 @@ def start(program):
     subprocess.run([SHARE + "/page"], check=True)
     subprocess.run(["/usr/bin/apacheConfig.sh", "127.0.0.1"], check=True)
     subprocess.run([SHARE + "/certificate"], check=True)
-    server = subprocess.Popen([program])
+    server = subprocess.Popen([program], stdout=sys.stderr)
     subprocess.run(["/usr/sbin/apache2", "-f", SHARE + "/httpd.conf"], check=True)
     wait_for("the page's server answers", answers)
     return server

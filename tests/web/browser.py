@@ -12,7 +12,7 @@ from selenium.webdriver.support.ui import WebDriverWait
 import appliance
 import marionette
 
-PATIENCE = float(os.environ.get("PATIENCE", 60))  # seconds; only what never comes takes so long
+PATIENCE = float(os.environ.get("PATIENCE", 180))  # seconds; only what never comes takes so long
 HEIGHT = 900
 
 
@@ -36,14 +36,19 @@ START = {"chromium": chromium, "firefox": firefox}
 
 
 class Page:
-    def __init__(self, name, width, folder):
+    def __init__(self, name, folder):
         os.environ["HOME"] = folder
         self.driver = START[name](folder)
-        self.name, self.width = name, width
-        # The frame of a window is not the page's; neither browser makes a window of 360 without it.
+        self.name, self.width = name, 0
+
+    def be_wide(self, width):
+        """The frame of a window is not the page's; neither browser makes a window of 360 without it."""
+        if self.width == width:
+            return
         self.driver.set_window_rect(0, 0, width, HEIGHT)
         lost = width - self.run("return window.innerWidth")
         self.driver.set_window_rect(0, 0, width + lost, HEIGHT)
+        self.width = width
 
     def run(self, script, *given):
         return self.driver.execute_script(script, *given)

@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: Apache-2.0
 """The page in a browser, in front of a real Apache and kestrove-api, in the sandbox:
-page_test.py PROGRAM BROWSER WIDTH FOLDER [SCENARIO...]. FOLDER gets a picture of how each scenario ended."""
+page_test.py PROGRAM BROWSER FOLDER PLAYS [SCENARIO...]. PLAYS is a text like "1440:0/2 360:1/2": at each width one hand
+of so many into which the scenarios are dealt. FOLDER gets a picture of how each scenario ended."""
 import pathlib, sys, time, traceback
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
@@ -26,21 +27,33 @@ def play(page, name, folder):
         assert not complaints, complaints
     except Exception:
         fault = traceback.format_exc()
-    page.shot(folder / f"{name}.png")
-    print(f"{'FAILED' if fault else 'passed'} {name} ({time.monotonic() - began:.1f} s)\n{fault}", end="", flush=True)
+    page.shot(folder / str(page.width) / f"{name}.png")
+    verdict = "FAILED" if fault else "passed"
+    print(f"{page.name} {page.width}: {verdict} {name} ({time.monotonic() - began:.1f} s)\n{fault}", end="", flush=True)
     return not fault
 
 
-def main(program, browser, width, folder, *wanted):
+def dealt(plays, names):
+    """Width and name of each scenario to be played."""
+    for width, _, hand in (one.partition(":") for one in plays.split()):
+        number, count = map(int, hand.split("/"))
+        yield from ((int(width), name) for name in names[number::count])
+
+
+def main(program, browser, folder, plays, *wanted):
     assert pathlib.Path("/run/kestrove/inside").exists(), "only in the sandbox"
+    unknown = set(wanted) - set(SCENARIOS)
+    assert not unknown, unknown
+    hand = list(dealt(plays, [name for name in SCENARIOS if not wanted or name in wanted]))
     appliance.start(program)
-    page = Page(browser, int(width), f"/tmp/browser-{browser}")
-    names = [name for name in SCENARIOS if not wanted or name in wanted]
-    assert names, wanted
-    failed = [name for name in names if not play(page, name, pathlib.Path(folder))]
+    page = Page(browser, f"/tmp/browser-{browser}")
+    went_well = 0
+    for width, name in hand:
+        page.be_wide(width)
+        went_well += play(page, name, pathlib.Path(folder))
     page.close()
-    print(f"{browser} {width}: {len(names) - len(failed)} of {len(names)} scenarios")
-    return 1 if failed else 0
+    print(f"{browser}: {went_well} of {len(hand)} went well", flush=True)
+    return 0 if went_well == len(hand) else 1
 
 
 sys.exit(main(*sys.argv[1:]))

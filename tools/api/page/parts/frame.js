@@ -12,6 +12,7 @@ export class Frame {
   constructor(main) {
     this.main = main;
     this.view = null;
+    addEventListener('kestrove-made', () => this.made());
     addEventListener('hashchange', () => this.shown && this.show());
     byId('menu').addEventListener('click', () => this.menu(byId('menu').getAttribute('aria-expanded') !== 'true'));
   }
@@ -90,9 +91,16 @@ export class Frame {
     this.refresh(true);
   }
 
+  // What was made shows at once, and where it came during a look, at the next second.
+  made() {
+    this.asked = 0;
+    this.again();
+  }
+
   async refresh(background) {
     const view = this.view;
     this.busy = true;
+    this.asked = Date.now();
     try {
       await view.refresh(background);
       view.trouble?.remove();
@@ -101,7 +109,6 @@ export class Frame {
       if (view === this.view) this.tell(view, error);
     } finally {
       this.busy = false;
-      this.asked = Date.now();
     }
   }
 
