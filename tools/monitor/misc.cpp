@@ -9,6 +9,7 @@
 #include "tools/ctl/watch/metric.h"
 #include "tools/ctl/watch/new_file.h"
 #include "tools/monitor/records.h"
+#include "tools/monitor/servers.h"
 #include "tools/monitor/unkept.h"
 
 namespace monitor {
@@ -54,9 +55,11 @@ Exit runMisc(const Options& options) {
   if (records.descriptor() >= 0) loop.watch(records.descriptor());
   Metrics metrics(options.metrics);
   Unkept unkept;
+  Servers servers(options.folder + "/monitor.addresses");
   Milliseconds next = 0;
   while (!loop.toldToEnd()) {
     store.look();
+    servers.look(store, clockNow());
     const bool folded = records.descriptor() < 0 || records.fold(store);
     if (clockNow() >= next) {
       next = clockNow() + Milliseconds{options.every} * 1000;

@@ -23,6 +23,7 @@ int openProcess(int pid) { return static_cast<int>(syscall(SYS_pidfd_open, pid, 
 
 // Nothing of the monitor's own reaches a task: neither descriptors nor what became of its signals.
 void forgetOwnWays() {
+  setsid();
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -36,7 +37,6 @@ void forgetOwnWays() {
   std::vector<char*> arguments;
   for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
-  setsid();
   forgetOwnWays();
   execv(arguments[0], arguments.data());
   _exit(kCannotStart);
@@ -45,14 +45,32 @@ void forgetOwnWays() {
 }  // namespace
 
 Process Process::start(const std::vector<std::string>& words) {
-  Process process;
   const pid_t child = fork();
   if (child == 0) become(words);
+  return born(child);
+}
+
+Process Process::call(int (*work)(), int words) {
+  const pid_t child = fork();
+  if (child != 0) return born(child);
+  forgetOwnWays();
+  for (int out : {STDOUT_FILENO, STDERR_FILENO}) dup2(words, out);
+  _exit(work());
+}
+
+// One that cannot be watched is none.
+Process Process::born(int child) {
+  Process process;
   if (child == -1) return process;
   process.descriptor_ = kestrove::sys::Descriptor(openProcess(child));
   process.pid_ = child;
   process.child_ = true;
   process.since_ = tools::startTimeOf(child);
+  if (process) return process;
+  const int error = errno;
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  errno = error;
   return process;
 }
 

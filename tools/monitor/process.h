@@ -16,6 +16,9 @@ class Process {
   // A program as this process's own child, in a session of its own. None when it cannot be made.
   static Process start(const std::vector<std::string>& words);
 
+  // A function of this program likewise, whose result is its status. Whatever is said there goes to that descriptor.
+  static Process call(int (*work)(), int words);
+
   // One that is there already and began at that time; 0 for any. None when there is no such process.
   static Process adopt(int pid, unsigned long long since);
 
@@ -32,6 +35,8 @@ class Process {
   std::string ending() const;
 
  private:
+  static Process born(int child);
+
   int pid_ = 0;
   bool child_ = false;
   unsigned long long since_ = 0;
