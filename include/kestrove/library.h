@@ -10,7 +10,7 @@
 #include "kestrove/api.h"
 
 /* The version of these headers and the layout that they describe: what a program was built for. */
-#define KESTROVE_HEADER_VERSION "1.0.0"
+#define KESTROVE_HEADER_VERSION "1.1.0"
 #define KESTROVE_LAYOUT_HASH 0x58a2cb6260745e64ULL
 
 enum {

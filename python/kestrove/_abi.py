@@ -5,7 +5,7 @@ from ctypes import (CFUNCTYPE, POINTER, Structure, c_char, c_char_p, c_int, c_in
                     c_ulong, c_void_p)
 
 LAYOUT_HASH = 0x58a2cb6260745e64
-VERSION = "1.0.0"
+VERSION = "1.1.0"
 
 
 class EngineLink(Structure):

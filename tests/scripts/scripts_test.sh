@@ -126,4 +126,35 @@ PackagesNameEveryExport() {
   equal "" "$(diff <(echo "$exported") <(LC_ALL=C sort <<< "$listed"))"
 }
 
+# What each place says of the version in the making, below SOURCE; a package of it is 1.2.3~1 until it is released.
+versions() {
+  sed -n 's/^project(kestrove VERSION \([0-9.]*\) .*/CMake \1/p' "$1/CMakeLists.txt"
+  sed -n 's/^#define KESTROVE_HEADER_VERSION "\(.*\)"$/header \1/p' "$1/include/kestrove/library.h"
+  sed -n 's/^VERSION = "\(.*\)"$/Python \1/p' "$1/python/kestrove/_abi.py"
+  sed -n '1s/^libkestrove (\([0-9.]*\)[~)].*/packages \1/p' "$1/debian/changelog"
+  sed -n 's/^## \([0-9.]*\).*/changelog \1/p; T; q' "$1/CHANGELOG.md"
+}
+
+oneVersion() {
+  found=$(versions "$1")
+  equal 'CMake header Python packages changelog' "$(echo $(cut -d ' ' -f 1 <<< "$found"))"
+  [ "$(cut -d ' ' -f 2 <<< "$found" | sort -u | wc -l)" = 1 ] || fail "versions differ:"$'\n'"$found"
+}
+
+EveryPlaceSaysTheSameVersion() { oneVersion "$source"; }
+
+APlaceLeftBehindIsFound() {
+  for place in CMakeLists.txt include/kestrove/library.h python/kestrove/_abi.py debian/changelog CHANGELOG.md; do
+    rm -rf "$scratch/copy"
+    for file in CMakeLists.txt include/kestrove/library.h python/kestrove/_abi.py debian/changelog CHANGELOG.md; do
+      mkdir -p "$(dirname "$scratch/copy/$file")"
+      cp "$source/$file" "$scratch/copy/$file"
+    done
+    (oneVersion "$scratch/copy") || fail "the copy itself differs"
+    sed -Ei '/VERSION|^libkestrove|^## /s/[0-9]+\.[0-9]+\.[0-9]+/7.8.9/' "$scratch/copy/$place"
+    (oneVersion "$scratch/copy" 2> "$scratch/said") && fail "$place may say 7.8.9"
+    [[ $(cat "$scratch/said") == *7.8.9* ]] || fail "$(cat "$scratch/said")"
+  done
+}
+
 "$case" || fail "$case"

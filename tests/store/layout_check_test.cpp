@@ -23,7 +23,7 @@ Answer ask(const char* version, uint64_t layoutHash) {
 }
 
 std::string refusal(const std::string& version, const char* layoutHash, const char* reason) {
-  return "libkestrove 1.0.0 with layout 58a2cb6260745e64 does not serve a program built for " + version +
+  return "libkestrove 1.1.0 with layout 58a2cb6260745e64 does not serve a program built for " + version +
          " with layout " + layoutHash + ": " + reason + ".";
 }
 
@@ -48,15 +48,17 @@ TEST(LayoutCheck, ProgramOfTheseHeadersIsServed) {
   EXPECT_EQ(static_cast<uint32_t>(SHM_EFULL), shm_errno);
 }
 
-TEST(LayoutCheck, OtherPatchIsServed) { EXPECT_EQ(0, ask("1.0.9", KESTROVE_LAYOUT_HASH).result); }
+TEST(LayoutCheck, OtherPatchIsServed) { EXPECT_EQ(0, ask("1.1.9", KESTROVE_LAYOUT_HASH).result); }
+
+TEST(LayoutCheck, OlderHeadersAreServed) { EXPECT_EQ(0, ask("1.0.0", KESTROVE_LAYOUT_HASH).result); }
 
 TEST(LayoutCheck, OtherLayoutIsRefused) {
   expectRefusal("1.0.0", kOtherHash, refusal("1.0.0", "0123456789abcdef", "the layouts of the store differ"));
 }
 
 TEST(LayoutCheck, NewerHeadersAreRefused) {
-  expectRefusal("1.1.0", KESTROVE_LAYOUT_HASH,
-                refusal("1.1.0", "58a2cb6260745e64", "the library is older than the headers"));
+  expectRefusal("1.2.0", KESTROVE_LAYOUT_HASH,
+                refusal("1.2.0", "58a2cb6260745e64", "the library is older than the headers"));
 }
 
 TEST(LayoutCheck, OtherMajorVersionIsRefusedWhateverTheLayout) {
