@@ -138,6 +138,7 @@ Reply changeReply(const Route& route, const Printed& printed, const ChangeWatch&
 Reply change(const Request& request, const Route& route, const ctl::Session& session, const Spoken& spoken) {
   ChangeWatch watch(session, route, request);
   const ctl::HeldLook look([&watch](bool made) { watch.look(made); });
+  if (route.endpoint->takesSecret()) logNoPasswords();
   giveInput(spoken.input);
   return changeReply(route, run(session, spoken.words), watch);
 }
