@@ -1,97 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """kestrove-api over its socket, in the sandbox: server_test.py PROGRAM CASE."""
-import http.client, json, os, pathlib, shutil, signal, socket, ssl, subprocess, sys, threading, time
+import json, os, pathlib, signal, socket, subprocess, sys, threading, time
 
-PROGRAM = sys.argv[1]
-SOCKET = "/run/kestrove/api.sock"
-PASSWORD = "Passw0rd!"
-SHARE = "/usr/share/kestrove/apache"
-
-
-def wait_for(what, true, seconds=60):
-    end = time.monotonic() + seconds
-    while not true():
-        assert time.monotonic() < end, "never: " + what
-        time.sleep(0.02)
-
-
-class Unix(http.client.HTTPConnection):
-    def __init__(self):
-        super().__init__("localhost", timeout=60)
-
-    def connect(self):
-        self.sock = socket.socket(socket.AF_UNIX)
-        self.sock.settimeout(60)
-        self.sock.connect(SOCKET)
-
-
-class Web(http.client.HTTPSConnection):
-    def __init__(self):
-        super().__init__("127.0.0.1", timeout=60, context=ssl._create_unverified_context())
-
-
-class Browser:
-    def __init__(self, way=Unix):
-        self.way, self.headers = way, {}
-
-    def open(self, method, path, body=None, headers={}):
-        connection = self.way()
-        sent = {**self.headers, **headers}
-        if body is not None:
-            sent["Content-Type"] = "application/json"
-        connection.request(method, "/api/1" + path, None if body is None else json.dumps(body), sent)
-        return connection.getresponse()
-
-    def ask(self, method, path, body=None, headers={}):
-        reply = self.open(method, path, body, headers)
-        text = reply.read()
-        return reply.status, json.loads(text) if text else None
-
-    def log_in(self):
-        reply = self.open("POST", "/session", {"user": "alice", "password": PASSWORD})
-        facts = json.loads(reply.read())
-        assert reply.status == 201, facts
-        self.headers = {"Cookie": reply.headers["Set-Cookie"].split(";")[0], "X-CSRF-Token": facts["csrf"]}
-        return self
-
-
-def ctl(*words, given=None):
-    return subprocess.run(["/bin/kestrovectl", *words], input=given, text=True, check=True, stdout=subprocess.PIPE).stdout
-
-
-def appliance():
-    for name in ("factory.defaults", "kestrove.conf"):
-        shutil.copy("/usr/share/kestrove/examples/" + name, "/etc/config")
-    subprocess.run(["/bin/shm-init"], check=True, stdout=subprocess.DEVNULL)
-    ctl("set", "httpOperState", "on")
-    ctl("user", "add", "alice", "--admin", given=PASSWORD + "\n")
-
-
-def serve(*options):
-    server = subprocess.Popen([PROGRAM, *options])
-    wait_for("the server answers", answers)
-    return server
-
-
-def answers():
-    try:
-        return Browser().ask("GET", "")[0] == 200
-    except OSError:
-        return False
-
-
-def workers(server):
-    return pathlib.Path(f"/proc/{server.pid}/task/{server.pid}/children").read_text().split()
-
-
-def hold_lock():
-    """Another process that holds the store's lock until its pipe ends."""
-    code = ("import fcntl,sys; f=open('/var/lock/shm','r+'); fcntl.lockf(f,fcntl.LOCK_EX); print('held',flush=True);"
-            "sys.stdin.read()")
-    holder = subprocess.Popen([sys.executable, "-c", code], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-    assert holder.stdout.readline() == "held\n"
-    return holder
+sys.dont_write_bytecode = True
+from served import PASSWORD, PROGRAM, SHARE, SOCKET, Browser, Web, answers, appliance, ctl, hold_lock, serve, wait_for, workers  # noqa: E402
 
 
 def RequestsAreAnsweredOverTheSocket():
@@ -291,6 +204,42 @@ def BrowserComesInThroughTheWebServer():
         line = stream.readline()
     reply = browser.open("POST", "/apply", {"script": "#" * (1 << 20)})
     assert reply.status == 413, reply.status
+
+
+def memory_of(process):
+    with open(f"/proc/{process}/maps") as maps, open(f"/proc/{process}/mem", "rb", 0) as memory:
+        for line in maps:
+            ends, rights, *_ = line.split()
+            if not rights.startswith("rw"):
+                continue
+            begin, end = (int(number, 16) for number in ends.split("-"))
+            memory.seek(begin)
+            yield memory.read(end - begin)
+
+
+def holds(process, secret):
+    return any(secret.encode() in part for part in memory_of(process))
+
+
+def PasswordsStayNowhere():
+    server = serve("--workers", "1")
+    browser = Browser().log_in()
+    guess, first, second, wrong = "Gu3ssed-Secret!", "F1rst-Secret!", "0ther~Words?7", "N0t-The-Old-One!"
+    assert Browser().ask("POST", "/session", {"user": "alice", "password": guess})[0] == 401
+    assert browser.ask("POST", "/users", {"name": "bertha", "password": first})[0] == 201
+    change = {"oldPassword": wrong, "newPassword": second}
+    assert browser.ask("PUT", "/users/bertha/password", change)[0] == 422
+    change["oldPassword"] = first
+    assert browser.ask("PUT", "/users/bertha/password", change)[0] == 200
+    assert browser.ask("POST", "/users", {"name": "carola", "password": second, "padding": "x" * 40000})[0] == 400
+    secrets = PASSWORD, guess, first, second, wrong
+    for process in [server.pid, *workers(server)]:
+        for secret in secrets:
+            wait_for(f"{secret} is out of process {process}", lambda: not holds(process, secret))
+    patterns = [word for secret in secrets for word in ("-e", secret)]
+    places = "/etc", "/run", "/tmp", "/usr/local/apache2", "/var/lib/kestrove", "/var/log"
+    found = subprocess.run(["grep", "-rlF", "--devices=skip", *patterns, *places], stdout=subprocess.PIPE, text=True)
+    assert found.returncode == 1 and not found.stdout, found
 
 
 assert pathlib.Path("/run/kestrove/inside").exists(), "only in the sandbox"

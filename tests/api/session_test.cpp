@@ -94,9 +94,13 @@ TEST_F(SessionTest, EachFailureIsWaitedForTwiceAsLong) {
 }
 
 TEST_F(SessionTest, LogOutEndsTheSessionOfTheServer) {
+  const Browser earlier = browserOf("guest");
   const Browser browser = browserOf("alice");
   EXPECT_EQ("alice", jsonOf(ask(browser, "GET", "/session"))["user"]);
+  EXPECT_EQ(200, ask(earlier, "DELETE", "/session").status);
+  EXPECT_NE("", ctl::text(shm->config.httpEncryptedId)) << "of the one that is there";
   const api::Reply out = ask(browser, "DELETE", "/session");
+  EXPECT_EQ("", ctl::text(shm->config.httpEncryptedId));
   EXPECT_EQ(200, out.status);
   EXPECT_THAT(out.header("Set-Cookie"), HasSubstr("Max-Age=0"));
   EXPECT_EQ(401, ask(browser, "GET", "/session").status);
@@ -120,6 +124,59 @@ TEST_F(SessionTest, WhoIsRemovedIsOutAtOnce) {
   const Browser browser = browserOf("guest");
   ASSERT_EQ(1, removeUser("guest"));
   EXPECT_EQ(401, ask(browser, "GET", "/items").status);
+}
+
+// As if the account were older than this second, as those of people are.
+void makeAccountOlder(const std::string& name) {
+  for (UserAccount& account : shm->config.users) {
+    if (name == account.username) account.lastPasswdChange -= 100;
+  }
+}
+
+TEST_F(SessionTest, WhoWasRemovedAndAddedAnewIsSomebodyElse) {
+  makeAccountOlder("guest");
+  const Browser browser = browserOf("guest");
+  ASSERT_EQ(1, removeUser("guest"));
+  const Browser alice = browserOf("alice");
+  ASSERT_EQ(201, ask(alice, "POST", "/users", {{"name", "guest"}, {"password", kPassword}}).status);
+  EXPECT_EQ(401, ask(browser, "GET", "/items").status);
+  browserOf("alice");
+  EXPECT_FALSE(fileExists(sessionFile(browser))) << "cleared away";
+}
+
+TEST_F(SessionTest, PasswordThatChangesEndsAllSessionsButTheOneThatChangedIt) {
+  makeAccountOlder("alice");
+  const Browser here = browserOf("alice");
+  const Browser there = browserOf("alice");
+  const Json change = {{"oldPassword", kPassword}, {"newPassword", "Xyzuvw9#k"}};
+  ASSERT_EQ(200, ask(here, "PUT", "/users/alice/password", change).status);
+  EXPECT_EQ(401, ask(there, "GET", "/items").status);
+  EXPECT_EQ(200, ask(here, "GET", "/items").status);
+  makeAccountOlder("alice");
+  EXPECT_EQ(401, ask(here, "GET", "/items").status) << "changed by another program";
+}
+
+TEST_F(SessionTest, NoSessionLastsLongerThanTwelveHoursNorIsMadeLongerByTheClock) {
+  for (const int hours : {-13, 1}) {
+    const Browser browser = browserOf("alice");
+    Json content = Json::parse(readFile(sessionFile(browser)));
+    content["opened"] = content["opened"].get<int64_t>() + hours * 3600;
+    writeFile(sessionFile(browser), content.dump());
+    EXPECT_EQ(401, ask(browser, "GET", "/session").status) << hours;
+  }
+}
+
+TEST_F(SessionTest, OldestSessionGivesWayToTheSixtyFifth) {
+  const Browser first = browserOf("alice");
+  makeOlder(sessionFile(first), 60);
+  const Browser second = browserOf("guest");
+  makeOlder(sessionFile(second), 50);
+  api::WebSession session;
+  for (int i = 2; i < 64; ++i) api::openSession(shm->config.users[0], session, *shm);
+  EXPECT_TRUE(fileExists(sessionFile(first)));
+  browserOf("alice");
+  EXPECT_EQ(401, ask(first, "GET", "/session").status);
+  EXPECT_EQ(200, ask(second, "GET", "/session").status);
 }
 
 TEST_F(SessionTest, WithoutTheSuperUserSwitchOneMayOnlyRead) {

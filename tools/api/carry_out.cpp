@@ -135,9 +135,15 @@ Reply changeReply(const Route& route, const Printed& printed, const ChangeWatch&
   return reply;
 }
 
+bool changesOwnPassword(const Route& route, const Caller& caller) {
+  const auto name = route.parts.find("name");
+  return caller.byCookie && route.endpoint->takesSecret() && name != route.parts.end() && name->second == caller.user;
+}
+
 Reply change(const Request& request, const Route& route, const ctl::Session& session, const Spoken& spoken) {
   ChangeWatch watch(session, route, request);
   const ctl::HeldLook look([&watch](bool made) { watch.look(made); });
+  if (route.endpoint->takesSecret()) logNoPasswords();
   giveInput(spoken.input);
   return changeReply(route, run(session, spoken.words), watch);
 }
@@ -208,8 +214,12 @@ Reply carryOut(const Request& request, const Route& route, const Caller& caller)
   requireItem(route);
   const ctl::Session session = sessionOf(request, caller);
   const Spoken words = spoken(route, request);
-  if (!route.endpoint->reads()) return change(request, route, session, words);
-  return readReply(request, route, session, words);
+  if (route.endpoint->reads()) return readReply(request, route, session, words);
+  Reply reply = change(request, route, session, words);
+  if (reply.status == 200 && changesOwnPassword(route, caller)) {
+    if (const auto account = ctl::accountAt(*shm, caller.user)) keepSession(caller.session.id, *account);
+  }
+  return reply;
 }
 
 }  // namespace api

@@ -19,6 +19,9 @@ ctl::Session sessionOf(const Request& request, const Caller& caller);
 
 Printed run(ctl::Session session, const std::vector<std::string>& words);
 
+// What the library says of a wrong password in the system log has the password in it. For the rest of this process.
+void logNoPasswords();
+
 // Takes the place of standard input. Secrets come the way on which a person's would: nothing of them is in the words.
 void giveInput(const std::string& input);
 

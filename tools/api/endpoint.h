@@ -3,6 +3,7 @@
 // rights and the document doc/api.yaml are made from it.
 #pragma once
 
+#include <algorithm>
 #include <span>
 #include <string>
 #include <vector>
@@ -44,6 +45,9 @@ struct Endpoint {
   int done = 200;            // the status of a success
 
   bool reads() const { return std::string(method) == "GET"; }
+  bool takesSecret() const {
+    return std::ranges::any_of(fields, [](const Field& field) { return field.form == Form::kLine; });
+  }
 };
 
 constexpr char kPrefix[] = "/api/1";

@@ -57,11 +57,8 @@ Caller tokensCaller(const Request& request) {
 Caller sessionsCaller(const Request& request, const ShmData& store) {
   const std::optional<WebSession> session =
       findSession(cookieOf(request), store, !request.has("x-kestrove-background"));
-  const std::optional<UserAccount> account = session ? ctl::accountAt(store, session->user) : std::nullopt;
-  if (!account) {
-    throw Failure(401, "nobody is logged in", ctl::kNotPermitted).with("WWW-Authenticate", "Bearer");
-  }
-  return {.user = session->user, .changes = account->superUser == 1, .byCookie = true, .session = *session};
+  if (!session) throw Failure(401, "nobody is logged in", ctl::kNotPermitted).with("WWW-Authenticate", "Bearer");
+  return {.user = session->user, .changes = session->changes, .byCookie = true, .session = *session};
 }
 
 }  // namespace

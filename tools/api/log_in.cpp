@@ -6,12 +6,14 @@
 #include <cmath>
 
 #include "kestrove/kestrove.h"
+#include "tools/api/command.h"
 #include "tools/api/delay.h"
 #include "tools/api/failure.h"
 #include "tools/api/folder.h"
 #include "tools/api/words.h"
 #include "tools/common/plain_text.h"
 #include "tools/ctl/shell/credentials.h"
+#include "tools/ctl/shell/glance.h"
 
 namespace api {
 namespace {
@@ -44,6 +46,8 @@ bool plainPassword(const std::string& password) {
   return !password.empty() && password.size() < 256 && !tools::hasControlCharacter(password);
 }
 
+[[noreturn]] void refuse() { throw Failure(401, "wrong name or password", ctl::kNotPermitted); }
+
 ctl::Session waiting() {
   ctl::Session session;
   session.waitSeconds = kPatience;
@@ -51,14 +55,27 @@ ctl::Session waiting() {
 }
 
 // The digest alone: the store is printed and saved.
-void nameInStore(const std::string& id) { setShmString(SHM_TEXT_WEB_SESSION, id.c_str()); }
+void nameInStore(const std::string& id) {
+  ctl::awaitLock(waiting());
+  setShmString(SHM_TEXT_WEB_SESSION, id.c_str());
+}
+
+// Who is out is out, also while somebody else has the store: then the name of what is over stays in it.
+void takeFromStore(const std::string& id) {
+  try {
+    ctl::requireStore(waiting());
+    if (ctl::text(shm->config.httpEncryptedId) == id) nameInStore("");
+  } catch (const ctl::Refusal&) {
+    syslog(LOG_INFO, "kestrove-api: the store still names a session that was closed");
+  }
+}
 
 Reply welcome(const std::string& user) {
   ctl::logSuccess(waiting(), user, kWebLogIn);
-  Caller caller = {.user = user, .changes = false, .byCookie = true, .session = {}};
-  const std::string held = openSession(user, caller.session, *shm);
-  UserAccount account = {};
-  caller.changes = getUserAccount(user.c_str(), &account) == 0 && account.superUser == 1;
+  const std::optional<UserAccount> account = ctl::accountAt(*shm, user);
+  if (!account) refuse();  // gone meanwhile
+  Caller caller = {.user = user, .changes = account->superUser == SHM_ON, .byCookie = true, .session = {}};
+  const std::string held = openSession(*account, caller.session, *shm);
   nameInStore(caller.session.id);
   Reply reply = sessionReply(caller);
   reply.status = 201;
@@ -68,8 +85,7 @@ Reply welcome(const std::string& user) {
 
 }  // namespace
 
-// One after the other, so that no two guesses are made at once behind a failure. What the library says of a wrong
-// password in the system log has the password in it.
+// One after the other, so that no two guesses are made at once behind a failure.
 Reply logIn(const Request& request) {
   const Json body = bodyOf(request);
   const std::string user = textOf(body, "user");
@@ -78,7 +94,7 @@ Reply logIn(const Request& request) {
   const std::string client = clientOf(request);
   const auto turn = Folder(kFailureFolder).lock(kPatience);
   refuseEarly(client, user);
-  setlogmask(LOG_UPTO(LOG_INFO));
+  logNoPasswords();
   const bool right = plainName(user) && plainPassword(password) && ctl::authentic(waiting(), user, password.c_str());
   explicit_bzero(password.data(), password.size());
   if (right) {
@@ -87,13 +103,15 @@ Reply logIn(const Request& request) {
   }
   noteFailure(client, user);
   ctl::logFailure(waiting(), user, kWebLogIn);
-  throw Failure(401, "wrong name or password", ctl::kNotPermitted);
+  refuse();
 }
 
 Reply logOut(const Caller& caller) {
   closeSession(caller.session.id);
   Reply reply = jsonReply(200, {{"done", "logged out"}});
-  if (caller.byCookie) reply.headers.emplace_back("Set-Cookie", cookie("", "; Max-Age=0"));
+  if (!caller.byCookie) return reply;
+  takeFromStore(caller.session.id);
+  reply.headers.emplace_back("Set-Cookie", cookie("", "; Max-Age=0"));
   return reply;
 }
 

@@ -10,6 +10,7 @@ namespace api {
 // for who comes too soon after a failure.
 Reply logIn(const Request& request);
 
+// In a process of its own: it may have to wait for the store, which no longer names the session.
 Reply logOut(const Caller& caller);
 
 // {"user", "role", "csrf", "secondsLeft"}; of a token without the last two.

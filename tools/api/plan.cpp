@@ -59,23 +59,21 @@ Reply told(const std::function<Reply()>& work) {
   }
 }
 
-Plan working(std::function<Reply()> work, bool own, const Caller& caller) {
-  return {.reply = {}, .work = [work] { return told(work); }, .own = own, .session = caller.session.id};
+Plan working(std::function<Reply()> work, bool own) {
+  return {.reply = {}, .work = [work] { return told(work); }, .own = own};
 }
 
 Plan special(const Request& request, const Route& route, const Caller& caller) {
   const std::string name = route.endpoint->special;
   if (name == "session") return {.reply = sessionReply(caller)};
-  if (name == "log-out") return {.reply = logOut(caller)};
+  if (name == "log-out") return working([=] { return logOut(caller); }, true);
   if (name == "stream") {
-    return {
-        .reply = Reply{.status = 200, .body = {}, .headers = {{"Content-Type", "text/event-stream"}}, .events = true},
-        .session = caller.session.id};
+    return {.reply = Reply{.headers = {{"Content-Type", "text/event-stream"}}, .events = true}};
   }
-  if (name == "metrics") return working([=] { return metrics(request, caller); }, false, caller);
-  if (name == "preview") return working([=] { return preview(request, caller); }, true, caller);
-  if (name == "batch") return working([=] { return batch(request, caller); }, true, caller);
-  return working([=] { return support(request, route, caller); }, true, caller);
+  if (name == "metrics") return working([=] { return metrics(request, caller); }, false);
+  if (name == "preview") return working([=] { return preview(request, caller); }, true);
+  if (name == "batch") return working([=] { return batch(request, caller); }, true);
+  return working([=] { return support(request, route, caller); }, true);
 }
 
 // Looks that take their time, or much memory: a worker stays small, and hears others meanwhile.
@@ -104,7 +102,7 @@ Plan planned(const Request& request, const Settings& settings, const ShmData& st
     throw Failure(403, "the web interface is switched off (httpOperState)", ctl::kNotPermitted);
   }
   if (request.method == "POST" && request.path == std::string(kPrefix) + "/session") {
-    return working([request] { return logIn(request); }, true, {});
+    return working([request] { return logIn(request); }, true);
   }
   const Caller caller = callerOf(request, store);
   const Route route = routeOf(request.method, request.path);
@@ -112,7 +110,7 @@ Plan planned(const Request& request, const Settings& settings, const ShmData& st
   if (*route.endpoint->special) return special(request, route, caller);
   if (std::optional<Reply> known = knownReply(request, route)) return {.reply = std::move(known)};
   const bool own = !route.endpoint->reads() || lasts(store, route);
-  return working([=] { return carryOut(request, route, caller); }, own, caller);
+  return working([=] { return carryOut(request, route, caller); }, own);
 }
 
 Plan planFor(const std::function<Plan()>& make) {

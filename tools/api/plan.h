@@ -22,7 +22,6 @@ struct Plan {
   std::optional<Reply> reply;        // where all is said
   std::function<Reply()> work = {};  // otherwise; never throws
   bool own = false;                  // in a process of its own: it changes something, or lasts
-  std::string session = {};          // by which it was asked; empty for a token
 };
 
 // Looks at the request alone, and at the store without its lock.

@@ -16,9 +16,7 @@ namespace {
 void requireChange(const Operation& operation) {
   const Endpoint& row = *operation.route.endpoint;
   if (row.reads() || row.right != Right::kChange) throw Failure(400, "what changes nothing has no preview");
-  if (std::ranges::any_of(row.fields, [](const Field& field) { return field.form == Form::kLine; })) {
-    throw Failure(400, "what takes a password has no preview");
-  }
+  if (row.takesSecret()) throw Failure(400, "what takes a password has no preview");
 }
 
 // What comes by standard input lies in a file there.

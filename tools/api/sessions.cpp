@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <ctime>
 
+#include "kestrove/codes.h"
 #include "tools/api/digest.h"
 #include "tools/api/folder.h"
 #include "tools/ctl/session.h"
+#include "tools/ctl/shell/glance.h"
 
 namespace api {
 namespace {
@@ -32,15 +34,22 @@ double leftOf(const Folder& files, const std::string& id, const Json& content, c
   return std::min(idleSeconds(store) - files.age(id), kLongest - life);
 }
 
+// Null where there is none.
+Json contentOf(const Folder& files, const std::string& id) {
+  const Json content = Json::parse(files.read(id).value_or(""), nullptr, false);
+  return content.is_object() ? content : Json();
+}
+
 std::optional<WebSession> load(const Folder& files, const std::string& id, const ShmData& store) {
-  const std::optional<std::string> text = files.read(id);
-  if (!text) return std::nullopt;
-  const Json content = Json::parse(*text, nullptr, false);
-  if (!content.is_object()) return std::nullopt;
+  const Json content = contentOf(files, id);
+  if (content.is_null()) return std::nullopt;
   WebSession session = {id, content.value("user", ""), content.value("csrf", ""), leftOf(files, id, content, store)};
-  if (session.secondsLeft > 0 && !session.user.empty() && !session.csrf.empty()) return session;
-  files.remove(id);
-  return std::nullopt;
+  const std::optional<UserAccount> account = ctl::accountAt(store, session.user);
+  const bool same = account && content.value("passwordChanged", int64_t{-1}) == account->lastPasswdChange;
+  session.changes = same && account->superUser == SHM_ON;
+  const bool open = session.secondsLeft > 0 && !session.csrf.empty();
+  if (!open) files.remove(id);  // of another user it stays: while a password changes its account is away for a moment
+  return open && same ? std::optional(session) : std::nullopt;
 }
 
 void makeRoom(const Folder& files, const ShmData& store) {
@@ -50,6 +59,8 @@ void makeRoom(const Folder& files, const ShmData& store) {
       if (files.age(name) > 60) files.remove(name);
     } else if (const std::optional<WebSession> session = load(files, name, store)) {
       open.emplace_back(files.age(name), name);
+    } else {
+      files.remove(name);
     }
   }
   std::sort(open.rbegin(), open.rend());
@@ -63,12 +74,14 @@ double idleSeconds(const ShmData& store) {
   return minutes > 0 ? std::min(minutes * 60.0, kLongest) : kIdle;
 }
 
-std::string openSession(const std::string& user, WebSession& session, const ShmData& store) {
+std::string openSession(const UserAccount& account, WebSession& session, const ShmData& store) {
   const Folder files = folder();
   makeRoom(files, store);
   std::string held = randomName();
-  session = {digest(held), user, randomName(), idleSeconds(store)};
-  files.write(session.id, Json{{"user", user}, {"csrf", session.csrf}, {"opened", now()}}.dump());
+  session = {digest(held), ctl::text(account.username), randomName(), idleSeconds(store), account.superUser == SHM_ON};
+  const Json content = {
+      {"user", session.user}, {"csrf", session.csrf}, {"opened", now()}, {"passwordChanged", account.lastPasswdChange}};
+  files.write(session.id, content.dump());
   return held;
 }
 
@@ -81,20 +94,16 @@ std::optional<WebSession> findSession(const std::string& held, const ShmData& st
   return session;
 }
 
-bool stillOpen(const std::string& id, const ShmData& store) { return load(folder(), id, store).has_value(); }
+void keepSession(const std::string& id, const UserAccount& account) {
+  const Folder files = folder();
+  Json content = contentOf(files, id);
+  if (content.is_null()) return;
+  content["passwordChanged"] = account.lastPasswdChange;
+  files.write(id, content.dump());
+}
 
 void closeSession(const std::string& id) {
   if (isName(id)) folder().remove(id);
-}
-
-void closeSessionsOf(const std::string& user, const std::string& exceptId) {
-  const Folder files = folder();
-  for (const std::string& name : files.names()) {
-    const std::optional<std::string> text = isName(name) && name != exceptId ? files.read(name) : std::nullopt;
-    if (!text) continue;
-    const Json content = Json::parse(*text, nullptr, false);
-    if (content.is_object() && content.value("user", "") == user) files.remove(name);
-  }
 }
 
 }  // namespace api

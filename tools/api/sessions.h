@@ -16,6 +16,7 @@ struct WebSession {
   std::string user;
   std::string csrf;
   double secondsLeft = 0;
+  bool changes = false;  // whether the account may
 };
 
 constexpr char kSessionFolder[] = "/run/kestrove/sessions";
@@ -26,16 +27,15 @@ constexpr char kCookie[] = "__Host-kestrove";
 double idleSeconds(const ShmData& store);
 
 // Gives what the browser is to hold. Ends what is too old, and the oldest where there are too many.
-std::string openSession(const std::string& user, WebSession& session, const ShmData& store);
+std::string openSession(const UserAccount& account, WebSession& session, const ShmData& store);
 
-// Of what a browser holds. A look that counts as a use puts the end off.
+// Of what a browser holds. A look that counts as a use puts the end off. Another account of the same name, or another
+// password, is another user.
 std::optional<WebSession> findSession(const std::string& held, const ShmData& store, bool use);
 
-// Whether the session of that name is still there.
-bool stillOpen(const std::string& id, const ShmData& store);
+// Whoever has changed his own password stays, where he did that.
+void keepSession(const std::string& id, const UserAccount& account);
 
 void closeSession(const std::string& id);
-// All of a user, as when the password has changed.
-void closeSessionsOf(const std::string& user, const std::string& exceptId);
 
 }  // namespace api

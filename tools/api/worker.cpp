@@ -22,6 +22,9 @@ namespace {
 constexpr unsigned kIdleSeconds = 15;   // without a byte
 constexpr double kLongestRequest = 20;  // from the first byte to the last
 constexpr unsigned kConnections = 256;
+// More than 32 KiB: that much the library behind maps for each connection and gives back to the system with all that a
+// request had in it; less than that would stay in the heap.
+constexpr size_t kConnectionMemory = 40960;
 constexpr size_t kProcesses = 32;
 constexpr size_t kStreams = 16;
 constexpr double kLookSeconds = 0.25;
@@ -87,7 +90,7 @@ Worker::Worker(int listener, Settings settings) : settings_(std::move(settings))
   daemon_ = MHD_start_daemon(MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, hearRequest, this,
                              MHD_OPTION_LISTEN_SOCKET, listener, MHD_OPTION_CONNECTION_TIMEOUT, kIdleSeconds,
                              MHD_OPTION_CONNECTION_LIMIT, kConnections, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
-                             size_t{32768}, MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_NOTIFY_COMPLETED, completed,
+                             kConnectionMemory, MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_NOTIFY_COMPLETED, completed,
                              this, MHD_OPTION_NOTIFY_CONNECTION, connectionNoted, this, MHD_OPTION_UNESCAPE_CALLBACK,
                              leaveEscapes, nullptr, MHD_OPTION_END);
   const MHD_DaemonInfo* info = daemon_ ? MHD_get_daemon_info(daemon_, MHD_DAEMON_INFO_EPOLL_FD) : nullptr;
