@@ -107,16 +107,16 @@ class Check:
 
     def traffic_is_counted(self):
         file = "/run/kestrove/kestrove.prom"
-        counted = 'kestrove_queue_bytes_total{queue="wan"}'
+        counted = ['kestrove_queue_bytes_total{queue="wan"}'] + [
+            f'kestrove_port_bytes_total{{port="{port}",direction="{way}"}}' for port in ("lan", "wan") for way in ("sent", "received")]
 
         def grown():
             text = self.inside.run(f"cat {file}")[1]
-            found = re.search(re.escape(counted) + r" (\d+)", text)
-            return found and int(found[1]) > 0
-        wait_for("the engine counts traffic, and the metrics have it", grown)
+            return all((found := re.search(re.escape(one) + r" (\d+)", text)) and int(found[1]) > 0 for one in counted)
+        wait_for("the engine counts traffic in both directions, and the metrics have it", grown)
         status, _, text = self.browser.reach("GET", "/api/1/metrics", headers=self.browser.own)
         assert status == 200 and "kestrove_up 1\n" in text, (status, text)
-        told("traffic passes, the engine counts it, the metrics tell of it")
+        told("traffic passes, the engine counts it in both directions, the metrics tell of it")
 
     def a_killed_engine_comes_back(self):
         before = wait_for("an engine", self.engine)

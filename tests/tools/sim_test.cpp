@@ -111,6 +111,19 @@ TEST_P(SimTest, ReportsWhatCrossedItsPorts) {
   EXPECT_EQ(100u, shm->statistics.compressionRatio);
   EXPECT_GE(+shm->qos[0].bytesSent, 1000u);
   EXPECT_GE(+shm->qos[9].packetsSent, 1u);
+  InterfaceCounters wan;
+  EXPECT_EQ(0, getInterfaceStats(1, &wan));
+  EXPECT_EQ(+shm->qos[0].bytesSent, +wan.bytesSent);
+  EXPECT_EQ(+wan.bytesSent, +wan.bytesReceived) << "the loopback";
+}
+
+TEST_P(SimTest, AResetStartsItsCountOfThePortsAnew) {
+  Sim sim(GetParam(), {"--interval", "1"});
+  sim.line();
+  shm->statistics.interfaceRow[0].bytesReceived = 1000000000;
+  EXPECT_EQ(0, resetStats(0, "--"));
+  EXPECT_EQ(0u, sim.line().find("interval 1: "));
+  EXPECT_LT(+shm->statistics.interfaceRow[0].bytesReceived, 1000000000u);
 }
 
 TEST_P(SimTest, TheStoresIntervalIsUsedUnlessOneIsGiven) {
@@ -237,6 +250,18 @@ TEST_F(SimPartsTest, ARecordCarriesRatesAndTotals) {
   EXPECT_EQ(1000u, record.word[30 + 15 * 9 + 1]);
   EXPECT_EQ(4000u, record.word[30 + 15 * 9 + 7]);
   EXPECT_EQ(0u, sim::makeRecord(lan, wan, 0).word[37]);
+}
+
+TEST_F(SimPartsTest, PortsAreCountedInBothDirections) {
+  StatisticsBlock statistics = {};
+  const InterfaceCounters lan = {UINT32_MAX, 2, 3, 4, 5, 6};
+  const InterfaceCounters wan = {7, 8, 9, 10, 11, 0x100000000};
+  for (int i = 0; i < 2; ++i) sim::countPorts(statistics, lan, wan);
+  const InterfaceCounters twice[] = {{2ull * UINT32_MAX, 4, 6, 8, 10, 12}, {14, 16, 18, 20, 22, 0x200000000}};
+  EXPECT_EQ(0, memcmp(twice, &statistics.interfaceRow, sizeof twice));
+  memset(static_cast<void*>(&statistics.interfaceRow), 0, sizeof statistics.interfaceRow);
+  const StatisticsBlock untouched = {};
+  EXPECT_EQ(0, memcmp(&untouched, &statistics, sizeof statistics)) << "nothing else is written";
 }
 
 TEST_F(SimPartsTest, WhoActsCompressesSharesOutAndCountsSessions) {

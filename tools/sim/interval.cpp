@@ -16,6 +16,10 @@ void fillRow(IntervalRecord& record, int row, const InterfaceCounters& port, uin
       rate > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(rate);
 }
 
+constexpr uint64_t InterfaceCounters::*kCounters[] = {
+    &InterfaceCounters::bytesSent,       &InterfaceCounters::bytesReceived, &InterfaceCounters::packetsSent,
+    &InterfaceCounters::packetsReceived, &InterfaceCounters::dropsSent,     &InterfaceCounters::dropsReceived};
+
 uint64_t since(uint64_t now, uint64_t last) { return now < last ? 0 : now - last; }
 
 }  // namespace
@@ -35,9 +39,7 @@ InterfaceCounters PortCounters::advance() {
     return passed;
   }
   if (known_) {
-    passed = {since(now.bytesSent, last_.bytesSent),     since(now.bytesReceived, last_.bytesReceived),
-              since(now.packetsSent, last_.packetsSent), since(now.packetsReceived, last_.packetsReceived),
-              since(now.dropsSent, last_.dropsSent),     since(now.dropsReceived, last_.dropsReceived)};
+    for (const auto counter : kCounters) passed.*counter = since(now.*counter, last_.*counter);
   }
   known_ = true;
   last_ = now;
@@ -52,6 +54,13 @@ IntervalRecord makeRecord(const InterfaceCounters& lan, const InterfaceCounters&
   fillRow(record, kWanRow, wan, seconds);
   fillRow(record, kLanRow, lan, seconds);
   return record;
+}
+
+void countPorts(StatisticsBlock& statistics, const InterfaceCounters& lan, const InterfaceCounters& wan) {
+  for (const auto counter : kCounters) {
+    statistics.interfaceRow[0].*counter += lan.*counter;
+    statistics.interfaceRow[1].*counter += wan.*counter;
+  }
 }
 
 }  // namespace sim

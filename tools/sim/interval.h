@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The interval record that an engine reports, made from the ports' own counters.
+// What an engine reports once an interval, made from the ports' own counters: a record, and what the ports passed.
 #pragma once
 
 #include <string>
@@ -50,5 +50,8 @@ inline uint64_t pairAt(const uint32_t* words) { return uint64_t{words[1]} << 32 
 
 // What crossed the ports in that many seconds. A stand-in compresses nothing, so what it sends is what it received.
 IntervalRecord makeRecord(const InterfaceCounters& lan, const InterfaceCounters& wan, uint32_t seconds);
+
+// Adds it to the store's counters of the ports, both directions. The caller has the lock.
+void countPorts(StatisticsBlock& statistics, const InterfaceCounters& lan, const InterfaceCounters& wan);
 
 }  // namespace sim

@@ -77,6 +77,7 @@ class Engine {
   void start();
   void hear();
   void report();
+  bool count(sim::IntervalRecord& record, const InterfaceCounters& lan, const InterfaceCounters& wan);
   bool finished() const;
   int seconds() const { return options_.interval >= 0 ? options_.interval : block_->accumulationInterval; }
   void startInterval() { deadline_ = seconds() > 0 ? monotonic() + seconds() * kSecond : kNever; }
@@ -165,14 +166,23 @@ void Engine::report() {
   const InterfaceCounters wan = wan_.advance();
   sim::IntervalRecord record = sim::makeRecord(lan, wan, static_cast<uint32_t>(seconds()));
   if (options_.act) sim::act(record, *block_);
-  if (shm_updateKestroveStats(record.word) != 0) return;
-  if (options_.act) {
-    SessionEngineStats sessions = sim::sessionRecord(lan, wan, record);
-    updateDomoStats(&sessions);
-  }
+  if (!count(record, lan, wan)) return;
   ++intervalsReported_;
   say("interval " + std::to_string(checkStatsCounter()) + ": " + std::to_string(record.bytesToWan()) +
       " bytes to the WAN");
+}
+
+// Whoever reads sees one whole interval.
+bool Engine::count(sim::IntervalRecord& record, const InterfaceCounters& lan, const InterfaceCounters& wan) {
+  if (kestrove_hold() != 0) return false;
+  const bool folded = shm_updateKestroveStats(record.word) == 0;
+  if (folded) sim::countPorts(shm->statistics, lan, wan);
+  if (folded && options_.act) {
+    SessionEngineStats sessions = sim::sessionRecord(lan, wan, record);
+    updateDomoStats(&sessions);
+  }
+  kestrove_release();
+  return folded;
 }
 
 bool Engine::finished() const {

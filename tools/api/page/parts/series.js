@@ -25,6 +25,7 @@ const best = (one, other) => (one === null && !other ? one : Math.max(one ?? 0, 
 export class Series {
   constructor() {
     this.samples = [];
+    this.moved = {};
     try {
       const newest = Date.now() - KEPT * 2000;
       this.samples = JSON.parse(sessionStorage.getItem(PLACE) ?? '[]').filter((one) => one.at > newest);
@@ -32,25 +33,33 @@ export class Series {
   }
 
   add(statistics, at = Date.now()) {
-    const now = totals(statistics);
+    if (statistics.accumulatedIntervals !== this.reports) Object.assign(this, {reports: statistics.accumulatedIntervals, heard: at});
+    const reporting = statistics.accumulatedIntervals > 0 && at - this.heard < SILENT;
     const sample = {at, ratio: statistics.compressionRatio};
-    const seconds = this.last ? (at - this.last.at) / 1000 : 0;
-    for (const [name, value] of Object.entries(now)) sample[name] = this.last ? rate(value, this.last.now[name], seconds) : null;
-    for (const [row, side] of [['WAN', 'wan'], ['LAN', 'lan']]) this.addQueue(sample, statistics, row, side);
-    this.last = {at, now};
+    for (const [name, value] of Object.entries(totals(statistics))) sample[name] = this.rateOf(name, value, at, reporting);
+    for (const [row, side] of [['WAN', 'wan'], ['LAN', 'lan']]) this.addQueue(sample, statistics, row, side, reporting);
     this.samples.push(sample);
     if (this.samples.length > KEPT) this.samples.shift();
     this.keep();
     return sample;
   }
 
-  addQueue(sample, statistics, name, side) {
+  // While the engine reports, a counter moves once a report: until the next it keeps its rate. What moves first may have
+  // been counted since long before it was looked at.
+  rateOf(name, value, at, reporting) {
+    const last = this.moved[name];
+    if (reporting && last?.value === value && last.reports === this.reports) return last.rate;
+    const now = {value, reports: this.reports, at: last || !reporting ? at : null, rate: null};
+    if (last?.at) now.rate = rate(value, last.value, (at - last.at) / 1000);
+    this.moved[name] = now;
+    return now.rate;
+  }
+
+  addQueue(sample, statistics, name, side, reporting) {
     const row = statistics.qos.find((one) => one.class === name);
     if (!row) return;
-    if (statistics.accumulatedIntervals !== this.reports) Object.assign(this, {reports: statistics.accumulatedIntervals, heard: sample.at});
-    const reports = statistics.accumulatedIntervals > 0 && sample.at - this.heard < SILENT;
     sample[side + 'Sessions'] = row.sessions;
-    sample[side + 'Out'] = best(sample[side + 'Out'], reports ? row.current : 0);
+    sample[side + 'Out'] = best(sample[side + 'Out'], reporting ? row.current : 0);
   }
 
   keep() {
