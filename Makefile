@@ -71,7 +71,7 @@ abi: ## the interface of both widths against the record in abi/
 
 .PHONY: deb test-packages
 deb: ## Debian packages for amd64 and i386 in build/deb, looked through by lintian; again=--again compares a second build
-	@scripts/setup build tools manual m32 doc probes deb
+	@scripts/setup build tools manual m32 doc probes deb debcheck
 	@scripts/deb $(again)
 
 test-packages: deb ## the packages installed, used, upgraded and purged in a root made from scratch; as root, with the registry
@@ -79,10 +79,9 @@ test-packages: deb ## the packages installed, used, upgraded and purged in a roo
 	@scripts/test-packages
 
 .PHONY: test-packages-quick
-test-packages-quick: ## the same with packages of this width alone, made of the release that is built
+test-packages-quick: ## the same with packages of this width alone, made of the release (or OF=PRESET) while the root is
 	@scripts/setup build tools manual doc probes deb roots sandbox
-	@scripts/deb --of release
-	@scripts/test-packages --quick
+	@scripts/test-packages --of $(OF)
 
 doc: ## the documents and manual pages as one tree of HTML, in build/dev/doc/html
 	@scripts/setup build tools doc

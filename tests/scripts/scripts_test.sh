@@ -157,4 +157,35 @@ APlaceLeftBehindIsFound() {
   done
 }
 
+# The trial of packages in a folder of its own, as user USER, with a registry at PLACE and with unshare, by which a root is
+# made, as lines of a script.
+try_packages() { # USER PLACE LINES
+  mkdir -p "$scratch"/{bin,scripts,debian}
+  cp "$source/scripts/test-packages" "$scratch/scripts"
+  cp "$source/debian/control" "$scratch/debian"
+  printf '#!/bin/sh\necho "%s"\n' "$1" > "$scratch/bin/id"
+  printf '#!/bin/sh\necho "%s"\n' "$2" > "$scratch/bin/apt-get"
+  printf '#!/bin/sh\ncase $* in *mmdebstrap*) made=yes ;; esac\n%s\n' "$3" > "$scratch/bin/unshare"
+  printf '#!/bin/sh\n' > "$scratch/scripts/deb"
+  chmod +x "$scratch"/bin/* "$scratch/scripts/deb"
+  (PATH=$scratch/bin:$PATH && "$scratch/scripts/test-packages" --of dev 2>&1; echo "ends with $?")
+}
+untried() { # REASON
+  printf 'test-packages: %s; nothing was tried\nends with 77' "$1"
+}
+
+PackagesSayWhyNothingIsTried() {
+  begun='Making a root from scratch; that takes a minute or more, once.'
+  equal "$(untried 'only root can make a root')" "$(try_packages 1000 somewhere true)"
+  equal "$(untried 'this machine lets nobody make a root')" "$(try_packages 0 somewhere 'exit 1')"
+  equal "$(untried 'this machine knows no package registry of Debian 12')" "$(try_packages 0 '' true)"
+  equal "$begun"$'\n'"$(untried 'the package registry cannot be reached')" \
+    "$(try_packages 0 somewhere '[ ! "$made" ] || { echo "E: Failed to fetch it"; exit 25; }')"
+}
+
+ARootThatBreaksIsAFailure() {
+  equal $'Making a root from scratch; that takes a minute or more, once.\nbroken\nends with 1' \
+    "$(try_packages 0 somewhere '[ ! "$made" ] || { echo broken; exit 25; }')"
+}
+
 "$case" || fail "$case"
