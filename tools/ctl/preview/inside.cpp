@@ -129,7 +129,7 @@ Json tryCommand(const std::string& folder, const std::vector<std::string>& comma
   ShmData* store = makeStore();
   memcpy(store, &*image, sizeof *store);
   replaceTasks(*store, facts.at("tasks"));
-  const Json kernel = settledKernelState();
+  const Json kernel = settledKernelState([&](const Json& state) { return hasItsOwn(facts.at("kernel"), state); });
   const Texts files = fileState(places);
   const int status = runCommand(command);
   return {{"exit", status},

@@ -229,4 +229,8 @@ std::vector<std::string> missingLines(const Json& kernel, const Json& state) {
   return lines;
 }
 
+bool hasItsOwn(const Json& kernel, const Json& state) {
+  return std::ranges::none_of(missingLines(kernel, state), itsOwn);
+}
+
 }  // namespace ctl::preview

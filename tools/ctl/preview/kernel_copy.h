@@ -16,6 +16,10 @@ Json exportKernel();
 // its addresses, routes, rules and packet filter.
 void importKernel(const Json& kernel);
 
+// Whether a state has all that the kernel makes by itself of the exported links and addresses. It does so once they are
+// up, which may be a second after they were made.
+bool hasItsOwn(const Json& kernel, const Json& state);
+
 // The lines of the exported state that a state lacks.
 std::vector<std::string> missingLines(const Json& kernel, const Json& state);
 

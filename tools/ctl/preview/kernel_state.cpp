@@ -124,15 +124,16 @@ Json kernelState() {
   return state;
 }
 
-Json settledKernelState() {
+Json settledKernelState(const std::function<bool(const Json& state)>& there) {
   constexpr int kMostLooks = 40;
   constexpr useconds_t kBetween = 50'000;
   Json state = kernelState();
   for (int i = 0; i < kMostLooks; ++i) {
     usleep(kBetween);
     Json again = kernelState();
-    if (again == state) break;
+    const bool steady = again == state;
     state = std::move(again);
+    if (steady && there(state)) break;
   }
   return state;
 }

@@ -2,6 +2,8 @@
 // What the kernel of this network namespace has of the appliance, as texts that can be compared.
 #pragma once
 
+#include <functional>
+
 #include "tools/ctl/session.h"
 
 namespace ctl::preview {
@@ -11,8 +13,9 @@ namespace ctl::preview {
 // gives none.
 Json kernelState();
 
-// The same, once it is twice the same in a row: what the kernel does behind a command takes its time.
-Json settledKernelState();
+// The same, once it is twice the same in a row and what was waited for is there: what the kernel does behind a command
+// takes its time. After two seconds as it is.
+Json settledKernelState(const std::function<bool(const Json& state)>& there = [](const Json&) { return true; });
 
 // The kernel's links, as "ip -d -j link" has them.
 Json kernelLinks();
