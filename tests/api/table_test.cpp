@@ -112,6 +112,19 @@ TEST_F(TableTest, WithoutAStoreThatIsSaid) {
   const api::Reply reply = ask(browser, "GET", "/rules");
   EXPECT_EQ(503, reply.status);
   EXPECT_EQ(ctl::kNoStore, jsonOf(reply)["error"]["exit"]);
+  EXPECT_EQ("there is no store (shm-init builds it)", jsonOf(reply)["error"]["message"]);
+  makeStore();
+}
+
+TEST_F(TableTest, AnotherSystemsSegmentIsNoStore) {
+  const Browser browser = browserOf("alice");
+  dropStore();
+  const int foreign = shmget(SHM_KEY, 4096, IPC_CREAT | 0600);
+  ASSERT_NE(-1, foreign);
+  const api::Reply reply = ask(browser, "GET", "/rules");
+  EXPECT_EQ(503, reply.status);
+  EXPECT_EQ("the segment under the store's key is no store", jsonOf(reply)["error"]["message"]);
+  EXPECT_EQ(0, shmctl(foreign, IPC_RMID, nullptr));
   makeStore();
 }
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The monitor itself: servers, its manager, its own helper, its end.
+#include <sys/shm.h>
+
 #include "tests/monitor/monitor_fixture.h"
 #include "tests/support/peer.h"
 #include "tests/support/records.h"
@@ -138,6 +140,17 @@ TEST_F(MonitorProgramTest, WithoutAStoreItWaitsForOne) {
   shm->config.kestroveOperState = SHM_ON;
   EXPECT_TRUE(lives(engineAfter(0)));
   EXPECT_EQ(1, times("there is no store"));
+}
+
+TEST_F(MonitorProgramTest, AnotherSystemsSegmentIsNamed) {
+  dropStore();
+  const int foreign = shmget(SHM_KEY, 4096, IPC_CREAT | 0600);
+  ASSERT_NE(-1, foreign);
+  start();
+  EXPECT_TRUE(said("the segment under the store's key is no store: the engine and the servers wait for one"));
+  EXPECT_EQ(0, shmctl(foreign, IPC_RMID, nullptr));
+  makeStore();
+  EXPECT_TRUE(said("the store is there"));
 }
 
 TEST_F(MonitorProgramTest, ASecondOneIsRefused) {

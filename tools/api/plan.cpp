@@ -16,6 +16,7 @@
 #include "tools/api/preview.h"
 #include "tools/api/router.h"
 #include "tools/api/support.h"
+#include "tools/common/store_refusal.h"
 #include "tools/ctl/shell/glance.h"
 
 namespace api {
@@ -32,7 +33,7 @@ const ShmData& presentStore() {
   }
   const ShmData* store = segment == -1 ? nullptr : ctl::glance();
   if (!store) {
-    throw Failure(errorReply(503, {ctl::kNoStore, "there is no store (shm-init builds it)", SHM_EATTACH}))
+    throw Failure(errorReply(503, {ctl::kNoStore, tools::segmentRefusal(tools::segmentError()), SHM_EATTACH}))
         .with("Retry-After", "5");
   }
   attachedSegment = segment;

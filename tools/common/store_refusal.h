@@ -13,14 +13,20 @@
 
 namespace tools {
 
+// The reason for which there is no segment of the store's key and size, and the sentence for it.
+inline int segmentError() { return shmget(SHM_KEY, SHM_SIZE, 0) == -1 ? errno : ENOENT; }
+inline std::string segmentRefusal(int error) {
+  if (error == ENOENT) return "there is no store (shm-init builds it)";
+  if (error == EINVAL) return "the segment under the store's key is no store";
+  return std::string("the store: ") + strerror(error);
+}
+
 // Behind a lock that could not be had, and before anything else is called: a sentence.
 inline std::string storeRefusal() {
   int error = errno;
   if (shm_errno != SHM_EATTACH) return std::string(shm_strerror(static_cast<int>(shm_errno))) + ": " + strerror(error);
   if (shmget(SHM_KEY, SHM_SIZE, 0) == -1) error = errno;
-  if (error == ENOENT) return "there is no store (shm-init builds it)";
-  if (error == EINVAL) return "the segment under the store's key is no store";
-  return std::string("the store: ") + strerror(error);
+  return segmentRefusal(error);
 }
 
 }  // namespace tools

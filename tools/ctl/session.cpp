@@ -13,6 +13,7 @@
 #include "tools/common/lock_wait.h"
 #include "tools/common/plain_text.h"
 #include "tools/common/standard_output.h"
+#include "tools/common/store_refusal.h"
 #include "tools/ctl/history/finish.h"
 #include "tools/ctl/output/fields.h"
 #include "tools/ctl/output/screen.h"
@@ -44,9 +45,8 @@ bool systemFailed() { return shm_errno == SHM_ESYSTEM || shm_errno == SHM_EOPEN 
 
 void requireSegment() {
   if (shmget(SHM_KEY, SHM_SIZE, 0) != -1) return;
-  if (errno == ENOENT) throw Refusal(kNoStore, "there is no store (shm-init builds it)", SHM_EATTACH);
-  if (errno == EINVAL) throw Refusal(kNoStore, "the segment under the store's key is no store", SHM_EATTACH);
-  throw systemRefusal("the store", errno);
+  if (errno != ENOENT && errno != EINVAL) throw systemRefusal("the store", errno);
+  throw Refusal(kNoStore, tools::segmentRefusal(errno), SHM_EATTACH);
 }
 
 void tellWaiting() {
@@ -143,7 +143,7 @@ void attachStore(const Session& session) {
   errno = 0;
   if (kestrove_hold() != 0) {
     if (shm_errno == SHM_EATTACH && forbidden(errno)) throw systemRefusal("the store", errno);
-    if (shm_errno == SHM_EATTACH) throw Refusal(kNoStore, "there is no store (shm-init builds it)", SHM_EATTACH);
+    if (shm_errno == SHM_EATTACH) throw Refusal(kNoStore, tools::segmentRefusal(ENOENT), SHM_EATTACH);
     throw refusal("the store cannot be locked");
   }
   std::string note = tools::repairAbandonedLoad();

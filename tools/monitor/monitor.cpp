@@ -7,6 +7,7 @@
 #include "kestrove/kestrove.h"
 #include "tools/common/process_time.h"
 #include "tools/common/program.h"
+#include "tools/common/store_refusal.h"
 
 namespace monitor {
 namespace {
@@ -75,7 +76,8 @@ void Monitor::lookAtStore() {
   if (change == Store::Change::kNone && (store_.data() || toldOfAbsence_)) return;
   if (store_.data() || shm) return;
   toldOfAbsence_ = true;
-  syslog(LOG_WARNING, "there is no store: the engine and the servers wait for it");
+  syslog(LOG_WARNING, "%s: the engine and the servers wait for one",
+         tools::segmentRefusal(tools::segmentError()).c_str());
 }
 
 // A number that a monitor left there which did not end by itself: this one takes over.
