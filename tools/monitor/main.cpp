@@ -10,9 +10,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tools/common/plain_text.h"
-#include "tools/common/standard_output.h"
-#include "tools/common/version_text.h"
+#include "tools/common/service.h"
 #include "tools/monitor/misc.h"
 #include "tools/monitor/monitor.h"
 
@@ -20,20 +18,15 @@ namespace {
 
 using namespace monitor;
 
-constexpr char kName[] = "kestrove-monitor";
-constexpr char kExitCodes[] =
-    "Exit status:\n"
-    "  0  told to end\n"
-    "  1  another monitor runs\n"
-    "  2  wrong usage\n"
-    "  3  a library of another layout\n"
-    "  5  the folder cannot be used; or standard output cannot be written\n"
-    "  7  not permitted";
-
-int fail(Exit exit, const std::string& message) {
-  fprintf(stderr, "%s: %s\n", kName, tools::escaped(message).c_str());
-  return exit;
-}
+constexpr tools::Service kService = {"kestrove-monitor",
+                                     "Starts the engine and the servers that are switched on, and again when they die.",
+                                     "Exit status:\n"
+                                     "  0  told to end\n"
+                                     "  1  another monitor runs\n"
+                                     "  2  wrong usage\n"
+                                     "  3  a library of another layout\n"
+                                     "  5  the folder cannot be used; or standard output cannot be written\n"
+                                     "  7  not permitted"};
 
 std::string checkTask(const std::string& task) {
   const size_t end = task.find('=');
@@ -44,8 +37,6 @@ std::string checkTask(const std::string& task) {
 }
 
 void describe(CLI::App& app, Options& options) {
-  app.footer(kExitCodes);
-  app.set_version_flag("--version", tools::versionText(kName));
   app.add_option("--task", options.tasks, "NAME=COMMAND: how a task is started, nothing for not at all")
       ->check(checkTask)
       ->expected(1)
@@ -84,35 +75,19 @@ Exit takePlace(const std::string& folder, kestrove::sys::Descriptor& place) {
 int watch(const Options& options) {
   kestrove::sys::Descriptor place;
   const Exit taken = takePlace(options.folder, place);
-  if (taken == kAnother) return fail(taken, "another monitor runs");
-  if (taken != kDone) return fail(taken, options.folder + ": " + strerror(errno));
+  if (taken == kAnother) return tools::fail(kService, taken, "another monitor runs");
+  if (taken != kDone) return tools::fail(kService, taken, options.folder + ": " + strerror(errno));
   return Monitor(options).run();
-}
-
-int run(int argc, char** argv, FILE* out) {
-  if (const std::string other = tools::libraryRefusal(); !other.empty()) return fail(kOtherLibrary, other);
-  if (const std::string refused = tools::refusedWord(argc, argv); !refused.empty()) return fail(kUsage, refused);
-  Options options;
-  CLI::App app("Starts the engine and the servers that are switched on, and again when they die.", kName);
-  describe(app, options);
-  std::string failure;
-  try {
-    app.parse(argc, argv);
-    openlog(kName, LOG_PID, LOG_DAEMON);
-    return options.misc ? runMisc(options) : watch(options);
-  } catch (const CLI::CallForHelp&) {
-    failure = tools::writeOut(out, app.help());
-  } catch (const CLI::CallForVersion&) {
-    failure = tools::writeOut(out, tools::versionText(kName) + "\n");
-  } catch (const CLI::ParseError& error) {
-    return fail(kUsage, error.what());
-  }
-  return failure.empty() ? kDone : fail(kSystem, failure);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  FILE* out = tools::takeStandardOutput();
-  return run(argc, argv, out);
+  Options options;
+  return tools::runService(
+      kService, argc, argv, [&](CLI::App& app) { describe(app, options); },
+      [&](FILE*) {
+        openlog(kService.name, LOG_PID, LOG_DAEMON);
+        return options.misc ? int{runMisc(options)} : watch(options);
+      });
 }

@@ -10,6 +10,16 @@
 
 namespace monitor {
 
+void writeNote(const std::string& path, const std::string& text) {
+  try {
+    ctl::NewFile file(path, 0600);
+    file.write(text);
+    file.putInPlace();
+  } catch (const ctl::Refusal& refusal) {
+    syslog(LOG_WARNING, "%s", refusal.what());
+  }
+}
+
 Notes::Notes(std::string path) : path_(std::move(path)) {
   std::ifstream file(path_);
   int slot = 0;
@@ -35,13 +45,7 @@ void Notes::write() const {
   for (const auto& [slot, line] : lines_) {
     text += std::to_string(slot) + " " + std::to_string(line.pid) + " " + std::to_string(line.since) + "\n";
   }
-  try {
-    ctl::NewFile file(path_, 0600);
-    file.write(text);
-    file.putInPlace();
-  } catch (const ctl::Refusal& refusal) {
-    syslog(LOG_WARNING, "%s", refusal.what());
-  }
+  writeNote(path_, text);
 }
 
 }  // namespace monitor

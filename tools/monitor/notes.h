@@ -8,6 +8,9 @@
 
 namespace monitor {
 
+// Whole, in a file for root alone. What cannot be written is said in the system log, and missed by the next monitor.
+void writeNote(const std::string& path, const std::string& text);
+
 class Notes {
  public:
   explicit Notes(std::string path);

@@ -9,7 +9,8 @@
 
 namespace monitor {
 
-enum Exit { kDone = 0, kAnother = 1, kUsage = 2, kOtherLibrary = 3, kSystem = 5, kNotPermitted = 7 };
+// Beside those that every service has.
+enum Exit { kDone = 0, kAnother = 1, kSystem = 5, kNotPermitted = 7 };
 
 struct Options {
   std::vector<std::string> tasks;  // "NAME=COMMAND"

@@ -13,8 +13,7 @@
 #include <sstream>
 
 #include "kestrove/kestrove.h"
-#include "tools/ctl/session.h"
-#include "tools/ctl/watch/new_file.h"
+#include "tools/monitor/notes.h"
 
 namespace monitor {
 namespace {
@@ -103,24 +102,14 @@ bool Servers::takeIn() {
   if (!telling_.ended()) return false;
   telling_ = {};
   complain(complaintIn(words_.get()));
-  note(toNote_);
+  told_ = toNote_;
+  writeNote(path_, *told_);
   return true;
 }
 
 void Servers::complain(const std::string& complaint) {
   if (!complaint.empty() && complaint != complaint_) syslog(LOG_WARNING, "telling the servers: %s", complaint.c_str());
   complaint_ = complaint;
-}
-
-void Servers::note(const std::string& told) {
-  told_ = told;
-  try {
-    ctl::NewFile file(path_, 0600);
-    file.write(told);
-    file.putInPlace();
-  } catch (const ctl::Refusal& refusal) {
-    syslog(LOG_WARNING, "%s", refusal.what());
-  }
 }
 
 }  // namespace monitor

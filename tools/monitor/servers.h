@@ -22,7 +22,6 @@ class Servers {
   bool settled(const ShmData& data, Milliseconds now);
   void tell(const std::string& addresses, bool webIsOn);
   void complain(const std::string& complaint);
-  void note(const std::string& told);
 
   std::string path_;
   std::optional<std::string> told_;

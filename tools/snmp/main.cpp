@@ -7,9 +7,7 @@
 #include <cstdio>
 #include <string>
 
-#include "tools/common/plain_text.h"
-#include "tools/common/standard_output.h"
-#include "tools/common/version_text.h"
+#include "tools/common/service.h"
 #include "tools/snmp/agent.h"
 #include "tools/snmp/agent_library.h"
 #include "tools/snmp/hints.h"
@@ -17,24 +15,17 @@
 
 namespace {
 
-enum Exit { kDone = 0, kUsage = 2, kOtherLibrary = 3, kSystem = 5 };
-
-constexpr char kName[] = "kestrove-snmp";
-constexpr char kExitCodes[] =
+constexpr tools::Service kService = {
+    "kestrove-snmp", "Shows the store to the network's monitoring, behind the machine's own agent.",
     "Exit status:\n"
     "  0  told to end\n"
     "  2  wrong usage\n"
     "  3  a library of another layout\n"
-    "  5  the library of the agent cannot be used; or standard output cannot be written";
+    "  5  the library of the agent cannot be used; or standard output cannot be written"};
 constexpr int kAgain = 2;         // seconds between two looks whether the master lives, and two tries to reach it
 constexpr unsigned kBetween = 1;  // seconds between two looks at the store
 
 volatile sig_atomic_t toldToEnd = 0;
-
-int fail(Exit exit, const std::string& message) {
-  fprintf(stderr, "%s: %s\n", kName, tools::escaped(message).c_str());
-  return exit;
-}
 
 void hearSignals() {
   struct sigaction action = {};
@@ -50,8 +41,6 @@ struct Options {
 };
 
 void describe(CLI::App& app, Options& options) {
-  app.footer(kExitCodes);
-  app.set_version_flag("--version", tools::versionText(kName));
   app.add_option("--master", options.master, "Where the agent listens for its subagents")
       ->take_last()
       ->capture_default_str();
@@ -65,56 +54,39 @@ void describe(CLI::App& app, Options& options) {
 // The library of the agent keeps no files of its own and reads none.
 bool prepare(const std::string& master) {
   snmp_enable_calllog();
-  snmp_enable_syslog_ident(kName, LOG_DAEMON);
+  snmp_enable_syslog_ident(kService.name, LOG_DAEMON);
   netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, 1);
   netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_READ_CONFIGS, 1);
   netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE, 1);
   netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_X_SOCKET, master.c_str());
-  if (init_agent(kName) != 0) return false;
+  if (init_agent(kService.name) != 0) return false;
   // Behind init_agent, which sets another.
   netsnmp_ds_set_int(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_AGENTX_PING_INTERVAL, kAgain);
   return true;
 }
 
 int serve(const Options& options) {
-  if (!prepare(options.master)) return fail(kSystem, "the library of the agent cannot be used");
+  if (!prepare(options.master)) {
+    return tools::fail(kService, tools::kCannotServe, "the library of the agent cannot be used");
+  }
   snmp::Hints hints(options.hints, options.group);
   snmp::Agent agent(hints);
   snmp::registerModule(agent);
-  init_snmp(kName);
+  init_snmp(kService.name);
   hearSignals();
   snmp_alarm_register(
       kBetween, SA_REPEAT, [](unsigned, void* one) { static_cast<snmp::Agent*>(one)->look(); }, &agent);
   agent.look();
   while (!toldToEnd) agent_check_and_process(1);
-  snmp_shutdown(kName);
-  return kDone;
-}
-
-int run(int argc, char** argv, FILE* out) {
-  if (const std::string other = tools::libraryRefusal(); !other.empty()) return fail(kOtherLibrary, other);
-  if (const std::string refused = tools::refusedWord(argc, argv); !refused.empty()) return fail(kUsage, refused);
-  Options options;
-  CLI::App app("Shows the store to the network's monitoring, behind the machine's own agent.", kName);
-  describe(app, options);
-  std::string failure;
-  try {
-    app.parse(argc, argv);
-    if (!options.module) return serve(options);
-    failure = tools::writeOut(out, snmp::moduleText());
-  } catch (const CLI::CallForHelp&) {
-    failure = tools::writeOut(out, app.help());
-  } catch (const CLI::CallForVersion&) {
-    failure = tools::writeOut(out, tools::versionText(kName) + "\n");
-  } catch (const CLI::ParseError& error) {
-    return fail(kUsage, error.what());
-  }
-  return failure.empty() ? kDone : fail(kSystem, failure);
+  snmp_shutdown(kService.name);
+  return tools::kToldToEnd;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  FILE* out = tools::takeStandardOutput();
-  return run(argc, argv, out);
+  Options options;
+  return tools::runService(
+      kService, argc, argv, [&](CLI::App& app) { describe(app, options); },
+      [&](FILE* out) { return options.module ? tools::print(kService, out, snmp::moduleText()) : serve(options); });
 }
