@@ -40,6 +40,9 @@ endfunction()
 
 if(KESTROVE_SANITIZE)
   add_compile_options(-fsanitize=${KESTROVE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  # Tables of checks that start-up would have to relocate are most of such a program: it has a fixed address.
-  add_link_options(-fsanitize=${KESTROVE_SANITIZE} $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-no-pie>)
+  add_link_options(-fsanitize=${KESTROVE_SANITIZE})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    # Tables of checks that start-up would have to relocate are most of such a program: it has a fixed address.
+    add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-no-pie>)
+  endif()
 endif()
