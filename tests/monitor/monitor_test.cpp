@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The monitor itself: servers, its manager, its own helper, its end.
+#include <fstream>
+
 #include "tests/monitor/monitor_fixture.h"
 #include "tests/support/peer.h"
 #include "tests/support/records.h"
@@ -205,6 +207,22 @@ TEST_F(MonitorProgramTest, MetricsAreWrittenAgainAndAgain) {
   EXPECT_THAT(readFile("/tmp/metrics.prom"), HasSubstr("kestrove_task_up{task=\"monitor\"} "));
   unlink("/tmp/metrics.prom");
   EXPECT_TRUE(eventually([] { return fileExists("/tmp/metrics.prom"); }));
+}
+
+TEST_F(MonitorProgramTest, MetricsAreReadWholeWhileTheyAreWritten) {
+  const auto inode = [] {
+    struct stat status = {};
+    return stat("/tmp/metrics.prom", &status) == 0 ? status.st_ino : 0;
+  };
+  start();
+  ASSERT_TRUE(eventually([&] { return inode() != 0; }));
+  std::ifstream reader("/tmp/metrics.prom");
+  const ino_t first = inode();
+  ASSERT_TRUE(eventually([&] { return inode() != first && inode() != 0; }));
+  const std::string text(std::istreambuf_iterator<char>(reader), {});
+  EXPECT_TRUE(text.starts_with("# HELP kestrove_up ")) << text;
+  EXPECT_THAT(text, HasSubstr("\nkestrove_session_engine_sessions "));
+  EXPECT_TRUE(text.ends_with("\n"));
 }
 
 TEST_F(MonitorProgramTest, MetricsThatCannotBeWrittenAreSaidOnce) {
