@@ -51,6 +51,18 @@ TEST_F(MonitorProgramTest, AServerRunsWhileItsItemIsOn) {
   EXPECT_TRUE(eventually([&] { return !lives(second) && slot(SHM_TASK_SSHD) == 0; }));
 }
 
+TEST_F(MonitorProgramTest, AServerThatDoesNotEndIsEnded) {
+  writeFile("/tmp/stubborn", "#!/bin/sh\ntrap '' TERM\n: >/tmp/deaf\nwhile :; do read line </tmp/never; done\n");
+  ASSERT_EQ(0, chmod("/tmp/stubborn", 0755));
+  ASSERT_EQ(0, mkfifo("/tmp/never", 0600));
+  shm->config.sshdOperState = SHM_ON;
+  start({"--task", "sshd=/tmp/stubborn"});
+  ASSERT_TRUE(eventually([] { return fileExists("/tmp/deaf") && slot(SHM_TASK_SSHD) != 0; }));
+  EXPECT_EQ(0, setKestroveConfigItem(SHM_ITEM_SSH, SHM_OFF, 0, "--"));
+  EXPECT_TRUE(said("has ended: signal 9"));
+  EXPECT_TRUE(eventually([] { return slot(SHM_TASK_SSHD) == 0; }));
+}
+
 TEST_F(MonitorProgramTest, AServerThatSomebodyElseStartedIsNotStartedTwice) {
   std::filesystem::copy("/bin/sleep", "/tmp/sshd");
   Program server({"/tmp/sshd", "1000"});
