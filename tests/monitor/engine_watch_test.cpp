@@ -114,6 +114,23 @@ TEST_F(EngineWatchTest, AfterTooManyRebootsItIsGivenUpUntilSomebodyRestartsIt) {
   EXPECT_TRUE(eventually([] { return times("kestrove started") > 4; }));
 }
 
+TEST_F(EngineWatchTest, BehindTheLastRebootItIsNotEvenTried) {
+  shm->config.kestroveRebootCount = 5;
+  start({"--task", "kestrove=/bin/false", "--first-delay", "10"});
+  EXPECT_TRUE(said("crit: kestrove is given up: too many reboots in a row"));
+  EXPECT_EQ(0, times("kestrove started"));
+  EXPECT_THAT(programs(), IsEmpty());
+}
+
+// Each boot would begin the count anew.
+TEST_F(EngineWatchTest, ARebootThatCannotBeCountedIsNone) {
+  ASSERT_EQ(0, mkdir("/etc/config/kestrove.conf", 0755));
+  start({"--task", "kestrove=/bin/false", "--first-delay", "10"});
+  EXPECT_TRUE(said("crit: kestrove is given up: it would not start, and a reboot cannot be counted"));
+  EXPECT_THAT(programs(), IsEmpty());
+  EXPECT_EQ(0, events(SHM_EVENT_SYSTEM_REBOOTED));
+}
+
 TEST_F(EngineWatchTest, OneThatWasStartedByHandIsTakenOver) {
   Program byHand({KESTROVE_SIM, "--interval", "0"});
   ASSERT_TRUE(eventually([&] { return engine() == byHand.pid(); }));

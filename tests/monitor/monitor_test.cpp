@@ -2,6 +2,8 @@
 // The monitor itself: servers, its manager, its own helper, its end.
 #include <sys/shm.h>
 
+#include <fstream>
+
 #include "tests/monitor/monitor_fixture.h"
 #include "tests/support/peer.h"
 #include "tests/support/records.h"
@@ -49,6 +51,18 @@ TEST_F(MonitorProgramTest, AServerRunsWhileItsItemIsOn) {
   const pid_t second = slot(SHM_TASK_SSHD);
   EXPECT_EQ(0, setKestroveConfigItem(SHM_ITEM_SSH, SHM_OFF, 0, "--"));
   EXPECT_TRUE(eventually([&] { return !lives(second) && slot(SHM_TASK_SSHD) == 0; }));
+}
+
+TEST_F(MonitorProgramTest, AServerThatDoesNotEndIsEnded) {
+  writeFile("/tmp/stubborn", "#!/bin/sh\ntrap '' TERM\n: >/tmp/deaf\nwhile :; do read line </tmp/never; done\n");
+  ASSERT_EQ(0, chmod("/tmp/stubborn", 0755));
+  ASSERT_EQ(0, mkfifo("/tmp/never", 0600));
+  shm->config.sshdOperState = SHM_ON;
+  start({"--task", "sshd=/tmp/stubborn"});
+  ASSERT_TRUE(eventually([] { return fileExists("/tmp/deaf") && slot(SHM_TASK_SSHD) != 0; }));
+  EXPECT_EQ(0, setKestroveConfigItem(SHM_ITEM_SSH, SHM_OFF, 0, "--"));
+  EXPECT_TRUE(said("has ended: signal 9"));
+  EXPECT_TRUE(eventually([] { return slot(SHM_TASK_SSHD) == 0; }));
 }
 
 TEST_F(MonitorProgramTest, AServerThatSomebodyElseStartedIsNotStartedTwice) {
@@ -218,6 +232,22 @@ TEST_F(MonitorProgramTest, MetricsAreWrittenAgainAndAgain) {
   EXPECT_THAT(readFile("/tmp/metrics.prom"), HasSubstr("kestrove_task_up{task=\"monitor\"} "));
   unlink("/tmp/metrics.prom");
   EXPECT_TRUE(eventually([] { return fileExists("/tmp/metrics.prom"); }));
+}
+
+TEST_F(MonitorProgramTest, MetricsAreReadWholeWhileTheyAreWritten) {
+  const auto inode = [] {
+    struct stat status = {};
+    return stat("/tmp/metrics.prom", &status) == 0 ? status.st_ino : 0;
+  };
+  start();
+  ASSERT_TRUE(eventually([&] { return inode() != 0; }));
+  std::ifstream reader("/tmp/metrics.prom");
+  const ino_t first = inode();
+  ASSERT_TRUE(eventually([&] { return inode() != first && inode() != 0; }));
+  const std::string text(std::istreambuf_iterator<char>(reader), {});
+  EXPECT_TRUE(text.starts_with("# HELP kestrove_up ")) << text;
+  EXPECT_THAT(text, HasSubstr("\nkestrove_session_engine_sessions "));
+  EXPECT_TRUE(text.ends_with("\n"));
 }
 
 TEST_F(MonitorProgramTest, MetricsThatCannotBeWrittenAreSaidOnce) {
