@@ -36,10 +36,10 @@ START = {"chromium": chromium, "firefox": firefox}
 
 
 class Page:
-    def __init__(self, name, folder):
+    def __init__(self, name, folder, pictures):
         os.environ["HOME"] = folder
         self.driver = START[name](folder)
-        self.name, self.width = name, 0
+        self.name, self.width, self.scheme, self.folder = name, 0, "light", pictures
 
     def be_wide(self, width):
         """The frame of a window is not the page's; neither browser makes a window of 360 without it."""
@@ -49,6 +49,17 @@ class Page:
         lost = width - self.run("return window.innerWidth")
         self.driver.set_window_rect(0, 0, width + lost, HEIGHT)
         self.width = width
+
+    def be_coloured(self, scheme):
+        """Light or dark, as the whole machine would be."""
+        if self.scheme == scheme:
+            return
+        if self.name == "chromium":
+            self.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+        else:
+            self.driver.command_executor.prefer("layout.css.prefers-color-scheme.content-override", {"dark": 0, "light": 1}[scheme])
+        self.until(scheme, lambda: self.run("return matchMedia(`(prefers-color-scheme: ${arguments[0]})`).matches", scheme))
+        self.scheme = scheme
 
     def run(self, script, *given):
         return self.driver.execute_script(script, *given)
@@ -140,8 +151,18 @@ class Page:
             self.driver.delete_all_cookies()
         self.driver.get(appliance.PAGE)
         self.one("#user")
+        self.get_in(user)
+
+    def get_in(self, user):
+        """Once more where nobody answered."""
+        def inside():
+            answered = self.until("an answer", lambda: self.all(".view") or (self.text("#door-problem") and self.one(".door button").is_enabled()))
+            if not self.all(".view"):
+                self.log_in(user)
+            return answered and self.all(".view")
+
         self.log_in(user)
-        self.one(".view")
+        self.until("somebody is in", inside)
 
     def collected(self, count):
         self.until(f"{count} collected", lambda: self.text("#tray").startswith(f"{count} change"))
@@ -166,7 +187,8 @@ class Page:
         return [line["message"] for line in self.driver.get_log("browser")
                 if line["level"] == "SEVERE" and "Failed to load resource" not in line["message"]]
 
-    def shot(self, path):
+    def picture(self, name):
+        path = self.folder / str(self.width) / f"{name}.png"
         path.parent.mkdir(parents=True, exist_ok=True)
         self.driver.save_screenshot(str(path))
 

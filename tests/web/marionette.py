@@ -19,7 +19,8 @@ COMMANDS = {
     "screenshot": "WebDriver:TakeScreenshot", "setWindowRect": "WebDriver:SetWindowRect",
     "actions": "WebDriver:PerformActions", "clearActionState": "WebDriver:ReleaseActions",
     "deleteAllCookies": "WebDriver:DeleteAllCookies", "w3cGetActiveElement": "WebDriver:GetActiveElement",
-    "setTimeouts": "WebDriver:SetTimeouts"}
+    "setTimeouts": "WebDriver:SetTimeouts",
+    "getElementAriaRole": "WebDriver:GetComputedRole", "getElementAriaLabel": "WebDriver:GetComputedLabel"}
 ELEMENT = "element-6066-11e4-a52e-4f735466cecf"
 
 
@@ -77,6 +78,14 @@ class Marionette:
             value = value["value"]
         return {"success": 0, "value": value, **({"sessionId": value["sessionId"]} if command == "newSession" else {})}
 
+    def prefer(self, name, number):
+        """A setting of the browser itself, from now on."""
+        error, _ = self.send("Marionette:SetContext", {"value": "chrome"})
+        assert not error, error
+        error, _ = self.send("WebDriver:ExecuteScript", {"script": "Services.prefs.setIntPref(...arguments)", "args": [name, number]})
+        assert not error, error
+        self.send("Marionette:SetContext", {"value": "content"})
+
     def close(self):
         self.socket.close()
 
@@ -89,6 +98,6 @@ def start(folder, port=2828):
         'user_pref("browser.shell.checkDefaultBrowser", false);\nuser_pref("datareporting.policy.dataSubmissionEnabled", false);\n'
         'user_pref("app.update.enabled", false);\nuser_pref("network.captive-portal-service.enabled", false);\n'
         'user_pref("network.connectivity-service.enabled", false);\nuser_pref("browser.safebrowsing.enabled", false);\n')
-    process = subprocess.Popen(["/usr/bin/firefox-esr", "--headless", "--marionette", "--no-remote", "--profile", str(profile)],
+    process = subprocess.Popen(["/usr/bin/firefox-esr", "--headless", "--marionette", "--remote-allow-system-access", "--no-remote", "--profile", str(profile)],
                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     return Marionette(port, process)

@@ -7,16 +7,17 @@ import pathlib, sys, time, traceback
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 import appliance
+import look_scenarios
 import settings_scenarios
 import table_scenarios
 import way_scenarios
 from browser import Page
 
-SCENARIOS = {name: call for module in (way_scenarios, settings_scenarios, table_scenarios)
+SCENARIOS = {name: call for module in (way_scenarios, look_scenarios, settings_scenarios, table_scenarios)
              for name, call in vars(module).items() if name[0].isupper() and callable(call) and call.__module__ == module.__name__}
 
 
-def play(page, name, folder):
+def play(page, name):
     """Whether it went well; how it ended is in a picture either way."""
     began = time.monotonic()
     fault = ""
@@ -27,7 +28,7 @@ def play(page, name, folder):
         assert not complaints, complaints
     except Exception:
         fault = traceback.format_exc()
-    page.shot(folder / str(page.width) / f"{name}.png")
+    page.picture(name)
     verdict = "FAILED" if fault else "passed"
     print(f"{page.name} {page.width}: {verdict} {name} ({time.monotonic() - began:.1f} s)\n{fault}", end="", flush=True)
     return not fault
@@ -46,11 +47,12 @@ def main(program, browser, folder, plays, *wanted):
     assert not unknown, unknown
     hand = list(dealt(plays, [name for name in SCENARIOS if not wanted or name in wanted]))
     appliance.start(program)
-    page = Page(browser, f"/tmp/browser-{browser}")
+    page = Page(browser, f"/tmp/browser-{browser}", pathlib.Path(folder))
     went_well = 0
     for width, name in hand:
         page.be_wide(width)
-        went_well += play(page, name, pathlib.Path(folder))
+        page.be_coloured("light")
+        went_well += play(page, name)
     page.close()
     print(f"{browser}: {went_well} of {len(hand)} went well", flush=True)
     return 0 if went_well == len(hand) else 1

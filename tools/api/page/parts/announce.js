@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a screen reader is told beside what is shown.
-import {byId} from './dom.js';
+import {byId, h} from './dom.js';
 
-// The same words twice are told twice.
+const KEPT = 5;
+
+// A line of its own: what came just before is told, too, and the same words twice are told twice.
 function tell(id, words) {
   const region = byId(id);
-  region.textContent = '';
-  requestAnimationFrame(() => { region.textContent = words; });
+  region.append(h('p', {}, words));
+  while (region.children.length > KEPT) region.firstChild.remove();
 }
 
 export const say = (words) => tell('polite', words);

@@ -14,7 +14,7 @@ const UNSAVED = 6;
 export class Bar {
   constructor(place) {
     this.place = place;
-    this.shown = '';
+    this.forget();
     addEventListener('kestrove-made', () => this.look(true));
   }
 
@@ -31,7 +31,12 @@ export class Bar {
   stop() {
     clearInterval(this.timer);
     this.place.hidden = true;
-    this.shown = '';
+    this.forget();
+  }
+
+  forget() {
+    this.rows = [0, 1, 2].map(() => ({key: 'null', element: null}));
+    fill(this.place, []);
   }
 
   tick() {
@@ -63,15 +68,32 @@ export class Bar {
 
   draw() {
     this.chip();
-    const key = JSON.stringify([this.pending.pending && this.pending.time, this.unsaved, this.problem]);
-    if (key === this.shown) return;
-    this.shown = key;
-    const rows = [this.pending.pending ? this.waiting() : null, this.unsaved.length ? this.notSaved() : null,
-                  this.problem ? this.refusal() : null].filter(Boolean);
+    const {pending, time} = this.pending;
+    const fresh = [this.row(0, pending && time, () => this.waiting()), this.row(1, this.unsaved.length > 0 && this.unsaved, () => this.notSaved()),
+                   this.row(2, this.problem, () => this.refusal())];
+    if (!fresh.some(Boolean)) return;
+    const rows = this.rows.filter((row) => row.element).map((row) => row.element);
     this.place.hidden = rows.length === 0;
-    fill(this.place, rows);
+    this.arrange(rows);
     if (rows.length) say(rows.map((row) => row.querySelector('p').textContent).join(' '));
     this.count();
+  }
+
+  // Nothing that stays is moved; where what had the focus goes, the subject has it.
+  arrange(rows) {
+    const gone = [...this.place.children].filter((row) => !rows.includes(row));
+    const bereft = gone.some((row) => row.contains(document.activeElement));
+    for (const row of gone) row.remove();
+    for (const [i, row] of rows.entries()) if (this.place.children[i] !== row) this.place.insertBefore(row, this.place.children[i] ?? null);
+    if (bereft) document.querySelector('h1')?.focus({preventScroll: true});
+  }
+
+  // Whether it is another one now. A row that says the same stays the same element, with the focus that it may have.
+  row(i, facts, make) {
+    const key = JSON.stringify(facts || null);
+    if (this.rows[i].key === key) return false;
+    this.rows[i] = {key, element: facts ? make() : null};
+    return true;
   }
 
   chip() {

@@ -6,9 +6,9 @@ import {fill, h} from './dom.js';
 import {short, span} from './format.js';
 import {factsOf, linkOf, PortsDrawing} from './ports.js';
 import {series} from './series.js';
+import {Shares} from './shares.js';
 import {Table} from './tables.js';
 
-const SELDOM = 10;
 const PORTS = ['lan', 'wan', 'management'];
 
 const CHARTS = [
@@ -28,31 +28,36 @@ function engineWords(engine) {
 
 export class DashboardView {
   constructor(body) {
-    this.every = 2;
-    this.beat = 0;
+    this.every = 10;
     this.ports = new PortsDrawing();
     this.facts = h('dl', {class: 'facts'});
     this.charts = CHARTS.map((row) => new Chart(...row));
-    this.shares = h('section', {class: 'chart wide', 'aria-label': 'Share of the classes'});
+    this.shares = new Shares();
     this.rules = new Table('/rules');
     this.links = {};
-    fill(body, [this.ports.element, this.facts, h('div', {class: 'charts'}, this.charts.map((chart) => chart.element), this.shares)]);
+    fill(body, [this.ports.element, this.facts, h('div', {class: 'charts'}, this.charts.map((chart) => chart.element), this.shares.element)]);
+    this.heard = () => this.draw();
+    series.addEventListener('sample', this.heard);
   }
 
   close() {
+    series.removeEventListener('sample', this.heard);
     this.ports.close();
     for (const chart of this.charts) chart.close();
   }
 
   async refresh() {
-    const background = {background: true};
-    const statistics = await get('/statistics', background);
-    if (!this.around || ++this.beat % SELDOM === 0) await this.lookRound(background);
-    const sample = series.add(statistics);
-    this.ports.show(factsOf({...this.around, links: this.links, engine: engineWords(this.around.engine)}), sample);
+    await this.lookRound({background: true});
+    this.draw();
+  }
+
+  draw() {
     for (const chart of this.charts) chart.show(series.samples);
+    const {statistics} = series;
+    if (!statistics || !this.around) return;
+    this.ports.show(factsOf({...this.around, links: this.links, engine: engineWords(this.around.engine)}), series.latest);
     this.showFacts(statistics);
-    this.showShares(statistics.qos);
+    this.shares.show(statistics.qos, this.rules.rows);
   }
 
   async lookRound(background) {
@@ -78,26 +83,6 @@ export class DashboardView {
       ['Sessions refused', statistics.totalTcpSessionRequestsFailed], ['Sessions timed out', statistics.totalTcpSessionsTimedOut],
       ['Bad checksums', statistics.totalTcpSegmentsBadChecksum], ['Saved by compression', savedOf(statistics)]];
     fill(this.facts, rows.map(([name, value, bad]) => h('div', {}, h('dt', {}, name), h('dd', {class: bad ? 'bad' : ''}, String(value)))));
-  }
-
-  showShares(qos) {
-    const classes = qos.filter((row) => /^WAN \d$/.test(row.class));
-    const all = classes.reduce((sum, row) => sum + row.bytes, 0);
-    const rows = classes.map((row) => this.share(row, all));
-    fill(this.shares, [h('div', {class: 'chart-head'}, h('h2', {}, 'Share of the rules, by the class that they give'),
-      h('p', {class: 'now'}, all ? `${short(all, 'B')} sent to the WAN` : 'nothing sent to the WAN yet')),
-      h('table', {class: 'shares'}, h('thead', {}, h('tr', {}, ['Class', 'Rules', 'Share', '', 'Now', 'Sessions', 'Dropped'].map((name, i) =>
-        h('th', {scope: 'col', class: i === 1 || i > 2 ? 'number' : ''}, name)))), h('tbody', {}, rows))]);
-  }
-
-  share(row, all) {
-    const number = Number(row.class.slice(4));
-    const rules = this.rules.rows.filter((rule) => rule.priority === number).length;
-    const percent = all ? Math.round((100 * row.bytes) / all) : 0;
-    return h('tr', {}, h('th', {scope: 'row'}, String(number)), h('td', {class: 'number'}, String(rules)),
-      h('td', {class: 'meter'}, h('meter', {min: 0, max: 100, value: percent, 'aria-label': `share of class ${number}`}, `${percent} %`)),
-      h('td', {class: 'number'}, `${percent} %`), h('td', {class: 'number'}, short(row.current, 'bit/s')),
-      h('td', {class: 'number'}, String(row.sessions)), h('td', {class: 'number'}, String(row.drops)));
   }
 }
 

@@ -7,6 +7,7 @@ import {byId, h} from './dom.js';
 import {showDoor} from './door.js';
 import {Frame} from './frame.js';
 import {logOut, resume, session} from './session.js';
+import {series} from './series.js';
 import {showTray} from './tray.js';
 
 const main = byId('main');
@@ -15,6 +16,7 @@ const bar = new Bar(byId('bar'));
 showTray(byId('tray'));
 
 function outside(reason) {
+  series.stop();
   bar.stop();
   frame.close();
   document.body.className = 'outside';
@@ -26,6 +28,7 @@ function inside() {
   document.body.className = '';
   frame.open();
   bar.start();
+  series.start();
 }
 
 async function leave() {

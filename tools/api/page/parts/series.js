@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the counters did over time. The page keeps an hour of it, also over a reload.
+// What the counters did over time, whatever is looked at. The page keeps an hour of it, also over a reload.
+import {get} from './api.js';
+
 const PLACE = 'kestrove-series';
-const KEPT = 1800;
+const EVERY = 2000;
+const KEPT = 3600000 / EVERY;
+const WRITTEN = 15; // samples
 
 const zero = {bytesSent: 0, bytesReceived: 0, dropsSent: 0, dropsReceived: 0};
 const portOf = (statistics, name) => statistics.interfaces.find((port) => port.interface === name) ?? zero;
@@ -22,15 +26,44 @@ function totals(statistics) {
 const SILENT = 90000;
 const best = (one, other) => (one === null && !other ? one : Math.max(one ?? 0, other));
 
-export class Series {
+// "sample" is what it dispatches.
+export class Series extends EventTarget {
   constructor() {
+    super();
     this.samples = [];
     this.moved = {};
+    this.written = 0;
+    addEventListener('pagehide', () => this.keep());
     try {
-      const newest = Date.now() - KEPT * 2000;
+      const newest = Date.now() - KEPT * EVERY;
       this.samples = JSON.parse(sessionStorage.getItem(PLACE) ?? '[]').filter((one) => one.at > newest);
     } catch { /* none are kept */ }
   }
+
+  start() {
+    this.timer = setInterval(() => this.ask(), EVERY);
+    return this.ask();
+  }
+
+  stop() {
+    clearInterval(this.timer);
+    this.moved = {};
+  }
+
+  // A reply that takes long is no reason for a second question.
+  async ask() {
+    if (this.asking) return;
+    this.asking = true;
+    try {
+      this.statistics = await get('/statistics', {background: true});
+      this.add(this.statistics);
+      this.dispatchEvent(new Event('sample'));
+    } catch { /* a gap */ } finally {
+      this.asking = false;
+    }
+  }
+
+  get latest() { return this.samples.at(-1); }
 
   add(statistics, at = Date.now()) {
     if (statistics.accumulatedIntervals !== this.reports) Object.assign(this, {reports: statistics.accumulatedIntervals, heard: at});
@@ -40,7 +73,7 @@ export class Series {
     for (const [row, side] of [['WAN', 'wan'], ['LAN', 'lan']]) this.addQueue(sample, statistics, row, side, reporting);
     this.samples.push(sample);
     if (this.samples.length > KEPT) this.samples.shift();
-    this.keep();
+    if (++this.written % WRITTEN === 1) this.keep();
     return sample;
   }
 
@@ -64,7 +97,7 @@ export class Series {
 
   keep() {
     try {
-      sessionStorage.setItem(PLACE, JSON.stringify(this.samples.slice(-600)));
+      sessionStorage.setItem(PLACE, JSON.stringify(this.samples));
     } catch { /* a full place keeps nothing */ }
   }
 }
