@@ -228,6 +228,7 @@ TEST_F(CommandsTest, BatchNamesTheOperationThatFailed) {
   EXPECT_EQ(207, reply.status) << reply.body;
   EXPECT_EQ(1, jsonOf(reply)["failed"]);
   EXPECT_EQ(SHM_ERANGE, jsonOf(reply)["results"][1]["body"]["error"]["code"]);
+  EXPECT_EQ(jsonOf(reply)["error"], jsonOf(reply)["results"][1]["body"]["error"]);
   EXPECT_EQ(4096000u, shm->config.wanLinkRate) << "nothing behind it is done";
   reply = send({put("1"), put("5120000")});
   EXPECT_EQ(422, reply.status);
@@ -236,6 +237,32 @@ TEST_F(CommandsTest, BatchNamesTheOperationThatFailed) {
   EXPECT_THAT(reply.body, HasSubstr("operation 1"));
   EXPECT_EQ(4096000u, shm->config.wanLinkRate) << "all are looked at first";
   EXPECT_EQ(400, send({Json{{"method", "POST"}, {"path", "/batch"}, {"body", Json::object()}}}).status);
+}
+
+TEST_F(CommandsTest, OperationOfABatchIsMadeOnlyWhileItsTableIsWhatItSays) {
+  const std::string tag = ask("GET", "/items/wanLinkRate").header("ETag");
+  Json operation = {
+      {"method", "PUT"}, {"path", "/items/wanLinkRate"}, {"body", {{"value", 4096000}}}, {"ifMatch", tag}};
+  EXPECT_EQ(200, ask("POST", "/batch", {{"operations", {operation}}}).status);
+  operation["body"]["value"] = 5120000;
+  EXPECT_EQ(412, ask("POST", "/batch", {{"operations", {operation}}}).status);
+  EXPECT_EQ(4096000u, shm->config.wanLinkRate);
+  EXPECT_EQ(400, askIf(tag, "POST", "/batch", {{"operations", {operation}}}).status) << "the whole has no tag";
+  EXPECT_EQ(400, askIf(tag, "POST", "/preview", operation).status);
+}
+
+TEST_F(CommandsTest, BatchThatIsToBeConfirmedIsConfirmedAsAWhole) {
+  shm->config.compression = SHM_ON;
+  const uint32_t before = shm->config.wanLinkRate;
+  const auto put = [](const char* item, const char* value) {
+    return Json{{"method", "PUT"}, {"path", std::string("/items/") + item}, {"body", {{"value", value}}}};
+  };
+  const Json operations = {put("wanLinkRate", "4096000"), put("compression", "off")};
+  const api::Reply reply = ask("POST", "/batch", {{"operations", operations}}, {{"confirm", "5"}});
+  ASSERT_EQ(200, reply.status) << reply.body;
+  EXPECT_EQ(200, ask("DELETE", "/confirm").status);
+  EXPECT_EQ(before, shm->config.wanLinkRate);
+  EXPECT_EQ(SHM_ON, shm->config.compression);
 }
 
 TEST_F(CommandsTest, ChangeThatTheFileDoesNotHaveSaysSo) {

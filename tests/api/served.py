@@ -47,8 +47,8 @@ class Browser:
         text = reply.read()
         return reply.status, json.loads(text) if text else None
 
-    def log_in(self):
-        reply = self.open("POST", "/session", {"user": "alice", "password": PASSWORD})
+    def log_in(self, user="alice"):
+        reply = self.open("POST", "/session", {"user": user, "password": PASSWORD})
         facts = json.loads(reply.read())
         assert reply.status == 201, facts
         self.headers = {"Cookie": reply.headers["Set-Cookie"].split(";")[0], "X-CSRF-Token": facts["csrf"]}
@@ -67,8 +67,8 @@ def appliance():
     ctl("user", "add", "alice", "--admin", given=PASSWORD + "\n")
 
 
-def serve(*options):
-    server = subprocess.Popen([PROGRAM, *options])
+def serve(*options, complaints=None):
+    server = subprocess.Popen([PROGRAM, *options], stderr=complaints)
     wait_for("the server answers", answers)
     return server
 

@@ -32,16 +32,31 @@ Json resultOf(const Reply& reply) {
   return {{"status", reply.status}, {"body", Json::parse(reply.body, nullptr, false)}};
 }
 
+// The refusal stands where that of every other request does, too.
+Json failureOf(size_t failed, const Json& results) {
+  Json made = {{"failed", failed}};
+  const Json& body = results.back()["body"];
+  if (body.is_object() && body.contains("error")) made["error"] = body["error"];
+  made["results"] = results;
+  return made;
+}
+
 }  // namespace
 
 Reply batch(const Request& request, const Caller& caller) {
   Json results = Json::array();
-  for (const Operation& operation : operationsOf(request, caller)) {
+  bool waits = false;
+  std::vector<Operation> operations = operationsOf(request, caller);
+  for (Operation& operation : operations) {
+    // Behind the first change that waits for its confirmation they wait with it: what is taken back is the whole.
+    if (waits) operation.request.query.erase("confirm");
     const Reply reply = inOwnProcess([&] { return carryOut(operation.request, operation.route, caller); });
     results.push_back(resultOf(reply));
+    const Json& body = results.back()["body"];
+    waits = waits || (body.is_object() && body.contains("confirm"));
     if (reply.status < 300 && reply.status != 207) continue;
     const size_t failed = results.size() - 1;
-    return jsonReply(failed == 0 ? reply.status : 207, {{"failed", failed}, {"results", results}});
+    return jsonReply(failed == 0 ? reply.status : 207, failureOf(failed, results));
   }
   return jsonReply(200, {{"failed", nullptr}, {"results", results}});
 }

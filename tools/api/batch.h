@@ -6,8 +6,8 @@
 
 namespace api {
 
-// {"results": [...], "failed": NUMBER or null}: what each gave. 200 where all went well, the status of the first that
-// failed where nothing was done before it, 207 otherwise.
+// {"failed": NUMBER or null, "error": ..., "results": [...]}: what each gave, and the refusal of the one that failed.
+// 200 where all went well, the status of the first that failed where nothing was done before it, 207 otherwise.
 Reply batch(const Request& request, const Caller& caller);
 
 }  // namespace api

@@ -14,6 +14,8 @@ constexpr char kMode[] = "mode show";
 constexpr char kInterfaces[] = "interface list";
 constexpr char kSettings[] = "settings running";
 
+constexpr char kSessionShape[] = "{user, role: \"admin\"|\"read\", csrf?, secondsLeft?: number}";
+
 Field word(const char* name, const char* type, const char* help) { return {name, Form::kWord, "", type, true, help}; }
 Field option(const char* name, const char* option, const char* type, const char* help) {
   return {name, Form::kOption, option, type, false, help};
@@ -380,11 +382,23 @@ std::vector<Endpoint> operationRows() {
            {{"operations", Form::kWord, "", "array", true, "Each with method, path and body"}},
            "",
            "",
-           "batch"}};
+           "batch",
+           200,
+           "{failed: number|null, error?: @reason, results: [{status: number, body: any}]}"}};
 }
 
 std::vector<Endpoint> sessionRows() {
-  return {{"GET", "", Right::kNone, "", "Whether changes by the web are switched on", {}, "", "", "about"},
+  return {{"GET",
+           "",
+           Right::kNone,
+           "",
+           "Whether changes by the web are switched on",
+           {},
+           "",
+           "",
+           "about",
+           200,
+           "{api: number, version, enabled: bool}"},
           {"POST",
            "/session",
            Right::kNone,
@@ -395,9 +409,10 @@ std::vector<Endpoint> sessionRows() {
            "",
            "",
            "log-in",
-           201},
-          {"GET", "/session", Right::kRead, "", "Who is logged in", {}, "", "", "session"},
-          {"DELETE", "/session", Right::kRead, "", "Log out", {}, "", "", "log-out"}};
+           201,
+           kSessionShape},
+          {"GET", "/session", Right::kRead, "", "Who is logged in", {}, "", "", "session", 200, kSessionShape},
+          {"DELETE", "/session", Right::kRead, "", "Log out", {}, "", "", "log-out", 200, "@done"}};
 }
 
 std::vector<Endpoint> allRows() {

@@ -43,6 +43,7 @@ struct Endpoint {
   const char* pick = "";     // of a list the one row whose member of this name is the path's last part
   const char* special = "";  // what the program does itself: "log-in", "batch", "stream", ...
   int done = 200;            // the status of a success
+  const char* result = "";   // the shape of what the program does itself; a command has its own
 
   bool reads() const { return std::string(method) == "GET"; }
   bool takesSecret() const {

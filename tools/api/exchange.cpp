@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 
 #include "tools/api/plan.h"
 #include "tools/api/router.h"
@@ -91,7 +90,7 @@ ssize_t readStream(void* closure, uint64_t, char* buffer, size_t size) {
     return 0;
   }
   const size_t length = std::min(size, exchange.unsent.size());
-  memcpy(buffer, exchange.unsent.data(), length);
+  std::copy_n(exchange.unsent.data(), length, buffer);
   exchange.unsent.erase(0, length);
   return static_cast<ssize_t>(length);
 }

@@ -61,11 +61,12 @@ Reply told(const std::function<Reply()>& work) {
 }
 
 Plan working(std::function<Reply()> work, bool own) {
-  return {.reply = {}, .work = [work] { return told(work); }, .own = own};
+  return {.reply = {}, .work = [made = std::move(work)] { return told(made); }, .own = own};
 }
 
 Plan special(const Request& request, const Route& route, const Caller& caller) {
   const std::string name = route.endpoint->special;
+  if (!route.endpoint->reads() && request.has("if-match")) throw Failure(400, "the resource has no ETag to match");
   if (name == "session") return {.reply = sessionReply(caller)};
   if (name == "log-out") return working([=] { return logOut(caller); }, true);
   if (name == "stream") {
