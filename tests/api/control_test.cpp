@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is done to the appliance as a whole, and what is said when something fails.
+#include <cstring>
+#include <limits>
+
 #include "tests/api/api_fixture.h"
 #include "tests/support/peer.h"
 #include "tests/support/recorder.h"
+#include "tools/ctl/settings/lines.h"
 
 namespace kestrove::testing {
 namespace {
@@ -128,6 +132,31 @@ TEST_F(ControlTest, WhatChangesNothingOrTakesAPasswordHasNoPreview) {
   EXPECT_EQ(400, ask("POST", "/preview").status);
 }
 
+TEST_F(ControlTest, AScriptMayHaveAllRules) {
+  FilterRule rule = {};
+  memset(&rule, 0xff, sizeof rule);
+  rule.ipVersion = SHM_FAMILY_IPV6;
+  for (int32_t* number : {&rule.srcPort, &rule.srcPortEnd, &rule.destPort, &rule.destPortEnd, &rule.priority}) {
+    *number = std::numeric_limits<int32_t>::min();
+  }
+  rule.srcPortEnd = rule.destPortEnd = rule.bandwidth = std::numeric_limits<int32_t>::max();
+  EXPECT_LT(SHM_RULES * (ctl::ruleLine(rule).size() + strlen("\\n")), 3u << 20);
+}
+
+// Only of who may apply it.
+TEST_F(ControlTest, AScriptIsLongerThanOtherBodies) {
+  std::string lines;
+  while (lines.size() < 2 << 20) lines += "# " + std::string(1000, 'x') + "\n";
+  const Json script = {{"script", lines}, {"check", true}};
+  EXPECT_EQ(200, ask("POST", "/apply", script).status);
+  EXPECT_NE(413, ask("POST", "/preview", {{"method", "POST"}, {"path", "/apply"}, {"body", script}}).status);
+  EXPECT_EQ(413, ApiTest::ask(guest_, "POST", "/apply", script).status);
+  EXPECT_EQ(413, ask("POST", "/save", script).status);
+  EXPECT_EQ(413, api::answer(request("POST", "/apply", script)).status);
+  shm->config.httpOperState = SHM_OFF;
+  EXPECT_EQ(413, ask("POST", "/apply", script).status);
+}
+
 // A member for a person, one for a program; the library's code and the system's where there was one.
 TEST_F(ControlTest, EveryRefusalHasTheSameShape) {
   const std::pair<int, api::Reply> kRefusals[] = {{400, ask("POST", "/rules", {{"nothing", 1}})},
@@ -135,7 +164,7 @@ TEST_F(ControlTest, EveryRefusalHasTheSameShape) {
                                                   {403, ApiTest::ask(guest_, "POST", "/save")},
                                                   {404, ask("GET", "/nothing")},
                                                   {405, ask("PATCH", "/rules")},
-                                                  {413, ask("POST", "/apply", {{"script", std::string(1 << 20, '#')}})},
+                                                  {413, ask("POST", "/apply", {{"script", std::string(4 << 20, '#')}})},
                                                   {422, ask("PUT", "/items/wanLinkRate", {{"value", 1}})}};
   for (const auto& [status, reply] : kRefusals) {
     EXPECT_EQ(status, reply.status) << reply.body;

@@ -147,6 +147,8 @@ def PreviewTriesAChangeOnACopy():
     assert [one["path"] for one in mode["files"]] == ["/etc/config/kestrove.conf"], mode
     script = preview("POST", "/apply", {"script": "set wanLinkRate 4096000\n"})
     assert script["exit"] == 0 and "4096" in json.dumps(script["store"]), script
+    script = preview("POST", "/apply", {"script": "# a long script\n" * 100000 + "set wanLinkRate 4096000\n"})
+    assert script["exit"] == 0 and "4096" in json.dumps(script["store"]), script
     assert preview("PUT", "/items/wanLinkRate", {"value": 1})["exit"] == 1
     assert ctl("dump") == store and pathlib.Path("/etc/config/kestrove.conf").read_text() == file
     assert not list(pathlib.Path("/tmp").glob("kestrovectl-*"))
@@ -202,7 +204,8 @@ def BrowserComesInThroughTheWebServer():
     line = stream.readline()
     while not line.startswith(b"data: "):
         line = stream.readline()
-    reply = browser.open("POST", "/apply", {"script": "#" * (1 << 20)})
+    assert browser.ask("POST", "/apply", {"script": "# a long script\n" * 100000, "check": True})[0] == 200
+    reply = browser.open("POST", "/apply", {"script": "#" * (4 << 20)})
     assert reply.status == 413, reply.status
 
 

@@ -16,6 +16,7 @@ struct Exchange {
   MHD_Connection* connection;
   Request request;
   bool heard = false;                 // whole
+  size_t most = 0;                    // that its body may have, once that matters
   bool tooLong = false;               // its body
   std::optional<OwnProcess> process;  // while it is carried out elsewhere; the connection sleeps meanwhile
   std::optional<Reply> reply;

@@ -90,25 +90,66 @@ bool lasts(const ShmData& store, const Route& route) {
   return std::ranges::count(kLong, path) > 0;
 }
 
+bool isFor(const Request& request, const char* method, const std::string& path) {
+  return request.method == method && request.path == kPrefix + path;
+}
+
+bool takesScript(const Request& request) {
+  return isFor(request, "POST", "/apply") || isFor(request, "POST", "/preview");
+}
+
+void requireOwnWay(const Request& request, const Settings& settings, const ShmData& store) {
+  requireHost(request, store, settings.names);
+  requireOwnPage(request);
+}
+
+void requireSwitchedOn(const ShmData& store) {
+  if (store.config.httpOperState == SHM_ON) return;
+  throw Failure(403, "the web interface is switched off (httpOperState)", ctl::kNotPermitted);
+}
+
+struct Admitted {
+  Caller caller;
+  Route route;
+};
+
+Admitted admit(const Request& request, const ShmData& store) {
+  Admitted made = {callerOf(request, store), routeOf(request.method, request.path)};
+  requireRight(request, made.caller, made.route.endpoint->right);
+  return made;
+}
+
+size_t longestBodyOn(const ShmData& store, const Request& request, const Settings& settings) {
+  if (!takesScript(request)) return kLongestBody;
+  try {
+    requireOwnWay(request, settings, store);
+    requireSwitchedOn(store);
+    admit(request, store);
+    return kLongestScript;
+  } catch (const Failure&) {
+    return kLongestBody;
+  }
+}
+
 void requireSound(const Request& request) {
   if (!request.fault.empty()) throw Failure(400, request.fault);
-  if (request.body.size() > kLongestBody) throw Failure(413, "a body has 1 MiB at most");
+}
+
+void requireLength(const Request& request, const Settings& settings, const ShmData& store) {
+  if (request.body.size() <= kLongestBody) return;
+  const size_t most = longestBodyOn(store, request, settings);
+  if (request.body.size() > most) throw Failure(tooLong(most));
 }
 
 Plan planned(const Request& request, const Settings& settings, const ShmData& store) {
-  requireHost(request, store, settings.names);
-  requireOwnPage(request);
-  const bool isAbout = request.method == "GET" && request.path == kPrefix;
-  if (isAbout) return {.reply = about(store)};
-  if (store.config.httpOperState != SHM_ON) {
-    throw Failure(403, "the web interface is switched off (httpOperState)", ctl::kNotPermitted);
-  }
-  if (request.method == "POST" && request.path == std::string(kPrefix) + "/session") {
-    return working([request] { return logIn(request); }, true);
-  }
-  const Caller caller = callerOf(request, store);
-  const Route route = routeOf(request.method, request.path);
-  requireRight(request, caller, route.endpoint->right);
+  requireLength(request, settings, store);
+  requireOwnWay(request, settings, store);
+  if (request.method == "GET" && request.path == kPrefix) return {.reply = about(store)};
+  requireSwitchedOn(store);
+  if (isFor(request, "POST", "/session")) return working([request] { return logIn(request); }, true);
+  const Admitted admitted = admit(request, store);
+  const Caller& caller = admitted.caller;
+  const Route& route = admitted.route;
   if (*route.endpoint->special) return special(request, route, caller);
   if (std::optional<Reply> known = knownReply(request, route)) return {.reply = std::move(known)};
   const bool own = !route.endpoint->reads() || lasts(store, route);
@@ -126,6 +167,18 @@ Plan planFor(const std::function<Plan()>& make) {
 }
 
 }  // namespace
+
+Reply tooLong(size_t most) {
+  return errorReply(413, {ctl::kUsage, "a body has " + std::to_string(most >> 20) + " MiB at most"});
+}
+
+size_t longestBody(const Request& request, const Settings& settings) {
+  try {
+    return longestBodyOn(presentStore(), request, settings);
+  } catch (const std::exception&) {  // no store
+    return kLongestBody;
+  }
+}
 
 Plan plan(const Request& request, const Settings& settings) {
   return planFor([&] {

@@ -13,6 +13,7 @@
 namespace api {
 
 constexpr size_t kLongestBody = 1 << 20;
+constexpr size_t kLongestScript = 4 << 20;  // all rules with all they can have are less than three
 
 struct Settings {
   std::vector<std::string> names;  // by which the appliance is called beside its own
@@ -23,6 +24,12 @@ struct Plan {
   std::function<Reply()> work = {};  // otherwise; never throws
   bool own = false;                  // in a process of its own: it changes something, or lasts
 };
+
+// What the body of a request may have: a script is long, and is taken from nobody who may not apply it.
+size_t longestBody(const Request& request, const Settings& settings);
+
+// 413: that is what it may have.
+Reply tooLong(size_t most);
 
 // Looks at the request alone, and at the store without its lock.
 Plan plan(const Request& request, const Settings& settings);

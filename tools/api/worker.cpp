@@ -213,11 +213,10 @@ MHD_Result Worker::hear(MHD_Connection* connection, const char* path, const char
     exchanges_.insert(exchange);
     *place = exchange;
     if (!announcesTooMuch(exchange->request)) return MHD_YES;
-    return give(connection, errorReply(413, {ctl::kUsage, "a body has 1 MiB at most"}));
+    return give(connection, tooLong(kLongestBody));
   }
   if (*size > 0) {
-    exchange->tooLong = exchange->tooLong || exchange->request.body.size() + *size > kLongestBody;
-    if (!exchange->tooLong) exchange->request.body.append(data, *size);
+    takeBody(*exchange, {data, *size});
     *size = 0;
     return MHD_YES;
   }
@@ -227,9 +226,18 @@ MHD_Result Worker::hear(MHD_Connection* connection, const char* path, const char
   return begin(*exchange);
 }
 
+// What is too long is dropped until its end: the web server in front hears no answer before.
+void Worker::takeBody(Exchange& exchange, std::string_view part) const {
+  std::string& body = exchange.request.body;
+  const size_t size = body.size() + part.size();
+  if (size > kLongestBody && exchange.most == 0) exchange.most = longestBody(exchange.request, settings_);
+  exchange.tooLong = exchange.tooLong || (size > kLongestBody && size > exchange.most);
+  if (!exchange.tooLong) body.append(part);
+}
+
 MHD_Result Worker::begin(Exchange& exchange) {
   if (exchange.tooLong) {
-    exchange.reply = errorReply(413, {ctl::kUsage, "a body has 1 MiB at most"});
+    exchange.reply = tooLong(exchange.most);
     return reply(exchange);
   }
   Plan made = plan(exchange.request, settings_);

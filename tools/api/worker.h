@@ -32,6 +32,7 @@ class Worker {
   void look();
   void tellNews();
   void endOld();
+  void takeBody(Exchange& exchange, std::string_view part) const;
   MHD_Result begin(Exchange& exchange);
   MHD_Result reply(Exchange& exchange);
   MHD_Result workElsewhere(Exchange& exchange, const Plan& plan);
