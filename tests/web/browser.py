@@ -48,6 +48,9 @@ class Page:
         self.driver.set_window_rect(0, 0, width, HEIGHT)
         lost = width - self.run("return window.innerWidth")
         self.driver.set_window_rect(0, 0, width + lost, HEIGHT)
+        if self.name == "firefox":  # whose window is 500 wide at least
+            self.driver.command_executor.be_wide(width)
+        self.until(f"{width} wide", lambda: self.run("return window.innerWidth") == width)
         self.width = width
 
     def be_coloured(self, scheme):

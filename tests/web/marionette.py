@@ -80,9 +80,17 @@ class Marionette:
 
     def prefer(self, name, number):
         """A setting of the browser itself, from now on."""
+        self.in_the_browser("Services.prefs.setIntPref(...arguments)", name, number)
+
+    def be_wide(self, width):
+        """What shows the page, within a window that may be wider."""
+        self.in_the_browser("for (const name of ['width', 'min-width', 'max-width'])"
+                            " gBrowser.selectedBrowser.style.setProperty(name, `${arguments[0]}px`)", width)
+
+    def in_the_browser(self, script, *given):
         error, _ = self.send("Marionette:SetContext", {"value": "chrome"})
         assert not error, error
-        error, _ = self.send("WebDriver:ExecuteScript", {"script": "Services.prefs.setIntPref(...arguments)", "args": [name, number]})
+        error, _ = self.send("WebDriver:ExecuteScript", {"script": script, "args": list(given)})
         assert not error, error
         self.send("Marionette:SetContext", {"value": "content"})
 
