@@ -45,11 +45,13 @@ class Page:
         """The frame of a window is not the page's; neither browser makes a window of 360 without it."""
         if self.width == width:
             return
-        self.driver.set_window_rect(0, 0, width, HEIGHT)
-        lost = width - self.run("return window.innerWidth")
-        self.driver.set_window_rect(0, 0, width + lost, HEIGHT)
-        if self.name == "firefox":  # whose window is 500 wide at least
+        if self.name == "firefox":  # whose window is 500 wide at least: what is in it is made narrower
+            self.driver.set_window_rect(0, 0, max(width, 500), HEIGHT)
             self.driver.command_executor.be_wide(width)
+        else:
+            self.driver.set_window_rect(0, 0, width, HEIGHT)
+            lost = width - self.run("return window.innerWidth")
+            self.driver.set_window_rect(0, 0, width + lost, HEIGHT)
         self.until(f"{width} wide", lambda: self.run("return window.innerWidth") == width)
         self.width = width
 
@@ -181,7 +183,10 @@ class Page:
 
     def fits(self):
         wide = self.run("return [document.documentElement.scrollWidth, window.innerWidth]")
-        assert wide[0] <= wide[1], f"scrolls sideways: {wide} at {self.run('return location.hash')}"
+        if wide[0] > wide[1]:
+            out = self.run("return [...document.querySelectorAll('body *')].filter(e => e.getBoundingClientRect().right > innerWidth)"
+                           ".map(e => `${e.localName}.${e.getAttribute('class')}`)")
+            assert False, f"scrolls sideways: {wide} at {self.run('return location.hash')}: {out}"
 
     def complaints(self):
         """What the browser itself had to say: broken modules, what the policy forbids."""
