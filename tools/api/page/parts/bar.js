@@ -6,6 +6,7 @@ import {byId, fill, h} from './dom.js';
 import {diffView} from './diff_view.js';
 import {openDialog} from './dialog.js';
 import {counted, countdown} from './format.js';
+import {released} from './pointer.js';
 import {session} from './session.js';
 
 const CONFIRM = 2;
@@ -50,6 +51,7 @@ export class Bar {
     this.looking = true;
     try {
       await this.ask(whole);
+      await released();
       this.draw();
     } catch { /* the view says that the appliance does not answer */ } finally {
       this.looking = false;

@@ -3,6 +3,7 @@
 import {basket} from './basket.js';
 import {drafted} from './draft.js';
 import {fill, h} from './dom.js';
+import {redraw} from './redraw.js';
 import {session} from './session.js';
 import {act, smallTable} from './small_table.js';
 import {Table} from './tables.js';
@@ -36,7 +37,7 @@ export class CollectedTable {
       problem: (one) => basket.problems.get(one.entry),
       acts: session.changes ? (one) => this.actsOf(one) : null,
     });
-    fill(this.place, [list.length ? table : h('p', {class: 'empty'}, this.words.none)]);
+    redraw(this.place, [list.length ? table : h('p', {class: 'empty'}, this.words.none)]);
   }
 
   actsOf(one) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Dialogs: the browser keeps the focus inside and gives it back.
 import {freshId, h} from './dom.js';
+import {alike} from './redraw.js';
 
 export function openDialog(title, content, {kind = ''} = {}) {
   const id = freshId('dialog');
@@ -8,7 +9,8 @@ export function openDialog(title, content, {kind = ''} = {}) {
   const before = document.activeElement;
   dialog.addEventListener('close', () => {
     dialog.remove();
-    (before?.isConnected && before !== document.body ? before : document.querySelector('h1'))?.focus({preventScroll: true});
+    const there = before?.isConnected ? before : before && alike(before);
+    (there && there !== document.body ? there : document.querySelector('h1'))?.focus({preventScroll: true});
   });
   document.body.append(dialog);
   dialog.showModal();

@@ -6,6 +6,8 @@ import {openDialog} from './dialog.js';
 import {fill, h} from './dom.js';
 import {field, text} from './field.js';
 import {moment} from './format.js';
+import {released} from './pointer.js';
+import {redraw} from './redraw.js';
 import {session} from './session.js';
 import {act, smallTable} from './small_table.js';
 
@@ -30,7 +32,8 @@ export class HistoryView {
     const shown = JSON.stringify(this.rows);
     if (shown === this.shown) return;
     this.shown = shown;
-    fill(this.place, [this.rows.length ? smallTable('Changes made, newest first', COLUMNS, this.rows, {acts: (row) => this.actsOf(row)})
+    await released();
+    redraw(this.place, [this.rows.length ? smallTable('Changes made, newest first', COLUMNS, this.rows, {acts: (row) => this.actsOf(row)})
       : h('p', {class: 'empty'}, 'Nothing was changed yet through the page or kestrovectl.')]);
   }
 

@@ -8,6 +8,7 @@ import {fill, h} from './dom.js';
 import {field, tellProblem, text} from './field.js';
 import {counted} from './format.js';
 import {make, tryOut} from './making.js';
+import {redraw} from './redraw.js';
 
 class Review {
   constructor() {
@@ -34,7 +35,7 @@ class Review {
   }
 
   draw() {
-    fill(this.list, basket.entries.map((entry) => this.entry(entry)));
+    redraw(this.list, basket.entries.map((entry) => this.entry(entry)));
   }
 
   entry(entry) {

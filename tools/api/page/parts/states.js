@@ -4,6 +4,7 @@ import {say} from './announce.js';
 import {get, post} from './api.js';
 import {ask} from './dialog.js';
 import {fill, h} from './dom.js';
+import {redraw} from './redraw.js';
 import {session} from './session.js';
 import {act, smallTable} from './small_table.js';
 
@@ -34,7 +35,7 @@ export class StatesView {
     const key = JSON.stringify(rows);
     if (key === this.shown) return;
     this.shown = key;
-    fill(this.place, [rows.length ? smallTable('Saved states', COLUMNS, rows) : h('p', {class: 'empty'}, 'No state is saved.')]);
+    redraw(this.place, [rows.length ? smallTable('Saved states', COLUMNS, rows) : h('p', {class: 'empty'}, 'No state is saved.')]);
   }
 
   async showLost() {

@@ -3,6 +3,7 @@
 import {basket} from './basket.js';
 import {openDialog} from './dialog.js';
 import {fill, h} from './dom.js';
+import {redraw} from './redraw.js';
 import {field, text, tellProblem} from './field.js';
 import {moment} from './format.js';
 import {session} from './session.js';
@@ -43,7 +44,7 @@ export class UsersView {
     if (!this.table.tag) return;
     const fresh = basket.of('users').filter((entry) => entry.deed === 'add').map((entry) => ({...entry.row, collected: true}));
     const rows = [...this.table.rows, ...fresh];
-    fill(this.place, [smallTable('Users', COLUMNS, rows, {
+    redraw(this.place, [smallTable('Users', COLUMNS, rows, {
       kinds: (row) => { const entry = this.entryOf(row.name); return [entry ? 'touched' : '', entry?.deed === 'remove' ? 'gone' : ''].join(' ').trim(); },
       problem: (row) => basket.problems.get(this.entryOf(row.name)?.id),
       acts: session.changes ? (row) => this.actsOf(row) : null,
