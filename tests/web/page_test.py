@@ -7,13 +7,14 @@ import pathlib, sys, time, traceback
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 import appliance
+import hand_scenarios
 import look_scenarios
 import settings_scenarios
 import table_scenarios
 import way_scenarios
 from browser import Page
 
-SCENARIOS = {name: call for module in (way_scenarios, look_scenarios, settings_scenarios, table_scenarios)
+SCENARIOS = {name: call for module in (way_scenarios, look_scenarios, hand_scenarios, settings_scenarios, table_scenarios)
              for name, call in vars(module).items() if name[0].isupper() and callable(call) and call.__module__ == module.__name__}
 
 

@@ -14,7 +14,14 @@ export class Frame {
     this.view = null;
     addEventListener('kestrove-made', () => this.made());
     addEventListener('hashchange', () => this.shown && this.show());
+    this.measure(byId('foot'));
     byId('menu').addEventListener('click', () => this.menu(byId('menu').getAttribute('aria-expanded') !== 'true'));
+  }
+
+  // What lies under the foot is scrolled to above it.
+  measure(foot) {
+    const tell = () => document.documentElement.style.setProperty('--taken', `${foot.offsetHeight}px`);
+    new ResizeObserver(tell).observe(foot);
   }
 
   open() {
