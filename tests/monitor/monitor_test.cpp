@@ -2,10 +2,12 @@
 // The monitor itself: servers, its manager, its own helper, its end.
 #include <sys/shm.h>
 
+#include <cmath>
 #include <fstream>
 
 #include "tests/monitor/monitor_fixture.h"
 #include "tests/support/peer.h"
+#include "tests/support/recorder.h"
 #include "tests/support/records.h"
 #include "tests/tools/programs.h"
 #include "tools/monitor/clock.h"
@@ -290,6 +292,38 @@ TEST_F(MonitorProgramTest, AChangeThatWaitsForItsConfirmationIsSaidOnceAndSoIsIt
   ASSERT_EQ(0, ctl("confirm").status);
   EXPECT_TRUE(said("no change waits for a confirmation any more"));
   EXPECT_EQ(1, times("a change waits for its confirmation"));
+}
+
+// Hundredths of a second since the machine started, one for each start.
+std::vector<long> startsOf(const std::string& file) {
+  std::vector<long> times;
+  std::ifstream lines(file);
+  for (double time; lines >> time;) times.push_back(std::lround(time * 100));
+  return times;
+}
+
+TEST_F(MonitorProgramTest, AServerThatWillNotStartIsTriedMoreAndMoreSeldomAndRebootsNothing) {
+  writeFile("/tmp/fails", "#!/bin/sh\nread -r up idle </proc/uptime\necho \"$up\" >>/tmp/starts\nexit 1\n");
+  chmod("/tmp/fails", 0755);
+  start({"--task", "kestrove=", "--task", "statsd=/tmp/fails", "--first-delay", "100"});
+  ASSERT_TRUE(eventually([] { return startsOf("/tmp/starts").size() >= 6; }));
+  const std::vector<long> starts = startsOf("/tmp/starts");
+  long delay = 10;
+  for (size_t i = 1; i < 6; ++i, delay *= 2) EXPECT_GE(starts[i] - starts[i - 1], delay - 1) << "before start " << i;
+  EXPECT_THAT(programs(), ::testing::Not(::testing::Contains("/sbin/reboot")));
+}
+
+TEST_F(MonitorProgramTest, TheMetricsAreWrittenEvery15SecondsUnlessSomebodySaysOtherwise) {
+  monitor_ = std::make_unique<Program>(
+      Words{KESTROVE_MONITOR, "--folder", "/tmp/monitor", "--metrics", "/tmp/metrics.prom", "--task", "kestrove="});
+  const std::string words(
+      "--every\0"
+      "15\0",
+      11);
+  EXPECT_TRUE(eventually([&] {
+    const std::string file = "/proc/" + std::to_string(slot(SHM_TASK_MISC_MONITOR)) + "/cmdline";
+    return fileExists(file) && readFile(file).find(words) != std::string::npos;
+  }));
 }
 
 TEST(MonitorDelayTest, DoublesUpToItsLimitAndBeginsAnew) {
