@@ -124,6 +124,19 @@ def RequestThatComesByteByByteIsEnded():
     assert answers()
 
 
+def RequestThatItsSenderGivesUpIsEnded():
+    """Its end often comes together with the last bytes; a sender that is silent would be heard for 15 seconds."""
+    serve()
+    head = b"PUT /api/1/items/compression HTTP/1.1\r\nHost: localhost\r\n"
+    for sent in (b"", b"PUT /api", b"\r\n" * 1000, head, head + b"Content-Length: 50\r\n\r\n{}", head + b"Transfer-Encoding: chunked\r\n\r\nff\r\nx") * 10:
+        with socket.socket(socket.AF_UNIX) as raw:
+            raw.settimeout(10)
+            raw.connect(SOCKET)
+            raw.sendall(sent)
+            raw.shutdown(socket.SHUT_WR)
+            assert raw.recv(1) == b"", sent
+
+
 def ArchiveForSupportComesAndStaysNowhere():
     serve()
     reply = Browser().log_in().open("GET", "/support")
