@@ -97,6 +97,10 @@ def BodiesThatAreTooLongAreRefused():
                 assert raw.recv(65536).startswith(b"HTTP/1.1 413"), "too long"
             except ConnectionResetError:
                 pass
+    announced = {"Content-Length": str(17 << 20)}
+    for asker, path, most in ((browser, "/apply", 4), (browser, "/preview", 4), (browser, "/save", 1), (Browser(), "/apply", 1)):
+        status, reply = asker.ask("POST", path, headers=announced)
+        assert (status, reply["error"]["message"]) == (413, f"a body has {most} MiB at most"), (path, status, reply)
 
 
 def RequestThatComesByteByByteIsEnded():

@@ -221,7 +221,7 @@ MHD_Result Worker::hear(MHD_Connection* connection, const char* path, const char
     exchanges_.insert(exchange);
     *place = exchange;
     if (!announcesTooMuch(exchange->request)) return MHD_YES;
-    return give(connection, tooLong(kLongestBody));
+    return give(connection, tooLong(longestBody(exchange->request, settings_)));
   }
   if (*size > 0) {
     takeBody(*exchange, {data, *size});
