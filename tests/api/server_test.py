@@ -97,6 +97,10 @@ def BodiesThatAreTooLongAreRefused():
                 assert raw.recv(65536).startswith(b"HTTP/1.1 413"), "too long"
             except ConnectionResetError:
                 pass
+    announced = {"Content-Length": str(17 << 20)}
+    for asker, path, most in ((browser, "/apply", 4), (browser, "/preview", 4), (browser, "/save", 1), (Browser(), "/apply", 1)):
+        status, reply = asker.ask("POST", path, headers=announced)
+        assert (status, reply["error"]["message"]) == (413, f"a body has {most} MiB at most"), (path, status, reply)
 
 
 def RequestThatComesByteByByteIsEnded():
@@ -122,6 +126,19 @@ def RequestThatComesByteByByteIsEnded():
             except (BrokenPipeError, ConnectionResetError):
                 ended = True
     assert answers()
+
+
+def RequestThatItsSenderGivesUpIsEnded():
+    """Its end often comes together with the last bytes; a sender that is silent would be heard for 15 seconds."""
+    serve()
+    head = b"PUT /api/1/items/compression HTTP/1.1\r\nHost: localhost\r\n"
+    for sent in (b"", b"PUT /api", b"\r\n" * 1000, head, head + b"Content-Length: 50\r\n\r\n{}", head + b"Transfer-Encoding: chunked\r\n\r\nff\r\nx") * 10:
+        with socket.socket(socket.AF_UNIX) as raw:
+            raw.settimeout(10)
+            raw.connect(SOCKET)
+            raw.sendall(sent)
+            raw.shutdown(socket.SHUT_WR)
+            assert raw.recv(1) == b"", sent
 
 
 def ArchiveForSupportComesAndStaysNowhere():

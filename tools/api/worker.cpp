@@ -77,6 +77,12 @@ bool lockIsFree() {
   return false;
 }
 
+// Nothing more comes.
+bool isGivenUp(int connection) {
+  char next;
+  return recv(connection, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
+}
+
 Reply busy() {
   Reply reply = errorReply(503, {ctl::kLocked, "too much is going on; try again"});
   reply.headers.emplace_back("Retry-After", "1");
@@ -123,7 +129,8 @@ void Worker::wait() {
   }
   MHD_UNSIGNED_LONG_LONG milliseconds = 1000;
   if (MHD_get_timeout(daemon_, &milliseconds) != MHD_YES) milliseconds = 1000;
-  const auto most = static_cast<MHD_UNSIGNED_LONG_LONG>(streams() > 0 ? 1000 * kLookSeconds : 1000);
+  const bool looks = streams() > 0 || !waiting_.empty();
+  const auto most = static_cast<MHD_UNSIGNED_LONG_LONG>(looks ? 1000 * kLookSeconds : 1000);
   poll(ends.data(), ends.size(), static_cast<int>(std::min(milliseconds, most)));
 }
 
@@ -183,12 +190,13 @@ bool Worker::stillMay(const Exchange& exchange) const {
   return made.reply && made.reply->events;
 }
 
-// A request that comes byte by byte.
+// A request that comes byte by byte, or that its sender has given up: the library behind does not see an end that came
+// together with the last bytes.
 void Worker::endOld() {
   for (const auto& [connection, since] : waiting_) {
-    if (now() - since < kLongestRequest) continue;
     const MHD_ConnectionInfo* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
-    if (info) shutdown(info->connect_fd, SHUT_RDWR);
+    if (!info || (now() - since < kLongestRequest && !isGivenUp(info->connect_fd))) continue;
+    shutdown(info->connect_fd, SHUT_RDWR);
   }
 }
 
@@ -213,7 +221,7 @@ MHD_Result Worker::hear(MHD_Connection* connection, const char* path, const char
     exchanges_.insert(exchange);
     *place = exchange;
     if (!announcesTooMuch(exchange->request)) return MHD_YES;
-    return give(connection, tooLong(kLongestBody));
+    return give(connection, tooLong(longestBody(exchange->request, settings_)));
   }
   if (*size > 0) {
     takeBody(*exchange, {data, *size});
