@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The table of requests, held to the grammar; and what a request has to be at all.
 #include <sys/shm.h>
+#include <unistd.h>
 
 #include <set>
 
@@ -114,6 +115,18 @@ TEST_F(TableTest, WithoutAStoreThatIsSaid) {
   EXPECT_EQ(ctl::kNoStore, jsonOf(reply)["error"]["exit"]);
   EXPECT_EQ("there is no store (shm-init builds it)", jsonOf(reply)["error"]["message"]);
   makeStore();
+}
+
+TEST_F(TableTest, AStoreThatMayNotBeUsedIsNotTakenForNone) {
+  const Browser browser = browserOf("alice");
+  setStoreMode(0600);
+  shm_detach();
+  shm = nullptr;
+  ASSERT_EQ(0, seteuid(65534));
+  const api::Reply reply = ask(browser, "GET", "/rules");
+  ASSERT_EQ(0, seteuid(0));
+  EXPECT_EQ(503, reply.status);
+  EXPECT_EQ("the store: Permission denied", jsonOf(reply)["error"]["message"]);
 }
 
 TEST_F(TableTest, AnotherSystemsSegmentIsNoStore) {

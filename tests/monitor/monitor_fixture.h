@@ -42,10 +42,14 @@ class MonitorTest : public StoreTest {
   }
 
   // Without options the stand-in is its engine.
-  void start(Words options = {"--task", kEngine}) {
+  void start(const Words& options = {"--task", kEngine}) { monitor_ = std::make_unique<Program>(monitorWith(options)); }
+  void startWithout(const std::string& right) {
+    monitor_ = std::make_unique<Program>(withoutRight(right, monitorWith({"--task", kEngine})));
+  }
+  static Words monitorWith(const Words& options) {
     Words words = {KESTROVE_MONITOR, "--folder", "/tmp/monitor", "--metrics", "/tmp/metrics.prom", "--every", "1"};
     words.insert(words.end(), options.begin(), options.end());
-    monitor_ = std::make_unique<Program>(words);
+    return words;
   }
   static pid_t slot(int task) { return shm->taskPids[task]; }
   static pid_t engine() { return slot(SHM_TASK_ENGINE); }
@@ -57,10 +61,7 @@ class MonitorTest : public StoreTest {
   static bool said(const std::string& text) {
     return eventually([&] { return times(text) > 0; });
   }
-  static long times(const std::string& text) {
-    const auto lines = syslogLines();
-    return std::ranges::count_if(lines, [&](const std::string& line) { return line.find(text) != line.npos; });
-  }
+  static long times(const std::string& text) { return timesLogged(text); }
   static long events(uint32_t id) {
     const auto& log = shm->eventLog.record;
     return std::ranges::count_if(log, [&](const auto& record) { return record.eventId == id; });

@@ -169,6 +169,24 @@ TEST_F(MonitorProgramTest, AnotherSystemsSegmentIsNamed) {
   EXPECT_TRUE(said("the store is there"));
 }
 
+TEST_F(MonitorProgramTest, AStoreThatMayNotBeUsedIsNamedUntilItMay) {
+  setStoreMode(0);
+  startWithout("-ipc_owner");
+  EXPECT_TRUE(said("the store: Permission denied: the engine and the servers wait for one"));
+  setStoreMode(0600);
+  EXPECT_TRUE(said("the store is there"));
+  EXPECT_EQ(1, times("Permission denied"));
+}
+
+TEST_F(MonitorProgramTest, ALockThatMayNotBeTakenIsNamedUntilItMay) {
+  chmod("/var/lock/shm", 0);
+  startWithout("-dac_override,-dac_read_search");
+  EXPECT_TRUE(said("the store cannot be locked: Permission denied; what needs it waits"));
+  chmod("/var/lock/shm", 0774);
+  EXPECT_TRUE(said("the store is there"));
+  EXPECT_GE(2, times("Permission denied")) << "the monitor and its helper, once each";
+}
+
 TEST_F(MonitorProgramTest, ASecondOneIsRefused) {
   start();
   ASSERT_TRUE(eventually([this] { return slot(SHM_TASK_MONITOR) == monitor_->pid(); }));

@@ -188,4 +188,27 @@ ARootThatBreaksIsAFailure() {
     "$(try_packages 0 somewhere '[ ! "$made" ] || { echo broken; exit 25; }')"
 }
 
+# The trial of the units in a root of this machine, whose systemd-nspawn is a script of that line, or is missing.
+try_units() { # LINE
+  mkdir -p "$scratch"/{bin,root/packages}
+  touch "$scratch/root/packages/throw-away-root"
+  ln -sf "$(command -v timeout)" "$scratch/bin"
+  [ ! "$1" ] || { printf '#!/bin/sh\n%s\n' "$1" > "$scratch/bin/systemd-nspawn" && chmod +x "$scratch/bin/systemd-nspawn"; }
+  (PATH=$scratch/bin && "$source/tests/packages/booted" "$scratch/root" 2>&1; echo "ends with $?")
+}
+
+UnitsThatCannotBeBootedAreTriedInTheSandboxAlone() {
+  said=$'The units were tried in the sandbox alone: systemd-nspawn cannot boot a system here.\nends with 0'
+  equal "$said" "$(try_units '')"
+  equal "$said" "$(try_units 'echo "no cgroups here"; exit 1')"
+}
+
+OnlyAThrowAwayRootIsTouched() {
+  mkdir "$scratch/root"
+  equal $'booted: only in a root made from scratch\nends with 1' \
+    "$("$source/tests/packages/booted" "$scratch/root" 2>&1; echo "ends with $?")"
+  equal $'in_root: only in a root made from scratch\nends with 1' \
+    "$("$source/tests/packages/in_root" "$scratch/root" 2>&1; echo "ends with $?")"
+}
+
 "$case" || fail "$case"

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a manager reads, and what becomes of it while the agent, the store or its lock is away.
+#include <sys/shm.h>
+
 #include <chrono>
 
 #include "tests/snmp/manager.h"
@@ -37,6 +39,23 @@ TEST_F(SnmpReadTest, WithoutAStoreThereIsNothingAndWithANewOneItsValues) {
   dropStore();
   EXPECT_TRUE(eventually([] { return get(kWanRate) != "4096000\n"; }));
   makeStore();
+  shm->config.wanLinkRate = 64000;
+  EXPECT_TRUE(eventually([] { return get(kWanRate) == "64000\n"; }));
+}
+
+TEST_F(SnmpReadTest, AStoreThatCannotBeUsedIsNamed) {
+  dropStore();
+  EXPECT_TRUE(said("there is no store (shm-init builds it): managers are shown nothing"));
+  const int foreign = shmget(SHM_KEY, 4096, IPC_CREAT | 0600);
+  ASSERT_NE(-1, foreign);
+  EXPECT_TRUE(said("the segment under the store's key is no store: managers are shown nothing"));
+  EXPECT_EQ(0, shmctl(foreign, IPC_RMID, nullptr));
+  agent_.reset();
+  makeStore();
+  setStoreMode(0);
+  agent_ = std::make_unique<Program>(withoutRight("-ipc_owner", {KESTROVE_SNMP, "--master", "/tmp/agentx"}));
+  EXPECT_TRUE(said("the store: Permission denied: managers are shown nothing"));
+  setStoreMode(0600);
   shm->config.wanLinkRate = 64000;
   EXPECT_TRUE(eventually([] { return get(kWanRate) == "64000\n"; }));
 }

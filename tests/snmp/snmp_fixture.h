@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "tests/support/program.h"
+#include "tests/support/syslog.h"
 #include "tests/tools/programs.h"
 
 namespace kestrove::testing {
@@ -88,6 +89,9 @@ class SnmpTest : public StoreTest {
   static long events(uint32_t id, uint32_t source) {
     const auto& log = shm->eventLog.record;
     return std::ranges::count_if(log, [&](const EventRecord& e) { return e.eventId == id && e.source == source; });
+  }
+  static bool said(const std::string& words) {
+    return eventually([&] { return timesLogged(words) > 0; });
   }
   static bool logged(uint32_t id, uint32_t source) {
     return eventually([&] { return events(id, source) == 1; });

@@ -34,6 +34,13 @@ inline void strike(pid_t pid, int signal = SIGKILL) {
   kill(pid, signal);
 }
 
+// The words by which a program runs without a right of root's: "-ipc_owner".
+inline Words withoutRight(const std::string& right, const Words& program) {
+  Words words = {"/usr/bin/setpriv", "--bounding-set", right};
+  words.insert(words.end(), program.begin(), program.end());
+  return words;
+}
+
 // A program as this process's child, ended with the object. Its words go to that descriptor where one is given.
 class Program {
  public:

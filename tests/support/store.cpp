@@ -57,6 +57,14 @@ void dropStore() {
   shm_lock_count = 0;
 }
 
+void setStoreMode(unsigned short mode) {
+  const int id = shmget(SHM_KEY, 1, 0);
+  struct shmid_ds facts = {};
+  ASSERT_EQ(0, shmctl(id, IPC_STAT, &facts));
+  facts.shm_perm.mode = mode;
+  ASSERT_EQ(0, shmctl(id, IPC_SET, &facts));
+}
+
 void StoreTest::SetUp() { makeStore(); }
 void StoreTest::TearDown() { dropStore(); }
 

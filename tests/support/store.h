@@ -17,6 +17,9 @@ void makeStore();
 // Deletes the segment and forgets the attachment and the lock of this process.
 void dropStore();
 
+// Lets only those use the segment whom that mode allows.
+void setStoreMode(unsigned short mode);
+
 // A fixture over makeStore: shm is attached, unlocked, and dropped at the end.
 class StoreTest : public ::testing::Test {
  protected:

@@ -7,6 +7,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "sys/descriptor.h"
 #include "tests/support/store.h"
 
@@ -72,6 +74,11 @@ std::vector<std::string> syslogLines() {
     at = next + end.size();
   }
   return lines;
+}
+
+long timesLogged(const std::string& words) {
+  const auto lines = syslogLines();
+  return std::ranges::count_if(lines, [&](const std::string& line) { return line.find(words) != line.npos; });
 }
 
 void clearSyslog() { forgotten = collected().size(); }

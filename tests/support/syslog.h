@@ -11,5 +11,7 @@ namespace kestrove::testing {
 // notice, info, debug). Everything that this process sent before the call is there.
 std::vector<std::string> syslogLines();
 void clearSyslog();
+// How many of them have these words.
+long timesLogged(const std::string& words);
 
 }  // namespace kestrove::testing

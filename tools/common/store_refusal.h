@@ -13,8 +13,15 @@
 
 namespace tools {
 
-// The reason for which there is no segment of the store's key and size, and the sentence for it.
-inline int segmentError() { return shmget(SHM_KEY, SHM_SIZE, 0) == -1 ? errno : ENOENT; }
+// The reason for which no segment of the store's key and size can be attached, and the sentence for it. Finding one
+// asks for no right, attaching it does.
+inline int segmentError() {
+  const int segment = shmget(SHM_KEY, SHM_SIZE, 0);
+  const void* store = segment == -1 ? nullptr : shmat(segment, nullptr, 0);
+  if (segment == -1 || store == reinterpret_cast<void*>(-1)) return errno;
+  shmdt(store);
+  return ENOENT;  // it came meanwhile
+}
 inline std::string segmentRefusal(int error) {
   if (error == ENOENT) return "there is no store (shm-init builds it)";
   if (error == EINVAL) return "the segment under the store's key is no store";

@@ -7,7 +7,6 @@
 #include "kestrove/kestrove.h"
 #include "tools/common/process_time.h"
 #include "tools/common/program.h"
-#include "tools/common/store_refusal.h"
 
 namespace monitor {
 namespace {
@@ -70,14 +69,12 @@ void Monitor::lookAtStore() {
   const Store::Change change = store_.look();
   if (change == Store::Change::kCame) {
     syslog(LOG_NOTICE, "the store is there");
-    registered_ = toldOfAbsence_ = false;
+    registered_ = false;
     for (Task& task : tasks_) task.storeCame();
   }
-  if (change == Store::Change::kNone && (store_.data() || toldOfAbsence_)) return;
-  if (store_.data() || shm) return;
-  toldOfAbsence_ = true;
-  syslog(LOG_WARNING, "%s: the engine and the servers wait for one",
-         tools::segmentRefusal(tools::segmentError()).c_str());
+  if (const std::string why = store_.absence(); !why.empty()) {
+    syslog(LOG_WARNING, "%s: the engine and the servers wait for one", why.c_str());
+  }
 }
 
 // A number that a monitor left there which did not end by itself: this one takes over.

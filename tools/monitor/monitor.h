@@ -32,7 +32,6 @@ class Monitor {
   Surroundings around_;
   std::list<Task> tasks_;
   Task* misc_ = nullptr;
-  bool toldOfAbsence_ = false;
   bool registered_ = false;
   bool restartDue_ = false;
   bool miscDue_ = false;

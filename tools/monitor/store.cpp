@@ -6,6 +6,7 @@
 
 #include "kestrove/kestrove.h"
 #include "tools/common/lock_wait.h"
+#include "tools/common/store_refusal.h"
 #include "tools/ctl/shell/glance.h"
 
 namespace monitor {
@@ -16,6 +17,12 @@ constexpr Milliseconds kAnotherTry = 500;  // so that a holder which is stopped 
 
 int presentSegment() { return shmget(SHM_KEY, SHM_SIZE, 0); }
 
+std::string reasonOf(const tools::LockAnswer& answer) {
+  if (answer.state == tools::LockState::kHeld) return "is locked by " + tools::describe(answer.holder);
+  const std::string cannot = "cannot be locked";
+  return answer.error ? cannot + ": " + strerror(answer.error) : cannot;
+}
+
 void forgetAttachment() {
   if (shm) shm_detach();
   shm = nullptr;
@@ -24,15 +31,23 @@ void forgetAttachment() {
 }  // namespace
 
 Store::Change Store::look() {
-  if (const int present = presentSegment(); present != segment_) {
+  const int present = presentSegment();
+  const bool another = present != segment_;
+  if (another) {
     forgetAttachment();
     segment_ = present;
     built_ = false;
-    if (!ctl::glance()) return Change::kWent;
   }
-  if (built_ || !shm) return Change::kNone;
+  if (!ctl::glance()) return another ? Change::kWent : Change::kNone;
+  if (built_) return Change::kNone;
   built_ = static_cast<bool>(Visit(*this));
   return built_ ? Change::kCame : Change::kNone;
+}
+
+std::string Store::absence() {
+  std::string now = shm ? "" : tools::segmentRefusal(tools::segmentError());
+  if (now == toldOfAbsence_) return "";
+  return toldOfAbsence_ = std::move(now);
 }
 
 const ShmData* Store::data() const { return built_ ? shm : nullptr; }
@@ -45,19 +60,15 @@ bool Store::lock() {
     return true;
   }
   if (answer.state == tools::LockState::kFree) tools::giveLockBack();
-  waited(answer.state == tools::LockState::kHeld ? tools::describe(answer.holder).c_str() : nullptr);
+  waited(reasonOf(answer));
   return false;
 }
 
-void Store::waited(const char* holder) {
+void Store::waited(const std::string& why) {
   notBefore_ = clockNow() + kAnotherTry;
   if (toldOfHolder_) return;
   toldOfHolder_ = true;
-  if (holder) {
-    syslog(LOG_WARNING, "the store is locked by %s; what needs it waits", holder);
-  } else {
-    syslog(LOG_WARNING, "the store cannot be locked; what needs it waits");
-  }
+  syslog(LOG_WARNING, "the store %s; what needs it waits", why.c_str());
 }
 
 Visit::~Visit() {

@@ -2,6 +2,8 @@
 // The store as a program sees it that outlives stores and never waits long for any.
 #pragma once
 
+#include <string>
+
 #include "kestrove/layout.h"
 #include "tools/monitor/clock.h"
 
@@ -14,18 +16,21 @@ class Store {
   // Whether the store that is there is still the one seen last; one that was built anew has come. Attaches it. Whoever
   // builds a store holds the lock meanwhile: it has come when the lock was had once.
   Change look();
+  // Why none can be attached, in a sentence, once for each reason; empty where one is attached, or that was told.
+  std::string absence();
   // To be read without the lock, word by word. Null where there is no store yet.
   const ShmData* data() const;
 
  private:
   friend class Visit;
   bool lock();
-  void waited(const char* holder);
+  void waited(const std::string& why);
 
   int segment_ = -1;
   bool built_ = false;
   Milliseconds notBefore_ = 0;  // after a wait in vain
   bool toldOfHolder_ = false;
+  std::string toldOfAbsence_;
 };
 
 // The store's lock for one step. It is not had where another process keeps it longer than a moment: what was to be done

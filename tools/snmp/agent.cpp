@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/snmp/agent.h"
 
+#include <syslog.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -30,6 +32,9 @@ void Agent::look() {
   if (store_.look() != monitor::Store::Change::kNone) {
     seen_.reset();
     startDue_ = startDue_ || data();
+  }
+  if (const std::string why = store_.absence(); !why.empty()) {
+    syslog(LOG_WARNING, "%s: managers are shown nothing", why.c_str());
   }
   if (!data()) return;
   if (startDue_) logStart();
