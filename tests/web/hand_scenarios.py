@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """A hand on the mouse, another on the keys, while the page draws what others change."""
+import re
+
 import appliance
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.keys import Keys
@@ -56,9 +58,9 @@ def WhatComesByItselfMovesNothing(page):
     page.open("routes")
     button = page.button("Take away 172.20.0.0/16")
     before = place(button)
-    appliance.ctl("set", "compression", "off", "--confirm", "20")
+    appliance.ctl("set", "compression", "off", "--confirm", "600")
     appliance.ctl("set", "snmpVersion", "2")
-    page.one("#bar-waiting")
+    page.until("it counts down", lambda: re.fullmatch(r"9:59:\d\d", page.text("#bar-waiting .left")))
     page.one("#bar-unsaved")
     assert place(button) == before
     page.fits()

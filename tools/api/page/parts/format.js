@@ -36,9 +36,12 @@ export function span(seconds) {
   return hours ? `${hours} h ${minutes} min` : `${minutes} min`;
 }
 
+// 4:59, and 9:59:59 from an hour on.
 export function countdown(seconds) {
   const whole = Math.max(0, Math.ceil(seconds));
-  return `${Math.floor(whole / 60)}:${pad(whole % 60)}`;
+  const hours = Math.floor(whole / 3600);
+  const minutes = Math.floor(whole / 60) % 60;
+  return `${hours ? `${hours}:${pad(minutes)}` : minutes}:${pad(whole % 60)}`;
 }
 
 export const counted = (number, one, many = one + 's') => `${number} ${number === 1 ? one : many}`;
