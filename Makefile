@@ -25,7 +25,7 @@ appliance: ## an appliance with all its programs, for this machine's browser; CH
 	@scripts/appliance $(if $(CHECK),--check)
 
 test: ## every test, 64-bit, and 32-bit where its packages are or can be installed
-	@scripts/setup build tools sandbox probes trace test model manual doc python web snmp
+	@scripts/setup build tools sandbox probes trace zsh test model manual doc python web snmp
 	@if scripts/setup m32; then \
 	  scripts/setup web32 || echo "test: no libmicrohttpd in 32-bit; kestrove-api in 64-bit only"; \
 	  scripts/test dev m32; else echo "test: no 32-bit packages; 64-bit only"; scripts/test dev; fi

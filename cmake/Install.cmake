@@ -22,6 +22,8 @@ if(TARGET kestrovectl)
   install(TARGETS kestrovectl kestrove-monitor kestrove-sim shm-init RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(FILES tools/ctl/shell/completion.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
           RENAME kestrovectl)
+  install(FILES tools/ctl/shell/completion.zsh DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
+          RENAME _kestrovectl)
 endif()
 
 # Debian's place for packages of every version of Python; they look for the library beside it (python/kestrove/_library.py).

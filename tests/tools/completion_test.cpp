@@ -62,6 +62,48 @@ TEST_F(CompletionTest, WithoutAStoreThereAreStillWords) {
   makeStore();
 }
 
+#ifdef KESTROVE_ZSH
+// What zsh proposes for these words, the last of which is unfinished.
+std::string proposedInZsh(const std::string& words) {
+  const Ran ran =
+      run(KESTROVE_ZSH
+          " -fc 'compdef() {}; compadd() { print -rl -- \"${@:4}\"; }; _files() { print files; }\n"
+          "source <(\"$1\" completion zsh); words=(\"$@\") CURRENT=$# PREFIX=$@[-1]; _kestrovectl' - " KESTROVECTL " " +
+          words);
+  EXPECT_EQ(0, ran.status) << ran.err;
+  return ran.out;
+}
+
+TEST_F(CompletionTest, ZshKnowsTheSameWords) {
+  EXPECT_EQ("rule\n", proposedInZsh("rul"));
+  EXPECT_EQ("list\nadd\nchange\nmove\ndelete\n", proposedInZsh("rule ''"));
+  EXPECT_EQ("on\noff\n", proposedInZsh("set compression ''"));
+  EXPECT_EQ("accelerate\n", proposedInZsh("--json rule add 0 --target a"));
+  EXPECT_EQ("files\n", proposedInZsh("load /etc/passw"));
+  EXPECT_EQ("\n", proposedInZsh("rule delete x"));
+  const Ip6Address own = {.address = {0xfd, 0, 0, 0x10}, .prefixLength = 64};
+  shm->ip6Address[0] = own;
+  shm->ip6Count = 1;
+  EXPECT_EQ("fd00:10::/64\n", proposedInZsh("address remove fd00:"));
+}
+
+// The script as it is installed, too, by which zsh makes the function at its first use.
+TEST_F(CompletionTest, ZshFillsInWhatIsTyped) {
+  for (const char* take : {"source <(kestrovectl completion zsh)", "fpath=(/tmp/zsh $fpath); compinit -D -u"}) {
+    writeFile("/tmp/type", std::string("zmodload zsh/zpty; path=(${1:h} $path); mkdir -p /tmp/zsh\n"
+                                       "kestrovectl completion zsh >/tmp/zsh/_kestrovectl\n"
+                                       "zpty it \"TERM=dumb zsh -f -i\"\n"
+                                       "zpty -w it 'autoload -Uz compinit && compinit -D -u; ") +
+                               take +
+                               "; print rea\"\"dy'\n"
+                               "zpty -r -m it said '*ready*'; zpty -n -w it $'kestrovectl rul\\tl\\t'\n"
+                               "zpty -r -m it said '*kestrovectl rule *list *'; print filled in\n");
+    const Ran ran = run(KESTROVE_ZSH " -f /tmp/type " KESTROVECTL);
+    EXPECT_EQ("filled in\n", ran.out) << take << ran.err;
+  }
+}
+#endif
+
 TEST_F(CompletionTest, FullTablesAreListedWhileAnotherHasTheLock) {
   for (int i = 0; i < SHM_RULES; ++i) shm->filterTable.rule[i] = shm->filterTable.rule[0];
   shm->filterTable.ruleCount = SHM_RULES;

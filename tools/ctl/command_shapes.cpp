@@ -124,6 +124,7 @@ constexpr CommandShape kShapes[] = {
      "number}"},
     {"ip add", "change(@done)"},
     {"completion bash", "{script: text}"},
+    {"completion zsh", "{script: text}"},
     {"shell", "lines(any)"},
 };
 

@@ -9,10 +9,12 @@
 namespace ctl {
 namespace {
 
-void script(const Session& session) {
-  if (!session.forPeople()) return session.show({{"script", kCompletionScript}});
-  session.print(kCompletionScript);
+void print(const Session& session, const char* script) {
+  if (!session.forPeople()) return session.show({{"script", script}});
+  session.print(script);
 }
+void bash(const Session& session) { print(session, kBashCompletion); }
+void zsh(const Session& session) { print(session, kZshCompletion); }
 
 // Behind the program's own name.
 void completeLine(const Session& session) {
@@ -30,10 +32,12 @@ void completeLine(const Session& session) {
 std::vector<Command> completionCommands() {
   Command asking = command("complete-line", "", completeLine);
   asking.hidden = true;
-  Command printing = command("completion bash", "Print the script for bash", script);
-  printing.more =
-      "An installation has it where bash-completion looks. Elsewhere: source <(kestrovectl completion bash)";
-  return {group("completion", "Completion of command lines by other shells"), printing, asking};
+  Command forBash = command("completion bash", "Print the script for bash", bash);
+  forBash.more = "An installation has it where bash-completion looks. Elsewhere: source <(kestrovectl completion bash)";
+  Command forZsh = command("completion zsh", "Print the script for zsh", zsh);
+  forZsh.more =
+      "An installation has it where zsh looks. Elsewhere, behind compinit: source <(kestrovectl completion zsh)";
+  return {group("completion", "Completion of command lines by other shells"), forBash, forZsh, asking};
 }
 
 }  // namespace ctl
