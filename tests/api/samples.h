@@ -10,6 +10,10 @@
 
 namespace kestrove::testing {
 
+inline Json sampleOperation() {
+  return {{"method", "PUT"}, {"path", "/items/compression"}, {"body", {{"value", "on"}}}};
+}
+
 // A value of each place in a path, and of each member of a body, that makes sense there.
 inline Json sample(const api::Endpoint& row, const std::string& name) {
   const bool six = std::string(row.path).starts_with("/routes6");
@@ -24,10 +28,18 @@ inline Json sample(const api::Endpoint& row, const std::string& name) {
                                                    {"length", "16"},
                                                    {"password", kPassword},
                                                    {"oldPassword", kPassword},
+                                                   {"user", "alice"},
+                                                   {"time", "2026-11-22T04:45:25Z"},
+                                                   {"which", "all"},
+                                                   {"number", "2"},
+                                                   {"method", "PUT"},
+                                                   {"path", "/items/compression"},
+                                                   {"operations", Json::array({sampleOperation()})},
                                                    {"newPassword", "Xyzuvw9#k"}};
   for (const auto& [known, value] : kSamples) {
     if (name == known) return value;
   }
+  if (row.path == std::string("/dhcp")) return "nosuch0";
   if (name == "name" && std::string(row.path).starts_with("/interfaces")) return "eth7";
   if (name == "name") return row.method == std::string("POST") ? "carol" : row.fields.empty() ? "guest" : "bertha";
   if (name == "script") return "set wanLinkRate 4096000\n";
@@ -48,12 +60,14 @@ inline std::string samplePath(const api::Endpoint& row) {
 }
 
 inline Json sampleBody(const api::Endpoint& row) {
-  if (row.method == std::string("DELETE")) return nullptr;
+  if (row.reads() || row.method == std::string("DELETE")) return nullptr;
   Json body = Json::object();
   for (const api::Field& field : row.fields) {
     if (field.needed) body[field.name] = sample(row, field.name);
   }
   if (row.path == std::string("/rules")) body["protocol"] = "udp";
+  if (row.path == std::string("/preview")) body["body"] = sampleOperation()["body"];
+  if (row.path == std::string("/dhcp")) body["timeout"] = 1;
   return body;
 }
 

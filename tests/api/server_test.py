@@ -49,6 +49,8 @@ def WhoWaitsForTheStoreHoldsUpNobody():
     for thread in waiting:
         thread.start()
     assert Browser().ask("GET", "")[0] == 200 and not found, "the only worker answers meanwhile"
+    for path in "/session", "/status", "/events/stream":
+        assert browser.open("GET", path).status == 200, path
     for thread in waiting:
         thread.join()
     assert [status for status, _ in found] == [503] * 5, found

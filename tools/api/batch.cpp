@@ -56,7 +56,7 @@ Reply batch(const Request& request, const Caller& caller) {
     waits = waits || (body.is_object() && body.contains("confirm"));
     if (reply.status < 300 && reply.status != 207) continue;
     const size_t failed = results.size() - 1;
-    return jsonReply(failed == 0 ? reply.status : 207, failureOf(failed, results));
+    return inviting(jsonReply(failed == 0 ? reply.status : 207, failureOf(failed, results)));
   }
   return jsonReply(200, {{"failed", nullptr}, {"results", results}});
 }

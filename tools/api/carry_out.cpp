@@ -88,9 +88,7 @@ Reply replyOf(const Printed& printed, const Route& route) {
     return errorReply(500, {ctl::kSystem, "the command ended with " + std::to_string(printed.exit) + " and no result"});
   }
   const int status = statusOf(printed.exit, value, route);
-  Reply reply = {.status = status, .body = printed.text, .headers = {{"Content-Type", kJsonType}}};
-  if (status == 503) reply.headers.emplace_back("Retry-After", "1");
-  return reply;
+  return inviting({.status = status, .body = printed.text, .headers = {{"Content-Type", kJsonType}}});
 }
 
 Reply tableReply(const Request& request, const Route& route, const KeptTable& table) {

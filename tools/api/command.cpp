@@ -16,7 +16,6 @@
 namespace api {
 namespace {
 
-constexpr double kPatience = 2;
 constexpr double kLongestConfirmation = 1440;
 
 double minutesOf(const std::string& text) {

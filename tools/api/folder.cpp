@@ -12,6 +12,7 @@
 #include <ctime>
 #include <memory>
 
+#include "tools/common/lock_wait.h"
 #include "tools/ctl/session.h"
 
 namespace api {
@@ -88,10 +89,12 @@ void Folder::touch(const std::string& name) const { utimensat(AT_FDCWD, pathOf(n
 Descriptor Folder::lock(double seconds) const {
   Descriptor file(open(pathOf(".lock").c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
   if (!file) throw ctl::systemRefusal(pathOf(".lock"), errno);
+  const double most = tools::waitLeft(seconds);
   for (double waited = 0; flock(file.get(), LOCK_EX | LOCK_NB) != 0; waited += kPauseMicroseconds / 1e6) {
     if (errno != EWOULDBLOCK && errno != EINTR) throw ctl::systemRefusal(pathOf(".lock"), errno);
-    if (waited >= seconds) throw ctl::Refusal(ctl::kLocked, path_ + ": others are at work there");
+    if (waited >= most) throw ctl::Refusal(ctl::kLocked, path_ + ": others are at work there");
     usleep(kPauseMicroseconds);
+    tools::countWait(kPauseMicroseconds / 1e6);
   }
   return file;
 }

@@ -11,6 +11,7 @@
 #include "tools/api/failure.h"
 #include "tools/api/folder.h"
 #include "tools/api/words.h"
+#include "tools/common/hold.h"
 #include "tools/common/plain_text.h"
 #include "tools/ctl/shell/credentials.h"
 #include "tools/ctl/shell/glance.h"
@@ -18,7 +19,6 @@
 namespace api {
 namespace {
 
-constexpr double kPatience = 2;
 constexpr size_t kLongestName = 255;
 constexpr ctl::Entrance kWebLogIn = {SHM_SOURCE_HTTP, SHM_EVENT_WEB_LOGIN, SHM_EVENT_WEB_LOGIN_FAILED, 0};
 
@@ -70,7 +70,11 @@ void takeFromStore(const std::string& id) {
   }
 }
 
+// In one piece: nobody who is told that the store is locked has a session.
 Reply welcome(const std::string& user) {
+  ctl::awaitLock(waiting());
+  const tools::Hold hold;
+  if (!hold) throw ctl::refusal("the store cannot be locked");
   ctl::logSuccess(waiting(), user, kWebLogIn);
   const std::optional<UserAccount> account = ctl::accountAt(*shm, user);
   if (!account) refuse();  // gone meanwhile

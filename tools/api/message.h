@@ -46,10 +46,17 @@ struct Reply {
   }
 };
 
+constexpr double kPatience = 2;  // seconds that a request waits for locks, for all together
 constexpr char kJsonType[] = "application/json";
 
 inline Reply jsonReply(int status, const Json& value) {
   return {.status = status, .body = ctl::jsonText(value, 2) + "\n", .headers = {{"Content-Type", kJsonType}}};
+}
+
+// Who came while others had the store is told when to come again.
+inline Reply inviting(Reply reply) {
+  if (reply.status == 503) reply.headers.emplace_back("Retry-After", "1");
+  return reply;
 }
 
 // As kestrovectl --json prints one.

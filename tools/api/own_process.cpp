@@ -15,6 +15,8 @@
 #include <memory>
 #include <vector>
 
+#include "tools/common/lock_wait.h"
+
 namespace api {
 namespace {
 
@@ -68,6 +70,7 @@ bool writeAll(int fd, const std::string& text) {
   for (int number : {SIGINT, SIGTERM, SIGHUP, SIGCHLD}) signal(number, SIG_DFL);
   signal(SIGPIPE, SIG_IGN);
   leaveConnections();
+  tools::limitWaits(kPatience);
   const Reply reply = work();
   const bool said = writeAll(out, asJson(reply).dump() + "\n" + reply.body);
   fflush(nullptr);

@@ -16,6 +16,7 @@
 #include "tools/api/preview.h"
 #include "tools/api/router.h"
 #include "tools/api/support.h"
+#include "tools/common/lock_wait.h"
 #include "tools/common/store_refusal.h"
 #include "tools/ctl/shell/glance.h"
 
@@ -52,9 +53,7 @@ Reply told(const std::function<Reply()>& work) {
     return failure.reply();
   } catch (const ctl::Refusal& refusal) {
     const Json error = {{"error", ctl::errorJson(refusal)}};
-    Reply reply = jsonReply(statusOf(refusal.exit(), error, {}), error);
-    if (reply.status == 503) reply.headers.emplace_back("Retry-After", "1");
-    return reply;
+    return inviting(jsonReply(statusOf(refusal.exit(), error, {}), error));
   } catch (const std::exception& error) {
     return errorReply(500, {ctl::kSystem, error.what()});
   }
@@ -72,7 +71,7 @@ Plan special(const Request& request, const Route& route, const Caller& caller) {
   if (name == "stream") {
     return {.reply = Reply{.headers = {{"Content-Type", "text/event-stream"}}, .events = true}};
   }
-  if (name == "metrics") return working([=] { return metrics(request, caller); }, false);
+  if (name == "metrics") return working([=] { return metrics(request, caller); }, true);
   if (name == "preview") return working([=] { return preview(request, caller); }, true);
   if (name == "batch") return working([=] { return batch(request, caller); }, true);
   return working([=] { return support(request, route, caller); }, true);
@@ -197,7 +196,9 @@ Plan planOn(const ShmData& store, const Request& request, const Settings& settin
 Reply answer(const Request& request, const Settings& settings) {
   const Plan made = plan(request, settings);
   if (made.reply) return *made.reply;
-  return made.own ? inOwnProcess(made.work) : made.work();
+  if (made.own) return inOwnProcess(made.work);
+  tools::limitWaits(kPatience);
+  return made.work();
 }
 
 }  // namespace api

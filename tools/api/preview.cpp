@@ -38,7 +38,7 @@ Reply preview(const Request& request, const Caller& caller) {
   const Printed printed = run(sessionOf(request, caller), wordsOf(spoken(operation.route, operation.request), scratch));
   const Json value = Json::parse(printed.text, nullptr, false);
   if (value.is_object() && value.contains("exit")) return jsonReply(200, value);
-  return jsonReply(statusOf(printed.exit, value, {}), value);
+  return inviting(jsonReply(statusOf(printed.exit, value, {}), value));
 }
 
 }  // namespace api

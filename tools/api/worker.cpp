@@ -83,11 +83,7 @@ bool isGivenUp(int connection) {
   return recv(connection, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
 }
 
-Reply busy() {
-  Reply reply = errorReply(503, {ctl::kLocked, "too much is going on; try again"});
-  reply.headers.emplace_back("Retry-After", "1");
-  return reply;
-}
+Reply busy() { return inviting(errorReply(503, {ctl::kLocked, "too much is going on; try again"})); }
 
 }  // namespace
 
@@ -249,12 +245,18 @@ MHD_Result Worker::begin(Exchange& exchange) {
     return reply(exchange);
   }
   Plan made = plan(exchange.request, settings_);
-  if (!made.reply && (made.own || !lockIsFree())) {
-    return workElsewhere(exchange, made);
-  }
-  exchange.reply = made.reply ? std::move(made.reply) : made.work();
-  unfit_ = unfit_ || shm_lock_count != 0;
+  if (!made.reply && !made.own && lockIsFree()) made.reply = workAtOnce(made);
+  if (!made.reply) return workElsewhere(exchange, made);
+  exchange.reply = std::move(made.reply);
   return reply(exchange);
+}
+
+// Nothing where somebody took the lock meanwhile: it is waited for elsewhere, and what was begun here was but a look.
+std::optional<Reply> Worker::workAtOnce(const Plan& plan) {
+  tools::limitWaits(0);
+  Reply reply = plan.work();
+  unfit_ = unfit_ || shm_lock_count != 0;
+  return reply.status == 503 ? std::nullopt : std::optional(std::move(reply));
 }
 
 MHD_Result Worker::workElsewhere(Exchange& exchange, const Plan& plan) {

@@ -35,6 +35,7 @@ class Worker {
   void takeBody(Exchange& exchange, std::string_view part) const;
   MHD_Result begin(Exchange& exchange);
   MHD_Result reply(Exchange& exchange);
+  std::optional<Reply> workAtOnce(const Plan& plan);
   MHD_Result workElsewhere(Exchange& exchange, const Plan& plan);
   bool stillMay(const Exchange& exchange) const;
   size_t streams() const;

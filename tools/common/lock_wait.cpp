@@ -5,9 +5,12 @@
 #include <signal.h>
 #include <sys/time.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <ctime>
 #include <fstream>
+#include <limits>
 
 #include "tools/common/plain_text.h"
 
@@ -33,6 +36,25 @@ int lockFile() {
 std::string ownFile(int pid, const char* name) { return "/proc/" + std::to_string(pid) + "/" + name; }
 
 void heard(int) {}
+
+double left = std::numeric_limits<double>::infinity();
+
+double now() {
+  struct timespec time;
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+class CountedWait {
+ public:
+  CountedWait() : begun_(now()) {}
+  ~CountedWait() { countWait(now() - begun_); }
+  CountedWait(const CountedWait&) = delete;
+  CountedWait& operator=(const CountedWait&) = delete;
+
+ private:
+  double begun_;
+};
 
 // Ends a wait of this process after some time.
 class Alarm {
@@ -112,15 +134,23 @@ LockAnswer tryLock() {
 // In the kernel's queue, so that others that ask again and again do not go before. The alarm comes again and again: the
 // first may have come before the wait began.
 LockAnswer waitForLock(double seconds) {
-  if (LockAnswer answer = tryLock(); answer.state != LockState::kHeld || seconds <= 0) return answer;
+  const double most = waitLeft(seconds);
+  if (LockAnswer answer = tryLock(); answer.state != LockState::kHeld || most <= 0) return answer;
   struct flock request = wholeFile();
   int result;
   {
-    Alarm alarm(seconds);
+    const CountedWait wait;
+    const Alarm alarm(most);
     result = fcntl(lockFile(), F_SETLKW, &request);
   }
   return result == 0 ? LockAnswer{LockState::kFree, {}, 0} : tryLock();
 }
+
+void limitWaits(double seconds) { left = seconds; }
+
+double waitLeft(double seconds) { return std::min(seconds, left); }
+
+void countWait(double seconds) { left = std::max(0.0, left - seconds); }
 
 void giveLockBack() {
   struct flock request = wholeFile();

@@ -43,7 +43,14 @@ LockAnswer tryLock();
 // The same, as long as it is held for up to that many seconds.
 LockAnswer waitForLock(double seconds);
 
-// Gives back what the two before have taken.
+// From now on this process waits that long at most for locks, all its waits together; a child has what is left then.
+void limitWaits(double seconds);
+
+// What that leaves of a wait, for a lock of another kind.
+double waitLeft(double seconds);
+void countWait(double seconds);
+
+// Gives back what tryLock and waitForLock have taken.
 void giveLockBack();
 
 // "the store is locked by process 12 (sleep), which is stopped; not free within 10 seconds (--wait)".

@@ -67,6 +67,7 @@ void accepted(int result, const char* program) {
 
 void prepare(const Session& session) {
   requireStore(session);
+  awaitLock(session);
   if (getShmOperationalState() == SHM_STATE_CONFIGURATION) {
     warn("the store is in Configuration Mode: what was changed in it is not saved (kestrovectl save)");
   }

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "tools/common/lock_wait.h"
 #include "tools/ctl/session.h"
 
 namespace ctl {
@@ -136,10 +137,12 @@ void Home::sync(const std::string& name) const {
 
 std::optional<HomeLock> HomeLock::wait(const Home& home, double seconds) {
   Descriptor file = openLock(home);
+  const double most = tools::waitLeft(seconds);
   for (double waited = 0; flock(file.get(), LOCK_EX | LOCK_NB) != 0; waited += kPauseMicroseconds / 1e6) {
     if (errno != EWOULDBLOCK && errno != EINTR) throw systemRefusal(home.pathOf(kLock), errno);
-    if (waited >= seconds) return std::nullopt;
+    if (waited >= most) return std::nullopt;
     usleep(kPauseMicroseconds);
+    tools::countWait(kPauseMicroseconds / 1e6);
   }
   return HomeLock(std::move(file));
 }

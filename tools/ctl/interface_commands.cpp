@@ -61,6 +61,7 @@ Json portRows() {
 void link(const Session& session, const LinkLine& line) {
   const std::string portName = nameOf(kPorts, line.port);
   requireStore(session);
+  awaitLock(session);
   char first[256] = {};
   char second[256] = {};
   char third[256] = {};

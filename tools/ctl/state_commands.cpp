@@ -164,6 +164,7 @@ void load(const Session& session, const LoadLine& line) {
   awaitLock(session);
   accept(shm_lock(), "lock");
   shm_unlock();
+  awaitLock(session);
   if (loadSystemState(session.source, session.userName()) != 0) {
     throw Refusal(kSystem, "the state was not restored wholly; syslog names the command that failed");
   }

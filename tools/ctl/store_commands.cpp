@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "kestrove/kestrove.h"
+#include "tools/common/hold.h"
 #include "tools/common/loading_note.h"
 #include "tools/common/lock_wait.h"
 #include "tools/ctl/check.h"
@@ -42,11 +43,21 @@ void addState(Json& facts, uint32_t state) {
   facts["stateName"] = strOperationalState(static_cast<int>(state));
 }
 
-void readLocked(const Session& session, Json& facts) {
-  requireStore(session);
+// False where others have the lock by now.
+bool readLocked(const Session& session, Json& facts) {
+  Session hasty = session;
+  hasty.waitSeconds = 0;
+  try {
+    requireStore(hasty);
+    awaitLock(hasty);
+  } catch (const Refusal& refusal) {
+    if (refusal.exit() != kLocked) throw;
+    return false;
+  }
   int state = accept(getSharedMemoryStatus(), "state");
   addState(facts, static_cast<uint32_t>(state));
   facts["configurationFile"] = text(shm->config.configFileName);
+  return true;
 }
 
 // One word is whole at every moment; a text may be half written.
@@ -65,14 +76,14 @@ void status(const Session& session) {
   const tools::LockAnswer lock = tools::tryLock();
   facts["lockHeldBy"] = holderText(lock);
   const bool present = facts["store"] == "present";
-  if (present && lock.state == tools::LockState::kFree) readLocked(session, facts);
-  if (present && lock.state != tools::LockState::kFree) readUnlocked(facts);
+  if (present && (lock.state != tools::LockState::kFree || !readLocked(session, facts))) readUnlocked(facts);
   session.show(facts);
   if (!present) throw Refusal(kNoStore, "");
 }
 
 void save(const Session& session) {
   requireStore(session);
+  awaitLock(session);
   const bool configuring = getShmOperationalState() == SHM_STATE_CONFIGURATION;
   const std::string path = text(shm->config.configFileName);
   awaitLock(session);
@@ -87,11 +98,14 @@ void save(const Session& session) {
 
 void check(const Session& session) {
   requireStore(session);
-  awaitLock(session);
-  accept(shm_lock(), "lock");
-  std::vector<Finding> findings = checkStore(*shm);
-  shm_unlock();
-  for (Finding& finding : checkPasswordFile(*shm)) findings.push_back(finding);
+  std::vector<Finding> findings;
+  {
+    awaitLock(session);
+    const tools::Hold hold;
+    if (!hold) throw refusal("the store cannot be locked");
+    findings = checkStore(*shm);
+    for (Finding& finding : checkPasswordFile(*shm)) findings.push_back(finding);
+  }
   Json rows = Json::array();
   for (const Finding& finding : findings) rows.push_back({{"table", finding.table}, {"finding", finding.text}});
   session.show(!session.forPeople() || !rows.empty() ? Json{{"findings", rows}} : Json("every table is sound"));

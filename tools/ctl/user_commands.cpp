@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "kestrove/kestrove.h"
+#include "tools/common/hold.h"
 #include "tools/common/plain_text.h"
 #include "tools/ctl/change.h"
 #include "tools/ctl/commands.h"
@@ -47,7 +48,10 @@ std::string nearUser(const std::string& name) {
 }
 
 // By its exact name: the library's log-in check alone would accept the beginning of one.
-UserAccount exactUser(const std::string& name) {
+UserAccount exactUser(const Session& session, const std::string& name) {
+  awaitLock(session);
+  const tools::Hold hold;
+  if (!hold) throw refusal("the store cannot be locked");
   UserAccount account;
   if (name.empty() || getUserAccount(name.c_str(), &account) != 0) {
     throw Refusal(kRefused, name + ": " + shm_strerror(SHM_ENOUSER) + nearUser(name), SHM_ENOUSER);
@@ -96,9 +100,11 @@ void refuseName(const std::string& name) {
 }
 
 // An account of the machine itself, which the library would take for one of its own.
-void refuseMachineAccount(const std::string& name) {
+void refuseMachineAccount(const Session& session, const std::string& name) {
   UserAccount account;
-  if (!getpwnam(name.c_str()) || getUserAccount(name.c_str(), &account) == 0) return;
+  if (!getpwnam(name.c_str())) return;
+  awaitLock(session);
+  if (getUserAccount(name.c_str(), &account) == 0) return;
   throw Refusal(kRefused,
                 name + ": the machine has an account of this name that is not in the store; it stays as it is",
                 SHM_EEXIST);
@@ -137,13 +143,13 @@ void add(const Session& session, const UserLine& line) {
   if (line.administrator && line.rights) throw Refusal(kUsage, "--admin and --rights exclude each other");
   refuseName(name);
   requireStore(session);
-  refuseMachineAccount(name);
+  refuseMachineAccount(session, name);
   Secret password("Password", Secret::Kind::kNew);
   refuseEmpty(password);
   Change change(session);
   acceptPassword(validatePasswordComplexity(password.text(), nullptr), "password");
   UserAccount account = newAccount(line);
-  refuseMachineAccount(name);
+  refuseMachineAccount(session, name);
   change.made(addUser(&account, password.text()), name);
   change.done("user " + name + " added");
 }
@@ -152,7 +158,7 @@ void remove(const Session& session, const UserLine& line) {
   const std::string& name = line.name;
   requireStore(session);
   Change change(session);
-  exactUser(name);
+  exactUser(session, name);
   const int result = removeUser(name.c_str());
   // The record goes first: a password file that cannot be written leaves the line, and nothing is saved.
   if (result < 0 && !inStore(name)) {
@@ -198,13 +204,13 @@ bool appendPasswordLine(const std::string& line) {
 void changePassword(const Session& session, const UserLine& given) {
   const std::string& name = given.name;
   requireStore(session);
-  UserAccount account = exactUser(name);
+  UserAccount account = exactUser(session, name);
   Secret oldPassword("Old password");
   authenticate(session, name, oldPassword);
   Secret newPassword("New password", Secret::Kind::kNew);
   refuseEmpty(newPassword);
   Change change(session);
-  account = exactUser(name);
+  account = exactUser(session, name);
   acceptPassword(validatePasswordComplexity(newPassword.text(), oldPassword.text()), "new password");
 
   const UserAccount before = account;
@@ -221,7 +227,7 @@ void changePassword(const Session& session, const UserLine& given) {
 void check(const Session& session, const UserLine& line) {
   const std::string& name = line.name;
   requireStore(session);
-  exactUser(name);
+  exactUser(session, name);
   Secret password("Password");
   authenticate(session, name, password);
   session.done("the password of " + name + " is right");

@@ -99,15 +99,20 @@ void carryOutEntry(const Session& acting, const Home& home, const Entry& entry) 
 
 }  // namespace
 
-// On a full disk the journal stays as it is: then the same is done once more, which changes nothing.
+// On a full disk the journal stays as it is: then the same is done once more, which changes nothing. It says what is
+// going to be done only when nobody else has the store: who was told that somebody has it was told the end.
 void finishEntry(const Session& session, const Home& home, Entry entry) {
   const Journal journal(home);
+  std::optional<tools::Hold> hold;
+  awaitLock(session);
+  if (!hold.emplace()) throw refusal("the store cannot be locked");
   entry.interrupted = entry.stage != Stage::kWaiting;
   if (!goesForward(entry) && entry.stage != Stage::kBack) {
     entry.stage = Stage::kBack;
     tolerate([&] { journal.write(entry); });
   }
   carryOutEntry(actingFor(session, entry), home, entry);
+  hold.reset();
   if (!goesForward(entry)) tolerate([&] { journal.remember(entry.id, "taken back"); });
   journal.remove();
   tell(sentenceOf(entry));

@@ -8,8 +8,9 @@ namespace {
 
 constexpr char kNobody[] = "--";
 
-bool isKnown(const std::string& name) {
+bool isKnown(const Session& session, const std::string& name) {
   UserAccount account;
+  awaitLock(session);
   return !name.empty() && getUserAccount(name.c_str(), &account) == 0;
 }
 
@@ -18,14 +19,14 @@ bool isKnown(const std::string& name) {
 // The library takes the beginning of a name and an empty password for a question whether there is such a user.
 bool authentic(const Session& session, const std::string& name, const char* password) {
   requireStore(session);
-  const bool known = isKnown(name);
+  const bool known = isKnown(session, name);
   awaitLock(session);
   const bool right = authenticateUser(known ? name.c_str() : kNobody, password) == 1;
   return known && right && *password;
 }
 
 void logFailure(const Session& session, const std::string& name, const Entrance& entrance) {
-  const bool known = isKnown(name);
+  const bool known = isKnown(session, name);
   awaitLock(session);
   logEvent(entrance.failure, entrance.source, known ? name.c_str() : kNobody);
 }
