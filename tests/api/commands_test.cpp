@@ -136,7 +136,7 @@ TEST_F(CommandsTest, RoutesAndAddressesThatAreNotThere) {
   EXPECT_EQ(404, ask("DELETE", "/addresses/10.9.9.9").status);
   EXPECT_EQ(404, ask("GET", "/history/77").status);
   EXPECT_EQ(404, ask("POST", "/history/77/rollback").status);
-  EXPECT_EQ(400, ask("GET", "/interfaces/nosuch/link").status);
+  EXPECT_EQ(404, ask("GET", "/interfaces/nosuch/link").status);
 }
 
 TEST_F(CommandsTest, EveryListCanBeAskedFor) {

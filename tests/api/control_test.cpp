@@ -77,11 +77,30 @@ TEST_F(ControlTest, MetricsAreText) {
 }
 
 TEST_F(ControlTest, NotificationsAreSwitched) {
-  EXPECT_EQ(200, ask("PUT", "/notifications/2", {{"on", true}}).status);
-  EXPECT_EQ(true, jsonOf(ask("GET", "/notifications"))[1]["on"]);
-  EXPECT_EQ(200, ask("PUT", "/notifications/2", {{"on", false}}).status);
-  EXPECT_EQ(false, jsonOf(ask("GET", "/notifications"))[1]["on"]);
-  EXPECT_EQ(400, ask("PUT", "/notifications/4", {{"on", true}}).status);
+  shm->notificationStatus = 5;
+  const std::pair<bool, bool> kSteps[] = {{true, true}, {true, false}, {false, true}, {false, false}};
+  for (const auto& [on, changes] : kSteps) {
+    const std::string before = everything();
+    const api::Reply reply = ask("PUT", "/notifications/2", {{"on", on}});
+    EXPECT_EQ(200, reply.status) << reply.body;
+    EXPECT_EQ(changes, jsonOf(reply)["changed"]) << reply.body;
+    EXPECT_EQ(on ? 7 : 5, shm->notificationStatus) << "the others stay";
+    EXPECT_EQ(on, jsonOf(ask("GET", "/notifications"))[1]["on"]);
+    EXPECT_TRUE(before == everything());
+  }
+}
+
+TEST_F(ControlTest, WhatAPathNamesAndThereIsNotIsNotFound) {
+  for (const char* number : {"0", "4", "x", "-1", "99999999999999999999", "2x"}) {
+    EXPECT_EQ(404, ask("PUT", "/notifications/" + std::string(number), {{"on", true}}).status) << number;
+  }
+  for (const char* port : {"lans", "LAN", "router", "0", "eth0"}) {
+    EXPECT_EQ(404, ask("GET", "/interfaces/" + std::string(port) + "/link").status) << port;
+  }
+  for (const char* port : {"lans", "bridge", "1"}) {
+    EXPECT_EQ(404, ask("PUT", "/interfaces/" + std::string(port) + "/name", {{"name", "eth7"}}).status) << port;
+  }
+  EXPECT_EQ(422, ask("PUT", "/interfaces/lan/name", {{"name", "an impossible name"}}).status);
 }
 
 TEST_F(ControlTest, ChangesAndLogInsAreToldWhoHoldsTheStore) {

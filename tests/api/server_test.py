@@ -40,8 +40,14 @@ def DeadWorkersAreStartedAgain():
     assert server.wait(60) == 0
 
 
+def serve_with_one_at_work():
+    """Of its two workers: the other is stopped, so that whoever is held up is seen."""
+    server = serve("--workers", "2")
+    os.kill(int(workers(server)[0]), signal.SIGSTOP)
+
+
 def WhoWaitsForTheStoreHoldsUpNobody():
-    serve("--workers", "1")
+    serve_with_one_at_work()
     browser = Browser().log_in()
     holder = hold_lock()
     found = []
@@ -60,7 +66,7 @@ def WhoWaitsForTheStoreHoldsUpNobody():
 
 
 def EventsComeAsTheyHappenAndEndWithTheSession():
-    serve("--workers", "1")
+    serve_with_one_at_work()
     browser = Browser().log_in()
     stream = browser.open("GET", "/events/stream")
     assert stream.status == 200 and stream.headers["Content-Type"] == "text/event-stream"
@@ -180,6 +186,19 @@ def SecondServerLeavesTheFirstAlone():
     assert answers()
 
 
+def WorkersAreTwoToFour():
+    for number in "0", "1", "5", "16", "-2", "x", "2.5", "":
+        refused = subprocess.run([PROGRAM, "--workers", number], stderr=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        assert (refused.returncode, refused.stdout) == (2, ""), refused
+        assert "--workers" in refused.stderr, refused
+        assert not os.path.exists(SOCKET), number
+    for number in "2", "3", "4":
+        server = serve("--workers", number)
+        wait_for("all of them", lambda: len(workers(server)) == int(number))
+        server.terminate()
+        assert server.wait(60) == 0
+
+
 def SocketIsForRootAndTheWebServer():
     serve()
     facts = os.stat(SOCKET)
@@ -244,7 +263,7 @@ def holds(process, secret):
 
 
 def PasswordsStayNowhere():
-    server = serve("--workers", "1")
+    server = serve("--workers", "2")
     browser = Browser().log_in()
     guess, first, second, wrong = "Gu3ssed-Secret!", "F1rst-Secret!", "0ther~Words?7", "N0t-The-Old-One!"
     assert Browser().ask("POST", "/session", {"user": "alice", "password": guess})[0] == 401

@@ -4,6 +4,7 @@
 
 #include "tests/api/samples.h"
 #include "tools/api/openapi.h"
+#include "tools/api/tag.h"
 
 namespace kestrove::testing {
 namespace {
@@ -78,6 +79,80 @@ TEST_F(TagsTest, EveryTableIsChangedOnlyByWhoSawItAsItIs) {
     ++tables;
   }
   EXPECT_GT(tables, 20);
+}
+
+TEST(TagTest, ListsOfTagsAreReadWhole) {
+  const std::pair<const char*, const char*> kLists[] = {{R"("a")", R"("a")"},
+                                                        {R"("a","b")", R"("a" "b")"},
+                                                        {R"( "a" , W/"b" ,"c d")", ""},
+                                                        {R"( "a" ,	W/"b" )", R"("a" weak"b")"},
+                                                        {R"(,, "a",, "b" ,)", R"("a" "b")"},
+                                                        {R"("a,b", "*")", R"("a,b" "*")"},
+                                                        {R"("")", R"("")"},
+                                                        {"\"\xc3\xa4\"", "\"\xc3\xa4\""},
+                                                        {"*", "any"},
+                                                        {" * ", "any"}};
+  for (const auto& [header, wanted] : kLists) {
+    const auto given = api::tagsIn(header);
+    std::string found = given && given->any ? "any" : "";
+    for (const api::GivenTag& one : given ? given->all : std::vector<api::GivenTag>()) {
+      found += (found.empty() ? "" : " ") + std::string(one.weak ? "weak" : "") + one.text;
+    }
+    EXPECT_EQ(wanted, found) << header;
+  }
+  for (const char* rubbish : {"", " ", ",", "a", R"("a)", R"(a")", R"("a" "b")", R"(w/"a")", R"(W/ "a")", "W/",
+                              R"(*, "a")", R"("a", *)", R"("a"b)", "**", "\"a\x7f\"", "\"a\nb\"", R"("a";q=1)"}) {
+    EXPECT_FALSE(api::tagsIn(rubbish)) << rubbish;
+  }
+}
+
+TEST_F(TagsTest, ChangeNeedsATagThatIsWholeAndStrong) {
+  const std::string path = "/items/compression";
+  const std::string other = "\"" + std::string(32, '0') + "\"";
+  const auto now = [&] { return ask("GET", path).header("ETag"); };
+  const auto put = [&](const std::string& tags) {
+    const bool on = shm->config.compression == SHM_ON;
+    return askIf(tags, "PUT", path, {{"value", on ? "off" : "on"}}).status;
+  };
+  for (const std::string& tags : {"W/" + now(), other, "W/" + now() + ", " + other, "\"x" + now().substr(1),
+                                  now().substr(0, 20) + "\"", "\"" + now().substr(2)}) {
+    const std::string before = everything();
+    EXPECT_EQ(412, put(tags)) << tags;
+    EXPECT_TRUE(before == everything()) << tags;
+  }
+  for (const std::string& tags : {std::string(), "x" + now(), now() + "x", now().substr(1, 32), "*, " + now()}) {
+    const std::string before = everything();
+    EXPECT_EQ(400, put(tags)) << tags;
+    EXPECT_TRUE(before == everything()) << tags;
+  }
+  EXPECT_EQ(200, put(now()));
+  EXPECT_EQ(200, put(other + " , " + now()));
+  EXPECT_EQ(200, put("W/" + now() + "," + now()));
+  EXPECT_EQ(200, put("*"));
+}
+
+TEST_F(TagsTest, LookIsSparedByAWeakTagToo) {
+  const auto look = [&](const std::string& tags) {
+    api::Request made = from(alice_, request("GET", "/rules"));
+    made.headers["if-none-match"] = tags;
+    return api::answer(made).status;
+  };
+  const std::string tag = ask("GET", "/rules").header("ETag");
+  for (const std::string& tags : {tag, "W/" + tag, "\"x\", W/" + tag, std::string("*")})
+    EXPECT_EQ(304, look(tags)) << tags;
+  for (const std::string& tags : {std::string("\"x\""), "x" + tag, tag.substr(1, 32), std::string()}) {
+    EXPECT_EQ(200, look(tags)) << tags;
+  }
+}
+
+TEST_F(TagsTest, OperationOfABatchWhoseTagIsNoneStopsItAtItsBeginning) {
+  Json first = sampleOperation();
+  Json second = sampleOperation();
+  second["ifMatch"] = "rubbish";
+  const std::string before = everything();
+  const api::Reply reply = ask("POST", "/batch", {{"operations", {first, second}}});
+  EXPECT_EQ(400, reply.status) << reply.body;
+  EXPECT_TRUE(before == everything());
 }
 
 TEST_F(TagsTest, EveryItemThatIsSetToWhatItIsStaysAndIsNotWritten) {

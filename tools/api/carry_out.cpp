@@ -8,12 +8,13 @@
 #include "kestrove/errors.h"
 #include "kestrove/segment.h"
 #include "tools/api/command.h"
-#include "tools/api/digest.h"
 #include "tools/api/failure.h"
 #include "tools/api/kept_tables.h"
+#include "tools/api/tag.h"
 #include "tools/ctl/held_look.h"
 #include "tools/ctl/history/pending.h"
 #include "tools/ctl/item_names.h"
+#include "tools/ctl/place.h"
 #include "tools/ctl/shell/glance.h"
 
 namespace api {
@@ -30,33 +31,34 @@ Json pickedRow(const Route& route, const Json& rows) {
   throw Failure(404, route.parts.at(name) + ": there is none", ctl::kRefused);
 }
 
-bool listed(const std::string& header, const std::string& tag) {
-  return header == "*" || header.find(tag) != std::string::npos;
-}
-
 // The settings stand together in the store, in front of what is counted.
 std::string settingsOf(const ShmData& store) {
   const char* begin = reinterpret_cast<const char*>(&store.config);
   return {begin, reinterpret_cast<const char*>(&store.qos)};
 }
 
+std::string notificationsOf(const ShmData& store) { return {1, static_cast<char>(store.notificationStatus)}; }
+
 // Looks at the store before a change and behind it, while nobody else can change it.
 class ChangeWatch {
  public:
   ChangeWatch(const ctl::Session& session, const Route& route, const Request& request)
-      : reading_(session), words_(wordsFrom(route.endpoint->table, route.parts)), wanted_(request.header("if-match")) {
+      : reading_(session),
+        words_(wordsFrom(route.endpoint->table, route.parts)),
+        wanted_(wantedTags(request)),
+        watched_(route.endpoint->path == std::string("/notifications/{number}") ? notificationsOf : settingsOf) {
     reading_.comment.clear();
     reading_.confirmMinutes = -1;
-    if (!wanted_.empty() && words_.empty()) throw Failure(400, "the resource has no ETag to match");
+    if (wanted_ && words_.empty()) throw Failure(400, "the resource has no ETag to match");
   }
 
   void look(bool made) {
     if (made) {
-      changed_ = settingsOf(*shm) != before_;
+      changed_ = watched_(*shm) != before_;
       return;
     }
-    before_ = settingsOf(*shm);
-    if (!wanted_.empty() && !listed(wanted_, tagOf(run(reading_, words_).text))) refuse();
+    before_ = watched_(*shm);
+    if (wanted_ && !wanted_->hasStrong(tagOf(run(reading_, words_).text))) refuse();
   }
 
   bool mismatched() const { return mismatched_; }
@@ -70,7 +72,8 @@ class ChangeWatch {
 
   ctl::Session reading_;
   std::vector<std::string> words_;
-  std::string wanted_;
+  std::optional<GivenTags> wanted_;
+  std::string (*watched_)(const ShmData&);
   std::string before_;
   std::optional<bool> changed_;
   bool mismatched_ = false;
@@ -92,7 +95,8 @@ Reply replyOf(const Printed& printed, const Route& route) {
 }
 
 Reply tableReply(const Request& request, const Route& route, const KeptTable& table) {
-  if (request.has("if-none-match") && listed(request.header("if-none-match"), table.tag)) {
+  const std::optional<GivenTags> known = tagsIn(request.header("if-none-match"));
+  if (known && known->has(table.tag)) {
     return {.status = 304, .body = {}, .headers = {{"ETag", table.tag}}};
   }
   Reply reply = {.status = 200, .body = {}, .headers = {{"Content-Type", kJsonType}, {"ETag", table.tag}}};
@@ -178,6 +182,29 @@ void requireItem(const Route& route) {
   throw Failure(404, found->second + ": no such item");
 }
 
+bool isOneOf(const ctl::Type& type, const std::string& word) {
+  if (type.form == ctl::Form::kWord) return ctl::findName(type.words, word) != nullptr;
+  if (type.form != ctl::Form::kNumber || type.most == INT_MAX) return true;
+  const std::optional<uint64_t> number = ctl::readDigits(word);
+  return number && static_cast<int64_t>(*number) >= type.least && *number <= static_cast<uint64_t>(type.most);
+}
+
+// Of what the command takes by name or up to a number the path names one: a port, a notification.
+void requireOneOfFew(const Route& route) {
+  std::vector<std::string> words;
+  for (const std::string& word : ctl::wordsOf(route.endpoint->words)) {
+    if (!word.starts_with("{")) {
+      words.push_back(word);
+      continue;
+    }
+    const auto found = route.parts.find(word.substr(1, word.size() - 2));
+    const ctl::Value* value = ctl::placeBehind(ctl::grammar(), words).next;
+    words.push_back(word);
+    if (!value || found == route.parts.end() || isOneOf(value->type, found->second)) continue;
+    throw Failure(404, found->second + ": none of " + ctl::typeText(value->type));
+  }
+}
+
 }  // namespace
 
 int statusOf(int exit, const Json& value, const Route& route) {
@@ -200,8 +227,6 @@ int statusOf(int exit, const Json& value, const Route& route) {
   }
 }
 
-std::string tagOf(const std::string& body) { return '"' + digest(body).substr(0, 32) + '"'; }
-
 std::optional<Reply> knownReply(const Request& request, const Route& route) {
   if (!isKept(route)) return std::nullopt;
   const std::optional<KeptTable> table = keptTable(spoken(route, request).words);
@@ -210,6 +235,7 @@ std::optional<Reply> knownReply(const Request& request, const Route& route) {
 
 Reply carryOut(const Request& request, const Route& route, const Caller& caller) {
   requireItem(route);
+  requireOneOfFew(route);
   const ctl::Session session = sessionOf(request, caller);
   const Spoken words = spoken(route, request);
   if (route.endpoint->reads()) return readReply(request, route, session, words);

@@ -12,9 +12,6 @@ namespace api {
 // As a command's exit status is answered: {200, ...}. Revisions and rows that are not there are told by the route.
 int statusOf(int exit, const Json& error, const Route& route);
 
-// The mark of a table's content, as it stands in the headers ETag and If-Match.
-std::string tagOf(const std::string& body);
-
 // The reply to a look at a table that is known to be as it was; made without the lock.
 std::optional<Reply> knownReply(const Request& request, const Route& route);
 

@@ -21,16 +21,9 @@ constexpr size_t kLongestDropped = 16 << 20;
 constexpr const char* kSingle[] = {"host",         "origin",         "authorization", "x-csrf-token",
                                    "content-type", "content-length", "if-match",      "x-kestrove-client"};
 
-std::string lower(const char* text) {
-  std::string made = text ? text : "";
-  std::ranges::transform(made, made.begin(),
-                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-  return made;
-}
-
 MHD_Result takeHeader(void* closure, MHD_ValueKind, const char* key, const char* value) {
   Request& request = *static_cast<Request*>(closure);
-  const std::string name = lower(key);
+  const std::string name = lower(key ? key : "");
   const std::string text = value ? value : "";
   const auto [place, fresh] = request.headers.emplace(name, text);
   if (fresh) return MHD_YES;

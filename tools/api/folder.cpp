@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "tools/common/lock_wait.h"
+#include "tools/common/write_whole.h"
 #include "tools/ctl/session.h"
 
 namespace api {
@@ -22,15 +23,6 @@ using kestrove::sys::Descriptor;
 
 constexpr size_t kLongest = 1 << 20;
 constexpr int kPauseMicroseconds = 5000;
-
-bool writeAll(int fd, const std::string& text) {
-  for (size_t done = 0; done < text.size();) {
-    const ssize_t length = ::write(fd, text.data() + done, text.size() - done);
-    if (length < 0 && errno != EINTR) return false;
-    if (length > 0) done += static_cast<size_t>(length);
-  }
-  return true;
-}
 
 }  // namespace
 
@@ -58,7 +50,7 @@ void Folder::write(const std::string& name, const std::string& text) const {
   const std::string fresh = pathOf(name) + ".new." + std::to_string(getpid());
   Descriptor file(open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600));
   if (!file) throw ctl::systemRefusal(pathOf(name), errno);
-  if (writeAll(file.get(), text) && rename(fresh.c_str(), pathOf(name).c_str()) == 0) return;
+  if (tools::writeWhole(file.get(), text) && rename(fresh.c_str(), pathOf(name).c_str()) == 0) return;
   const int error = errno;
   unlink(fresh.c_str());
   throw ctl::systemRefusal(pathOf(name), error);

@@ -18,12 +18,6 @@ namespace {
 constexpr char kBearer[] = "Bearer ";
 constexpr size_t kLongestHost = 255;
 
-std::string lower(std::string text) {
-  std::ranges::transform(text, text.begin(),
-                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-  return text;
-}
-
 // "[fd00::1]:443" as "fd00::1"; empty for what is no host.
 std::string hostName(const std::string& host) {
   const bool bracketed = host.starts_with("[");

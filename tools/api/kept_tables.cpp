@@ -7,7 +7,7 @@
 
 #include "kestrove/layout.h"
 #include "kestrove/segment.h"
-#include "tools/api/digest.h"
+#include "tools/api/tag.h"
 #include "tools/ctl/held_look.h"
 
 namespace api {
@@ -52,7 +52,7 @@ class Kept {
       tables_.clear();
       length_ = 0;
     }
-    if (tables_.emplace(key, KeptTable{text, '"' + digest(text).substr(0, 32) + '"'}).second) length_ += text.size();
+    if (tables_.emplace(key, KeptTable{text, tagOf(text)}).second) length_ += text.size();
   }
 
  private:

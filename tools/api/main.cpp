@@ -12,6 +12,10 @@
 
 namespace {
 
+// One that works for all of the others is not enough where it is busy; more only take memory.
+constexpr int kFewestWorkers = 2;
+constexpr int kMostWorkers = 4;
+
 constexpr char kExitCodes[] =
     "Exit status:\n"
     "  0  told to end; or done\n"
@@ -55,7 +59,9 @@ int run(int argc, char** argv) {
   app.set_version_flag("--version", tools::versionText("kestrove-api"));
   app.add_option("--socket", line.place.path, "Where it listens")->capture_default_str();
   app.add_option("--group", line.place.group, "Who may connect beside root")->capture_default_str();
-  app.add_option("--workers", line.workers, "Processes that answer")->check(CLI::Range(1, 16))->capture_default_str();
+  app.add_option("--workers", line.workers, "Processes that answer")
+      ->check(CLI::Range(kFewestWorkers, kMostWorkers))
+      ->capture_default_str();
   app.add_option("--host", line.settings.names, "A further name of the appliance, in small letters");
   addTokens(app, line, out);
   try {

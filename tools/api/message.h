@@ -2,6 +2,7 @@
 // What comes in and what goes out, without the socket between.
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <utility>
@@ -48,6 +49,13 @@ struct Reply {
 
 constexpr double kPatience = 2;  // seconds that a request waits for locks, for all together
 constexpr char kJsonType[] = "application/json";
+
+// Of names that are the same in capitals: headers, hosts.
+inline std::string lower(std::string text) {
+  std::ranges::transform(text, text.begin(),
+                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+  return text;
+}
 
 inline Reply jsonReply(int status, const Json& value) {
   return {.status = status, .body = ctl::jsonText(value, 2) + "\n", .headers = {{"Content-Type", kJsonType}}};

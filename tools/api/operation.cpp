@@ -5,6 +5,7 @@
 
 #include "tools/api/failure.h"
 #include "tools/api/router.h"
+#include "tools/api/tag.h"
 
 namespace api {
 namespace {
@@ -49,6 +50,7 @@ Operation operationOf(const Json& given, const Request& whole, const Caller& cal
   made.route = routeOf(made.request.method, made.request.path);
   if (*made.route.endpoint->special) throw Failure(400, made.request.path + ": not within a request");
   if (made.route.endpoint->right == Right::kChange && !caller.changes) throw Failure(403, "may only read");
+  wantedTags(made.request);
   spoken(made.route, made.request);
   return made;
 }

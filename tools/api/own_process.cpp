@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "tools/common/lock_wait.h"
+#include "tools/common/write_whole.h"
 
 namespace api {
 namespace {
@@ -55,15 +56,6 @@ void leaveConnections() {
   }
 }
 
-bool writeAll(int fd, const std::string& text) {
-  for (size_t done = 0; done < text.size();) {
-    const ssize_t length = write(fd, text.data() + done, text.size() - done);
-    if (length < 0 && errno != EINTR) return false;
-    if (length > 0) done += static_cast<size_t>(length);
-  }
-  return true;
-}
-
 // The change is made to its end, whatever becomes of who asked for it.
 [[noreturn]] void live(int out, const std::function<Reply()>& work) {
   setsid();
@@ -72,7 +64,7 @@ bool writeAll(int fd, const std::string& text) {
   leaveConnections();
   tools::limitWaits(kPatience);
   const Reply reply = work();
-  const bool said = writeAll(out, asJson(reply).dump() + "\n" + reply.body);
+  const bool said = tools::writeWhole(out, asJson(reply).dump() + "\n" + reply.body);
   fflush(nullptr);
   _exit(said ? 0 : 1);
 }
@@ -96,7 +88,7 @@ OwnProcess::OwnProcess(OwnProcess&& other) noexcept
   other.child_ = -1;
 }
 
-// One that nobody waits for any more ends by itself; it is taken in when the worker looks for the dead.
+// A worker hears the end of each of its own; those that are left when it ends itself end by themselves, and are init's.
 OwnProcess::~OwnProcess() = default;
 
 bool OwnProcess::take() {

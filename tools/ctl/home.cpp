@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "tools/common/lock_wait.h"
+#include "tools/common/write_whole.h"
 #include "tools/ctl/session.h"
 
 namespace ctl {
@@ -45,15 +46,6 @@ std::string readWhole(int fd, const std::string& path) {
     if (length > 0) text.append(buffer, static_cast<size_t>(length));
   }
   return text;
-}
-
-bool writeWhole(int fd, const std::string& text) {
-  for (size_t done = 0; done < text.size();) {
-    const ssize_t length = ::write(fd, text.data() + done, text.size() - done);
-    if (length < 0 && errno != EINTR) return false;
-    if (length > 0) done += static_cast<size_t>(length);
-  }
-  return true;
 }
 
 Descriptor openLock(const Home& home) {
@@ -110,7 +102,7 @@ void Home::write(const std::string& name, const std::string& text) const {
   Descriptor file(
       openat(folder_.get(), fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, kOwnersFile));
   if (!file) throw systemRefusal(pathOf(name), errno);
-  if (!writeWhole(file.get(), text) || fsync(file.get()) != 0 || ::close(file.release()) != 0) {
+  if (!tools::writeWhole(file.get(), text) || fsync(file.get()) != 0 || ::close(file.release()) != 0) {
     const int error = errno;
     unlinkat(folder_.get(), fresh.c_str(), 0);
     throw systemRefusal(pathOf(name), error);

@@ -8,6 +8,7 @@
 #include "tools/common/hold.h"
 #include "tools/common/plain_text.h"
 #include "tools/ctl/commands.h"
+#include "tools/ctl/held_look.h"
 #include "tools/ctl/kernel_tables.h"
 #include "tools/ctl/reading.h"
 #include "tools/ctl/settings/difference.h"
@@ -186,9 +187,12 @@ void leaveDebug(const Session& session) {
   showLeft(session, leave(session, kDebug, [](Json&) {}));
 }
 
+// Leaving it so, which the library's own look does not.
+bool isOn(int notification) { return (shm->notificationStatus & (1 << (notification - 1))) != 0; }
+
 Json notificationRows() {
   Json rows = Json::array();
-  for (int n = 1; n <= 3; ++n) rows.push_back({{"number", n}, {"on", (shm->notificationStatus & (1 << (n - 1))) != 0}});
+  for (int n = 1; n <= 3; ++n) rows.push_back({{"number", n}, {"on", isOn(n)}});
   return rows;
 }
 
@@ -201,8 +205,14 @@ struct SwitchLine {
 void setNotification(const Session& session, const SwitchLine& line) {
   requireStore(session);
   awaitLock(session);
-  accept(line.position == SHM_ON ? setNotificationStatus(line.number) : getNotificationStatus(line.number),
-         "notification");
+  const tools::Hold hold;
+  if (!hold) throw refusal("the store cannot be locked");
+  HeldLook::call(false);
+  const bool on = line.position == SHM_ON;
+  if (!session.leavesEqual || on != isOn(line.number)) {
+    accept(on ? setNotificationStatus(line.number) : getNotificationStatus(line.number), "notification");
+  }
+  HeldLook::call(true);
   session.done("notification " + std::to_string(line.number) + " is " + switchText(line.position));
 }
 
