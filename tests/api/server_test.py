@@ -149,6 +149,23 @@ def RequestThatItsSenderGivesUpIsEnded():
             assert raw.recv(1) == b"", sent
 
 
+def WholeRequestIsAnsweredToWhoSendsNothingMore():
+    serve()
+    browser = Browser().log_in()
+    secrets = "".join(f"{name}: {value}\r\n" for name, value in browser.headers.items())
+    script = json.dumps({"script": "# a long script\n" * 100000, "check": True})
+    whole = (f"GET /api/1/rules HTTP/1.1\r\nHost: localhost\r\n{secrets}\r\n",
+             f"POST /api/1/apply HTTP/1.1\r\nHost: localhost\r\n{secrets}Content-Type: application/json\r\n"
+             f"Content-Length: {len(script)}\r\n\r\n{script}")
+    for sent in whole * 10:
+        with socket.socket(socket.AF_UNIX) as raw:
+            raw.settimeout(60)
+            raw.connect(SOCKET)
+            raw.sendall(sent.encode())
+            raw.shutdown(socket.SHUT_WR)
+            assert raw.recv(64).startswith(b"HTTP/1.1 200"), sent[:200]
+
+
 def ArchiveForSupportComesAndStaysNowhere():
     serve()
     reply = Browser().log_in().open("GET", "/support")
