@@ -4,8 +4,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -50,6 +52,7 @@ class ApiTest : public StoreTest {
     shm->eventLog.writeIndex = 0;
   }
   void TearDown() override {
+    endWatchers();
     for (const char* path : {"/run/kestrove/sessions", "/run/kestrove/failures", "/var/lib/kestrove"}) {
       std::filesystem::remove_all(path);
     }
@@ -123,6 +126,20 @@ class ApiTest : public StoreTest {
   }
 
  private:
+  static bool isWatcher(int process) {
+    return readFile("/proc/" + std::to_string(process) + "/cmdline")
+        .starts_with(std::string("kestrovectl\0confirm-", 20));
+  }
+  // Whoever waits for a confirmation would still write while all is removed.
+  static void endWatchers() {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+      const int process = atoi(entry.path().filename().c_str());
+      if (process <= 0 || !isWatcher(process)) continue;
+      kill(process, SIGKILL);
+      while (isWatcher(process)) usleep(1000);
+    }
+  }
+
   // A file that is written anew is another one.
   static std::string numberOf(const std::string& file) {
     struct stat facts = {};

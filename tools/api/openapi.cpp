@@ -155,7 +155,7 @@ const ctl::Command* commandOf(const Endpoint& row) {
 std::string resultOf(const Endpoint& row) {
   if (mediaOf(row) != std::string(kJsonType)) return "{type: string}";
   const std::optional<ctl::Shape> shape = resultShape(row);
-  const std::string schema = shape ? schemaOf(*shape) : "{}";
+  std::string schema = shape ? schemaOf(*shape) : "{}";
   const bool list = shape && shape->kind == ctl::Shape::Kind::kList;
   if (!changes(row) || *row.special || list) return schema;
   return "{allOf: [" + schema + ", {$ref: \"#/components/schemas/change\"}, {$ref: \"#/components/schemas/changed\"}]}";
