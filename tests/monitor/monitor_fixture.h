@@ -85,7 +85,7 @@ class ManagersEar {
   }
   ~ManagersEar() {
     close(socket_);
-    unsetenv("NOTIFY_SOCKET");
+    for (const char* name : {"NOTIFY_SOCKET", "WATCHDOG_USEC", "WATCHDOG_PID"}) unsetenv(name);
   }
   std::string hear() const {
     char words[256] = "";

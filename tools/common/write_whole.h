@@ -12,8 +12,9 @@ namespace tools {
 inline bool writeWhole(int fd, const std::string& text) {
   for (size_t done = 0; done < text.size();) {
     const ssize_t length = write(fd, text.data() + done, text.size() - done);
-    if (length < 0 && errno != EINTR) return false;
-    if (length > 0) done += static_cast<size_t>(length);
+    if (length < 0 && errno == EINTR) continue;
+    if (length <= 0) return false;
+    done += static_cast<size_t>(length);
   }
   return true;
 }

@@ -10,6 +10,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "tools/common/write_whole.h"
+
 namespace init {
 namespace {
 
@@ -32,23 +34,13 @@ std::string nameFor(const std::string& path, const std::string& content) {
   return name;
 }
 
-bool writeAll(int fd, const std::string& content) {
-  for (size_t done = 0; done < content.size();) {
-    const ssize_t written = write(fd, content.data() + done, content.size() - done);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    done += static_cast<size_t>(written);
-  }
-  return fsync(fd) == 0;
-}
-
 // Under another name first: a copy that is there is whole.
 int writeCopy(const std::string& name, const std::string& content, mode_t mode) {
   const std::string unfinished = name + ".new";
   unlink(unfinished.c_str());
   const int fd = open(unfinished.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
   if (fd == -1) return errno;
-  int error = writeAll(fd, content) ? 0 : errno;
+  int error = tools::writeWhole(fd, content) && fsync(fd) == 0 ? 0 : errno;
   close(fd);
   if (error == 0 && rename(unfinished.c_str(), name.c_str()) != 0) error = errno;
   if (error != 0) unlink(unfinished.c_str());
