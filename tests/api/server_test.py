@@ -41,9 +41,19 @@ def DeadWorkersAreStartedAgain():
 
 
 def serve_with_one_at_work():
-    """Of its two workers: the other is stopped, so that whoever is held up is seen."""
+    """Of its two workers: the other is stopped, so that whoever is held up is seen. Not while it has the store."""
     server = serve("--workers", "2")
-    os.kill(int(workers(server)[0]), signal.SIGSTOP)
+
+    def stopped():
+        worker = int(workers(server)[0])
+        os.kill(worker, signal.SIGSTOP)
+        wait_for("it is stopped", lambda: pathlib.Path(f"/proc/{worker}/stat").read_text().rpartition(")")[2].split()[0] == "T")
+        if json.loads(ctl("status", "--json"))["lockHeldBy"] == "nobody":
+            return True
+        os.kill(worker, signal.SIGCONT)
+        return False
+
+    wait_for("a worker is stopped without the store", stopped)
 
 
 def WhoWaitsForTheStoreHoldsUpNobody():
@@ -51,7 +61,7 @@ def WhoWaitsForTheStoreHoldsUpNobody():
     browser = Browser().log_in()
     holder = hold_lock()
     found = []
-    waiting = [threading.Thread(target=lambda: found.append(browser.ask("GET", "/rules"))) for _ in range(5)]
+    waiting = [threading.Thread(target=lambda: found.append(browser.ask("GET", "/check"))) for _ in range(5)]
     for thread in waiting:
         thread.start()
     assert Browser().ask("GET", "")[0] == 200 and not found, "the only worker answers meanwhile"
@@ -62,7 +72,24 @@ def WhoWaitsForTheStoreHoldsUpNobody():
     assert [status for status, _ in found] == [503] * 5, found
     assert all(f"process {holder.pid}" in body["error"]["message"] for _, body in found), found
     holder.communicate("")
-    assert browser.ask("GET", "/rules")[0] == 200
+    assert browser.ask("GET", "/check")[0] == 200
+
+
+def TableIsThereForWhoNeverAskedWhileOthersHaveTheStore():
+    serve_with_one_at_work()
+    browser = Browser().log_in()
+    ctl("rule", "add", "0", "--from", "10.7.0.0/16")
+
+    pause = iter(range(1, 60))
+
+    def answered():
+        time.sleep(next(pause))  # an idle worker looks once a second
+        holder = hold_lock()
+        replies = [browser.ask("GET", path) for path in ("/items", "/rules", "/users", "/routes", "/routes6", "/addresses", "/mode")]
+        holder.communicate("")
+        return [status for status, _ in replies] == [200] * 7 and replies[1][1][0]["source"] == "10.7.0.0/16"
+
+    wait_for("the server has looked itself", answered)
 
 
 def EventsComeAsTheyHappenAndEndWithTheSession():

@@ -233,6 +233,12 @@ std::optional<Reply> knownReply(const Request& request, const Route& route) {
   return table ? std::optional(tableReply(request, route, *table)) : std::nullopt;
 }
 
+void lookAhead(const Route& route) {
+  if (!isKept(route)) return;
+  const std::vector<std::string> words = spoken(route, {}).words;
+  if (!keptTable(words)) runAndKeep(sessionOf({}, {}), words);
+}
+
 Reply carryOut(const Request& request, const Route& route, const Caller& caller) {
   requireItem(route);
   requireOneOfFew(route);

@@ -15,6 +15,9 @@ int statusOf(int exit, const Json& error, const Route& route);
 // The reply to a look at a table that is known to be as it was; made without the lock.
 std::optional<Reply> knownReply(const Request& request, const Route& route);
 
+// Keeps what a look at a table would say now, where it is one that is kept and that is not known.
+void lookAhead(const Route& route);
+
 // In this process. The input, where there is some, takes the place of its standard input.
 Reply carryOut(const Request& request, const Route& route, const Caller& caller);
 

@@ -193,6 +193,19 @@ Plan planOn(const ShmData& store, const Request& request, const Settings& settin
   });
 }
 
+void freshenTables() {
+  try {
+    const ShmData& store = presentStore();
+    if (tools::lookAtLock().state != tools::LockState::kFree) return;
+    tools::limitWaits(0);
+    for (const Endpoint& row : endpoints()) {
+      const Route route = {&row, {}};
+      if (placesIn(row.path).empty() && !lasts(store, route)) lookAhead(route);
+    }
+  } catch (const std::exception&) {  // no store: there will be one
+  }
+}
+
 Reply answer(const Request& request, const Settings& settings) {
   const Plan made = plan(request, settings);
   if (made.reply) return *made.reply;

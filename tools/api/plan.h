@@ -37,6 +37,10 @@ Plan plan(const Request& request, const Settings& settings);
 // The same with a store of the caller's.
 Plan planOn(const ShmData& store, const Request& request, const Settings& settings);
 
+// Looks at the tables that would be kept and are not, unless somebody has the store: who asks for one
+// while somebody does is answered nevertheless.
+void freshenTables();
+
 // The first, done to the end: without a socket.
 Reply answer(const Request& request, const Settings& settings = {});
 

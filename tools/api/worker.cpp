@@ -143,6 +143,8 @@ void Worker::look() {
   if (now() - looked_ < kLookSeconds) return;
   looked_ = now();
   endOld();
+  freshenTables();
+  unfit_ = unfit_ || shm_lock_count != 0;
   if (streams() > 0) {
     tellNews();
   } else {
