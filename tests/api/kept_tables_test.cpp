@@ -56,6 +56,17 @@ TEST_F(KeptTablesTest, EveryFieldOfASettingIsSeen) {
   }
 }
 
+TEST_F(KeptTablesTest, TooLongTableIsKnownToHaveBeenPrintedUntilTheStoreChanges) {
+  const std::vector<std::string> words = ctl::wordsOf("rule list");
+  shm->filterTable.ruleCount = SHM_RULES;
+  EXPECT_FALSE(api::printedSince(words));
+  ASSERT_GT(api::runAndKeep(session(), words).text.size(), 256u * 1024);
+  EXPECT_FALSE(api::keptTable(words));
+  EXPECT_TRUE(api::printedSince(words));
+  shm->config.wanLinkRate ^= 1;
+  EXPECT_FALSE(api::printedSince(words));
+}
+
 TEST_F(KeptTablesTest, WhoHoldsTheStoreHoldsUpNobodyWhoKnowsItAlready) {
   const Browser alice = browserOf("alice");
   const api::Reply first = ask(alice, "GET", "/items");

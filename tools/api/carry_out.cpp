@@ -236,7 +236,7 @@ std::optional<Reply> knownReply(const Request& request, const Route& route) {
 void lookAhead(const Route& route) {
   if (!isKept(route)) return;
   const std::vector<std::string> words = spoken(route, {}).words;
-  if (!keptTable(words)) runAndKeep(sessionOf({}, {}), words);
+  if (!printedSince(words)) runAndKeep(sessionOf({}, {}), words);
 }
 
 Reply carryOut(const Request& request, const Route& route, const Caller& caller) {

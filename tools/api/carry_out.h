@@ -15,7 +15,8 @@ int statusOf(int exit, const Json& error, const Route& route);
 // The reply to a look at a table that is known to be as it was; made without the lock.
 std::optional<Reply> knownReply(const Request& request, const Route& route);
 
-// Keeps what a look at a table would say now, where it is one that is kept and that is not known.
+// Keeps what a look at a table would say now, where it is one that is kept and has not been looked at
+// since the store changed.
 void lookAhead(const Route& route);
 
 // In this process. The input, where there is some, takes the place of its standard input.

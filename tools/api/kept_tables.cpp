@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstring>
 #include <map>
+#include <set>
 
 #include "kestrove/layout.h"
 #include "kestrove/segment.h"
@@ -37,21 +38,20 @@ class Kept {
     const auto found = tables_.find(key);
     return found == tables_.end() || !isOf(*shm) ? nullptr : &found->second;
   }
+  bool printed(const std::string& key) const { return printed_.contains(key) && isOf(*shm); }
   void take(const ShmData& store) {
     if (isOf(store)) return;
-    tables_.clear();
-    length_ = 0;
+    clear();
+    printed_.clear();
     for (size_t i = 0; i < std::size(kParts); ++i) {
       const auto* begin = reinterpret_cast<const char*>(&store) + kParts[i].begin;
       copies_[i].assign(begin, lengthOf(kParts[i], store));
     }
   }
   void add(const std::string& key, const std::string& text) {
+    printed_.insert(key);
     if (text.size() > kLongest) return;
-    if (tables_.size() >= kMost || length_ + text.size() > kLongest) {
-      tables_.clear();
-      length_ = 0;
-    }
+    if (tables_.size() >= kMost || length_ + text.size() > kLongest) clear();
     if (tables_.emplace(key, KeptTable{text, tagOf(text)}).second) length_ += text.size();
   }
 
@@ -66,9 +66,15 @@ class Kept {
     return true;
   }
 
+  void clear() {
+    tables_.clear();
+    length_ = 0;
+  }
+
   std::string copies_[std::size(kParts)];
   std::map<std::string, KeptTable> tables_;
   size_t length_ = 0;
+  std::set<std::string> printed_;
 };
 
 Kept kept;
@@ -85,6 +91,8 @@ std::optional<KeptTable> keptTable(const std::vector<std::string>& words) {
   const KeptTable* found = shm ? kept.find(keyOf(words)) : nullptr;
   return found ? std::optional(*found) : std::nullopt;
 }
+
+bool printedSince(const std::vector<std::string>& words) { return shm && kept.printed(keyOf(words)); }
 
 Printed runAndKeep(const ctl::Session& session, const std::vector<std::string>& words) {
   bool taken = false;

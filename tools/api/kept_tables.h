@@ -20,6 +20,9 @@ struct KeptTable {
 // that is under way when nothing differs yet is one that came later.
 std::optional<KeptTable> keptTable(const std::vector<std::string>& words);
 
+// Whether runAndKeep has printed them since the store last changed, be it that the text was too long to be kept.
+bool printedSince(const std::vector<std::string>& words);
+
 // Runs the words and keeps what they print.
 Printed runAndKeep(const ctl::Session& session, const std::vector<std::string>& words);
 

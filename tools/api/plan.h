@@ -37,8 +37,8 @@ Plan plan(const Request& request, const Settings& settings);
 // The same with a store of the caller's.
 Plan planOn(const ShmData& store, const Request& request, const Settings& settings);
 
-// Looks at the tables that would be kept and are not, unless somebody has the store: who asks for one
-// while somebody does is answered nevertheless.
+// Looks once behind each change of the store at the tables that are kept, unless somebody has it: who asks
+// for one while somebody does is answered nevertheless.
 void freshenTables();
 
 // The first, done to the end: without a socket.
