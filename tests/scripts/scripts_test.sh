@@ -92,6 +92,38 @@ ProgressPassesComplaintsOn() {
   equal "FAILED: a.o" "$(printf 'FAILED: a.o\nninja: no work to do.\n' | "$source/scripts/progress")"
 }
 
+until_said() { # WORDS FILE
+  for _ in $(seq 600); do
+    ! grep -q "$1" "$2" 2>/dev/null || return 0
+    sleep 0.05
+  done
+  fail "never said: $1"
+}
+
+SecondBuildInAFolderWaitsForTheFirst() {
+  mkdir -p "$scratch"/{bin,scripts}
+  cp "$source"/scripts/{build,progress} "$scratch/scripts"
+  cat > "$scratch/bin/cmake" <<- 'END'
+		#!/bin/sh
+		[ "$1" = --build ] || exit 0
+		echo begun >> calls
+		for _ in $(seq 600); do [ ! -e go ] || break; sleep 0.05; done
+		echo ended >> calls
+	END
+  chmod +x "$scratch/bin/cmake"
+  PATH=$scratch/bin:$PATH
+  "$scratch/scripts/build" one & first=$!
+  until_said begun "$scratch/calls"
+  "$scratch/scripts/build" one > "$scratch/said" & second=$!
+  until_said 'one is being built already' "$scratch/said"
+  "$scratch/scripts/build" other & other=$!
+  for _ in $(seq 600); do [ "$(grep -c begun "$scratch/calls")" != 2 ] || break; sleep 0.05; done
+  equal "begun begun" "$(echo $(cat "$scratch/calls"))"
+  touch "$scratch/go"
+  wait "$first" && wait "$second" && wait "$other" || fail "a build failed"
+  equal 3 "$(grep -c ended "$scratch/calls")"
+}
+
 # The story itself runs in the sandbox alone; here only its first lines.
 StoryIsColouredOnlyOnATerminal() {
   sed '/^scene "1/,$d; /inside/d' "$source/scripts/story" > "$scratch/story"
