@@ -82,7 +82,7 @@ def rates(cookie):
 
 def waits(cookie):
     holder = subprocess.Popen([LOAD, "hold", "200", "2000"])
-    for path in ("/items", "/rules", "/mode", "/users"):
+    for path in ("/items", "/items/compression", "/rules", "/mode", "/users"):
         _, median, most = asked("pace", 8, 100, path, cookie)
         yield f"GET {path} while the store is held, 50 of 100 within (ms)", median, None, ""
         yield f"GET {path} while the store is held, 99 of 100 within (ms)", most, 5, "at most"

@@ -56,6 +56,16 @@ TEST_F(KeptTablesTest, EveryFieldOfASettingIsSeen) {
   }
 }
 
+TEST_F(KeptTablesTest, WhoKnowsAllItemsKnowsEachOfThem) {
+  ASSERT_EQ(0, setShmString(SHM_TEXT_SYS_NAME, "K\xc3\xa4lte \"7\" \\ \xff"));
+  api::runAndKeep(session(), {"show"});
+  for (const ctl::ItemRow& row : ctl::itemRows()) {
+    const auto kept = api::keptTable({"show", row.name});
+    ASSERT_TRUE(kept) << row.name;
+    EXPECT_EQ(api::run(session(), {"show", row.name}).text, kept->text);
+  }
+}
+
 TEST_F(KeptTablesTest, TooLongTableIsKnownToHaveBeenPrintedUntilTheStoreChanges) {
   const std::vector<std::string> words = ctl::wordsOf("rule list");
   shm->filterTable.ruleCount = SHM_RULES;

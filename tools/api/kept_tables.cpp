@@ -85,6 +85,13 @@ std::string keyOf(const std::vector<std::string>& words) {
   return key;
 }
 
+// Each item is a table of one row.
+void addItems(const std::string& text) {
+  for (const Json& row : Json::parse(text)) {
+    kept.add(keyOf({"show", row["item"].get<std::string>()}), ctl::jsonText(Json::array({row}), 2) + "\n");
+  }
+}
+
 }  // namespace
 
 std::optional<KeptTable> keptTable(const std::vector<std::string>& words) {
@@ -104,7 +111,9 @@ Printed runAndKeep(const ctl::Session& session, const std::vector<std::string>& 
     });
     printed = run(session, words);
   }
-  if (taken && printed.exit == ctl::kDone) kept.add(keyOf(words), printed.text);
+  if (!taken || printed.exit != ctl::kDone) return printed;
+  kept.add(keyOf(words), printed.text);
+  if (words == std::vector<std::string>{"show"}) addItems(printed.text);
   return printed;
 }
 

@@ -23,7 +23,7 @@ std::optional<KeptTable> keptTable(const std::vector<std::string>& words);
 // Whether runAndKeep has printed them since the store last changed, be it that the text was too long to be kept.
 bool printedSince(const std::vector<std::string>& words);
 
-// Runs the words and keeps what they print.
+// Runs the words and keeps what they print; of all items together what each of them would print, too.
 Printed runAndKeep(const ctl::Session& session, const std::vector<std::string>& words);
 
 }  // namespace api
