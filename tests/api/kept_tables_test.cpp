@@ -2,6 +2,8 @@
 // Tables that are answered again without the store's lock.
 #include "tools/api/kept_tables.h"
 
+#include <unistd.h>
+
 #include <random>
 
 #include "tests/api/api_fixture.h"
@@ -54,6 +56,23 @@ TEST_F(KeptTablesTest, EveryFieldOfASettingIsSeen) {
     *field ^= 1;
     EXPECT_FALSE(api::keptTable(words));
   }
+}
+
+TEST_F(KeptTablesTest, LookAtCountersIsKnownUntilAnythingInTheStoreChanges) {
+  const std::vector<std::string> words = {"stats"};
+  const auto look = [&] { api::runAndKeep(session(), words, api::MadeOf::kMore); };
+  const auto known = [&] { return api::keptTable(words, api::MadeOf::kMore).has_value(); };
+  for (void* place : {static_cast<void*>(&shm->statistics), static_cast<void*>(&shm->eventLog.record[7]),
+                      static_cast<void*>(&shm->config.wanLinkRate)}) {
+    look();
+    EXPECT_TRUE(known());
+    *static_cast<uint8_t*>(place) ^= 1;
+    EXPECT_FALSE(known());
+  }
+  look();
+  EXPECT_TRUE(known());
+  usleep(1100000);
+  EXPECT_FALSE(known()) << "uptime goes on without the store";
 }
 
 TEST_F(KeptTablesTest, WhoKnowsAllItemsKnowsEachOfThem) {

@@ -95,6 +95,24 @@ def TableIsThereForWhoNeverAskedWhileOthersHaveTheStore():
     wait_for("the server has looked itself", answered)
 
 
+def LookOfAMomentAgoIsGoodWhileOthersHaveTheStore():
+    serve_with_one_at_work()
+    browser = Browser().log_in()
+    for path in ("/engine", "/tasks", "/statistics", "/notifications", "/interfaces"):
+        def again():
+            before = browser.ask("GET", path)
+            holder = hold_lock()
+            seen = browser.ask("GET", path)
+            if seen[0] != 503:
+                time.sleep(1.1)
+                assert browser.ask("GET", path)[0] == 503, "it is too old by then"
+            holder.communicate("")
+            assert before[0] == 200
+            return seen == before
+
+        wait_for(f"{path} is answered", again, 120)
+
+
 def EventsComeAsTheyHappenAndEndWithTheSession():
     serve_with_one_at_work()
     browser = Browser().log_in()

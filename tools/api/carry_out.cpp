@@ -105,19 +105,26 @@ Reply tableReply(const Request& request, const Route& route, const KeptTable& ta
   return reply;
 }
 
-// The others are made of the kernel and of files, too.
 constexpr const char* kMadeOfTheStore[] = {"show",       "show {item}", "rule list",    "user list",
                                            "route list", "route6 list", "address list", "mode show"};
+constexpr const char* kMadeOfMore[] = {"engine status", "task list", "stats", "notifications", "interface list"};
 
-bool isKept(const Route& route) {
-  return route.endpoint->reads() && std::ranges::count(kMadeOfTheStore, std::string(route.endpoint->table)) > 0;
+std::optional<MadeOf> keptAs(const Endpoint& row) {
+  if (!row.reads()) return std::nullopt;
+  if (std::ranges::count(kMadeOfTheStore, std::string(row.table)) > 0) return MadeOf::kStore;
+  if (std::ranges::count(kMadeOfMore, std::string(row.words)) > 0) return MadeOf::kMore;
+  return std::nullopt;
 }
 
-Reply readReply(const Request& request, const Route& route, const ctl::Session& session, const Spoken& spoken) {
-  const Printed printed = isKept(route) ? runAndKeep(session, spoken.words) : run(session, spoken.words);
+Reply toldReply(const Request& request, const Route& route, const Printed& printed) {
   Reply reply = replyOf(printed, route);
   if (reply.status != 200 || !*route.endpoint->table) return reply;
   return tableReply(request, route, {printed.text, tagOf(printed.text)});
+}
+
+Reply readReply(const Request& request, const Route& route, const ctl::Session& session, const Spoken& spoken) {
+  const std::optional<MadeOf> made = keptAs(*route.endpoint);
+  return toldReply(request, route, made ? runAndKeep(session, spoken.words, *made) : run(session, spoken.words));
 }
 
 // Lists stand as they are: there is no place for a member in them.
@@ -228,13 +235,23 @@ int statusOf(int exit, const Json& value, const Route& route) {
 }
 
 std::optional<Reply> knownReply(const Request& request, const Route& route) {
-  if (!isKept(route)) return std::nullopt;
+  if (keptAs(*route.endpoint) != MadeOf::kStore) return std::nullopt;
   const std::optional<KeptTable> table = keptTable(spoken(route, request).words);
   return table ? std::optional(tableReply(request, route, *table)) : std::nullopt;
 }
 
+std::optional<Reply> lastReply(const Request& request, const Route& route) {
+  if (keptAs(*route.endpoint) != MadeOf::kMore) return std::nullopt;
+  try {
+    const std::optional<KeptTable> table = keptTable(spoken(route, request).words, MadeOf::kMore);
+    return table ? std::optional(toldReply(request, route, {ctl::kDone, table->text})) : std::nullopt;
+  } catch (const Failure&) {  // which is told by whoever carries it out
+    return std::nullopt;
+  }
+}
+
 void lookAhead(const Route& route) {
-  if (!isKept(route)) return;
+  if (keptAs(*route.endpoint) != MadeOf::kStore) return;
   const std::vector<std::string> words = spoken(route, {}).words;
   if (!printedSince(words)) runAndKeep(sessionOf({}, {}), words);
 }

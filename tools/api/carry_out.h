@@ -15,6 +15,10 @@ int statusOf(int exit, const Json& error, const Route& route);
 // The reply to a look at a table that is known to be as it was; made without the lock.
 std::optional<Reply> knownReply(const Request& request, const Route& route);
 
+// The same to a look at counters and processes that was made within the last second: for who asks while somebody
+// else has the store.
+std::optional<Reply> lastReply(const Request& request, const Route& route);
+
 // Keeps what a look at a table would say now, where it is one that is kept and has not been looked at
 // since the store changed.
 void lookAhead(const Route& route);

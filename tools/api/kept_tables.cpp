@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/api/kept_tables.h"
 
+#include <array>
 #include <cstddef>
 #include <cstring>
+#include <ctime>
+#include <limits>
 #include <map>
 #include <set>
 
@@ -17,13 +20,16 @@ namespace {
 constexpr size_t kMost = 128;            // tables: each item is one
 constexpr size_t kLongest = 256 * 1024;  // of their texts together
 
-// The parts of the store of which tables are made: not what is counted, nor the event log.
+// Of the store.
 struct Part {
   size_t begin;
   size_t end;
 };
 
-constexpr Part kParts[] = {{0, offsetof(ShmData, qos)}, {offsetof(ShmData, lanHardwareAddress), sizeof(ShmData)}};
+using Parts = std::array<Part, 2>;
+
+constexpr Parts kUncounted = {{{0, offsetof(ShmData, qos)}, {offsetof(ShmData, lanHardwareAddress), sizeof(ShmData)}}};
+constexpr Parts kAll = {{{0, offsetof(ShmData, qos)}, {offsetof(ShmData, qos), sizeof(ShmData)}}};
 
 // Behind the last rule nothing is looked at: the table has room for thousands.
 size_t lengthOf(const Part& part, const ShmData& store) {
@@ -32,35 +38,52 @@ size_t lengthOf(const Part& part, const ShmData& store) {
   return count > SHM_RULES ? part.end : offsetof(ShmData, filterTable.rule) + count * sizeof(FilterRule);
 }
 
+double now() {
+  struct timespec time;
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
 class Kept {
  public:
+  // For that many seconds.
+  Kept(const Parts& parts, double longest) : parts_(parts), longest_(longest) {}
+
   const KeptTable* find(const std::string& key) const {
     const auto found = tables_.find(key);
-    return found == tables_.end() || !isOf(*shm) ? nullptr : &found->second;
+    if (found == tables_.end() || now() - found->second.since > longest_ || !isOf(*shm)) return nullptr;
+    return &found->second.table;
   }
   bool printed(const std::string& key) const { return printed_.contains(key) && isOf(*shm); }
   void take(const ShmData& store) {
     if (isOf(store)) return;
     clear();
     printed_.clear();
-    for (size_t i = 0; i < std::size(kParts); ++i) {
-      const auto* begin = reinterpret_cast<const char*>(&store) + kParts[i].begin;
-      copies_[i].assign(begin, lengthOf(kParts[i], store));
+    for (size_t i = 0; i < parts_.size(); ++i) {
+      const auto* begin = reinterpret_cast<const char*>(&store) + parts_[i].begin;
+      copies_[i].assign(begin, lengthOf(parts_[i], store));
     }
   }
   void add(const std::string& key, const std::string& text) {
     printed_.insert(key);
     if (text.size() > kLongest) return;
     if (tables_.size() >= kMost || length_ + text.size() > kLongest) clear();
-    if (tables_.emplace(key, KeptTable{text, tagOf(text)}).second) length_ += text.size();
+    length_ -= tables_[key].table.text.size();
+    tables_[key] = {{text, tagOf(text)}, now()};
+    length_ += text.size();
   }
 
  private:
+  struct Entry {
+    KeptTable table;
+    double since = 0;
+  };
+
   bool isOf(const ShmData& store) const {
-    for (size_t i = 0; i < std::size(kParts); ++i) {
-      const auto* begin = reinterpret_cast<const char*>(&store) + kParts[i].begin;
+    for (size_t i = 0; i < parts_.size(); ++i) {
+      const auto* begin = reinterpret_cast<const char*>(&store) + parts_[i].begin;
       const std::string& copy = copies_[i];
-      if (copy.empty() || copy.size() != lengthOf(kParts[i], store)) return false;
+      if (copy.empty() || copy.size() != lengthOf(parts_[i], store)) return false;
       if (memcmp(copy.data(), begin, copy.size()) != 0) return false;
     }
     return true;
@@ -71,13 +94,18 @@ class Kept {
     length_ = 0;
   }
 
-  std::string copies_[std::size(kParts)];
-  std::map<std::string, KeptTable> tables_;
+  const Parts& parts_;
+  double longest_;
+  std::array<std::string, std::tuple_size_v<Parts>> copies_;
+  std::map<std::string, Entry> tables_;
   size_t length_ = 0;
   std::set<std::string> printed_;
 };
 
-Kept kept;
+Kept ofStore(kUncounted, std::numeric_limits<double>::infinity());
+Kept ofMore(kAll, 1);
+
+Kept& keptAs(MadeOf made) { return made == MadeOf::kStore ? ofStore : ofMore; }
 
 std::string keyOf(const std::vector<std::string>& words) {
   std::string key;
@@ -88,24 +116,25 @@ std::string keyOf(const std::vector<std::string>& words) {
 // Each item is a table of one row.
 void addItems(const std::string& text) {
   for (const Json& row : Json::parse(text)) {
-    kept.add(keyOf({"show", row["item"].get<std::string>()}), ctl::jsonText(Json::array({row}), 2) + "\n");
+    ofStore.add(keyOf({"show", row["item"].get<std::string>()}), ctl::jsonText(Json::array({row}), 2) + "\n");
   }
 }
 
 }  // namespace
 
-std::optional<KeptTable> keptTable(const std::vector<std::string>& words) {
-  const KeptTable* found = shm ? kept.find(keyOf(words)) : nullptr;
+std::optional<KeptTable> keptTable(const std::vector<std::string>& words, MadeOf made) {
+  const KeptTable* found = shm ? keptAs(made).find(keyOf(words)) : nullptr;
   return found ? std::optional(*found) : std::nullopt;
 }
 
-bool printedSince(const std::vector<std::string>& words) { return shm && kept.printed(keyOf(words)); }
+bool printedSince(const std::vector<std::string>& words) { return shm && ofStore.printed(keyOf(words)); }
 
-Printed runAndKeep(const ctl::Session& session, const std::vector<std::string>& words) {
+Printed runAndKeep(const ctl::Session& session, const std::vector<std::string>& words, MadeOf made) {
+  Kept& kept = keptAs(made);
   bool taken = false;
   Printed printed;
   {
-    const ctl::ReadLook look([&taken] {
+    const ctl::ReadLook look([&] {
       kept.take(*shm);
       taken = true;
     });

@@ -152,7 +152,9 @@ Plan planned(const Request& request, const Settings& settings, const ShmData& st
   if (*route.endpoint->special) return special(request, route, caller);
   if (std::optional<Reply> known = knownReply(request, route)) return {.reply = std::move(known)};
   const bool own = !route.endpoint->reads() || lasts(store, route);
-  return working([=] { return carryOut(request, route, caller); }, own);
+  Plan made = working([=] { return carryOut(request, route, caller); }, own);
+  if (!own) made.meanwhile = [=] { return lastReply(request, route); };
+  return made;
 }
 
 Plan planFor(const std::function<Plan()>& make) {

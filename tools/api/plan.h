@@ -23,6 +23,8 @@ struct Plan {
   std::optional<Reply> reply;        // where all is said
   std::function<Reply()> work = {};  // otherwise; never throws
   bool own = false;                  // in a process of its own: it changes something, or lasts
+  // What may be said instead while somebody else has the store, where that is known.
+  std::function<std::optional<Reply>()> meanwhile = [] { return std::nullopt; };
 };
 
 // What the body of a request may have: a script is long, and is taken from nobody who may not apply it.

@@ -247,7 +247,7 @@ MHD_Result Worker::begin(Exchange& exchange) {
     return reply(exchange);
   }
   Plan made = plan(exchange.request, settings_);
-  if (!made.reply && !made.own && lockIsFree()) made.reply = workAtOnce(made);
+  if (!made.reply && !made.own) made.reply = lockIsFree() ? workAtOnce(made) : made.meanwhile();
   if (!made.reply) return workElsewhere(exchange, made);
   exchange.reply = std::move(made.reply);
   return reply(exchange);
