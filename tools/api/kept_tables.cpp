@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
-#include <ctime>
 #include <limits>
 #include <map>
 #include <set>
@@ -12,6 +11,7 @@
 #include "kestrove/layout.h"
 #include "kestrove/segment.h"
 #include "tools/api/tag.h"
+#include "tools/common/steady_clock.h"
 #include "tools/ctl/held_look.h"
 
 namespace api {
@@ -38,12 +38,6 @@ size_t lengthOf(const Part& part, const ShmData& store) {
   return count > SHM_RULES ? part.end : offsetof(ShmData, filterTable.rule) + count * sizeof(FilterRule);
 }
 
-double now() {
-  struct timespec time;
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
-
 class Kept {
  public:
   // For that many seconds.
@@ -51,7 +45,8 @@ class Kept {
 
   const KeptTable* find(const std::string& key) const {
     const auto found = tables_.find(key);
-    if (found == tables_.end() || now() - found->second.since > longest_ || !isOf(*shm)) return nullptr;
+    if (found == tables_.end() || tools::steadySeconds() - found->second.since > longest_ || !isOf(*shm))
+      return nullptr;
     return &found->second.table;
   }
   bool printed(const std::string& key) const { return printed_.contains(key) && isOf(*shm); }
@@ -69,7 +64,7 @@ class Kept {
     if (text.size() > kLongest) return;
     if (tables_.size() >= kMost || length_ + text.size() > kLongest) clear();
     length_ -= tables_[key].table.text.size();
-    tables_[key] = {{text, tagOf(text)}, now()};
+    tables_[key] = {{text, tagOf(text)}, tools::steadySeconds()};
     length_ += text.size();
   }
 

@@ -5,7 +5,6 @@
 #include <signal.h>
 #include <sys/socket.h>
 #include <syslog.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,6 +14,7 @@
 #include "kestrove/segment.h"
 #include "tools/api/failure.h"
 #include "tools/common/lock_wait.h"
+#include "tools/common/steady_clock.h"
 
 namespace api {
 namespace {
@@ -37,12 +37,6 @@ constexpr size_t kMostUnsent = 1 << 20;
 volatile sig_atomic_t ended = 0;
 
 void noteEnd(int) { ended = 1; }
-
-double now() {
-  struct timespec time;
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
 
 MHD_Result hearRequest(void* worker, MHD_Connection* connection, const char* path, const char* method, const char*,
                        const char* data, size_t* size, void** place) {
@@ -108,8 +102,9 @@ int Worker::serve() {
     MHD_run(daemon_);
   }
   // What was begun is told, to who is still there.
-  const double end = now() + 5;
-  while (now() < end && std::ranges::any_of(exchanges_, [](const Exchange* one) { return one->process.has_value(); })) {
+  const double end = tools::steadySeconds() + 5;
+  while (tools::steadySeconds() < end &&
+         std::ranges::any_of(exchanges_, [](const Exchange* one) { return one->process.has_value(); })) {
     wait();
     takeResults();
     MHD_run(daemon_);
@@ -140,8 +135,8 @@ void Worker::takeResults() {
 }
 
 void Worker::look() {
-  if (now() - looked_ < kLookSeconds) return;
-  looked_ = now();
+  if (tools::steadySeconds() - looked_ < kLookSeconds) return;
+  looked_ = tools::steadySeconds();
   endOld();
   freshenTables();
   unfit_ = unfit_ || shm_lock_count != 0;
@@ -165,8 +160,8 @@ void Worker::wake(Exchange& exchange) {
 // Whoever may no longer see what comes is told no more; a reader that does not read comes again later.
 void Worker::tellNews() {
   const std::string news = news_.look();
-  const bool checks = now() - checked_ >= kCheckSeconds;
-  if (checks) checked_ = now();
+  const bool checks = tools::steadySeconds() - checked_ >= kCheckSeconds;
+  if (checks) checked_ = tools::steadySeconds();
   for (Exchange* exchange : exchanges_) {
     if (!exchange->streams || exchange->ended) continue;
     if (news_.over() || exchange->unsent.size() > kMostUnsent || (checks && !stillMay(*exchange))) {
@@ -193,14 +188,14 @@ bool Worker::stillMay(const Exchange& exchange) const {
 void Worker::endOld() {
   for (const auto& [connection, since] : waiting_) {
     const MHD_ConnectionInfo* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
-    if (!info || (now() - since < kLongestRequest && !isGivenUp(info->connect_fd))) continue;
+    if (!info || (tools::steadySeconds() - since < kLongestRequest && !isGivenUp(info->connect_fd))) continue;
     shutdown(info->connect_fd, SHUT_RDWR);
   }
 }
 
 void Worker::noteConnection(MHD_Connection* connection, bool begins) {
   if (begins) {
-    waiting_[connection] = now();
+    waiting_[connection] = tools::steadySeconds();
   } else {
     waiting_.erase(connection);
   }

@@ -13,6 +13,7 @@
 #include <limits>
 
 #include "tools/common/plain_text.h"
+#include "tools/common/steady_clock.h"
 
 namespace tools {
 namespace {
@@ -39,16 +40,10 @@ void heard(int) {}
 
 double left = std::numeric_limits<double>::infinity();
 
-double now() {
-  struct timespec time;
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
-
 class CountedWait {
  public:
-  CountedWait() : begun_(now()) {}
-  ~CountedWait() { countWait(now() - begun_); }
+  CountedWait() : begun_(steadySeconds()) {}
+  ~CountedWait() { countWait(steadySeconds() - begun_); }
   CountedWait(const CountedWait&) = delete;
   CountedWait& operator=(const CountedWait&) = delete;
 

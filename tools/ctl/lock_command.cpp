@@ -10,9 +10,9 @@
 
 #include "tools/common/lock_wait.h"
 #include "tools/common/plain_text.h"
+#include "tools/common/steady_clock.h"
 #include "tools/ctl/commands.h"
 #include "tools/ctl/watch/lock_waiters.h"
-#include "tools/ctl/watch/stop.h"
 
 namespace ctl {
 namespace {
@@ -46,10 +46,10 @@ struct Watched {
 };
 
 Watched watch(tools::LockHolder holder, double seconds) {
-  const double start = steadySeconds();
+  const double start = tools::steadySeconds();
   for (;;) {
     const tools::LockAnswer answer = look();
-    const double passed = steadySeconds() - start;
+    const double passed = tools::steadySeconds() - start;
     if (!sameHolder(answer, holder.pid)) return {holder, passed, true};
     holder = answer.holder;
     if (passed >= seconds) return {holder, passed, false};

@@ -5,8 +5,8 @@
 
 #include "kestrove/kestrove.h"
 #include "tools/common/hold.h"
+#include "tools/common/steady_clock.h"
 #include "tools/ctl/watch/packed_field.h"
-#include "tools/ctl/watch/stop.h"
 
 namespace ctl {
 namespace {
@@ -77,7 +77,7 @@ Counters readCounters(const Session& session) {
   memcpy(&counters.statistics, &shm->statistics, sizeof counters.statistics);
   memcpy(counters.qos, shm->qos, sizeof counters.qos);
   memcpy(&counters.sessionEngine, &shm->sessionEngine, sizeof counters.sessionEngine);
-  counters.at = steadySeconds();
+  counters.at = tools::steadySeconds();
   return counters;
 }
 

@@ -7,6 +7,7 @@
 
 #include "kestrove/kestrove.h"
 #include "tools/common/hold.h"
+#include "tools/common/steady_clock.h"
 #include "tools/ctl/event_rows.h"
 #include "tools/ctl/watch/event_news.h"
 #include "tools/ctl/watch/stop.h"
@@ -73,10 +74,10 @@ void followEvents(const Session& session, int seconds) {
   requireStore(session);
   EventFollower follower(session);
   const Stop stop;
-  const double end = steadySeconds() + seconds;
+  const double end = tools::steadySeconds() + seconds;
   do {
     follower.look();
-  } while ((seconds == 0 || steadySeconds() < end) && stop.pause(kPause));
+  } while ((seconds == 0 || tools::steadySeconds() < end) && stop.pause(kPause));
 }
 
 }  // namespace ctl

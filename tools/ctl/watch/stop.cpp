@@ -5,6 +5,8 @@
 
 #include <ctime>
 
+#include "tools/common/steady_clock.h"
+
 namespace ctl {
 namespace {
 
@@ -34,23 +36,17 @@ Stop::~Stop() {
 bool Stop::asked() const { return interrupted != 0; }
 
 bool Stop::pause(double seconds) const {
-  const double end = steadySeconds() + seconds;
+  const double end = tools::steadySeconds() + seconds;
   sigset_t open = mask_;
   sigdelset(&open, SIGINT);
   while (!asked()) {
-    const double left = end - steadySeconds();
+    const double left = end - tools::steadySeconds();
     if (left <= 0) break;
     const auto whole = static_cast<time_t>(left);
     const struct timespec time = {whole, static_cast<long>((left - static_cast<double>(whole)) * 1e9)};
     ppoll(nullptr, 0, &time, &open);
   }
   return !asked();
-}
-
-double steadySeconds() {
-  struct timespec time = {};
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
 }  // namespace ctl

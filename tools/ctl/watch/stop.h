@@ -23,7 +23,4 @@ class Stop {
   sigset_t mask_;
 };
 
-// A clock that no one sets, in seconds.
-double steadySeconds();
-
 }  // namespace ctl
