@@ -109,7 +109,7 @@ constexpr const char* kMadeOfTheStore[] = {"show",       "show {item}", "rule li
                                            "route list", "route6 list", "address list", "mode show"};
 constexpr const char* kMadeOfMore[] = {"engine status", "task list", "stats", "notifications", "interface list"};
 
-std::optional<MadeOf> keptAs(const Endpoint& row) {
+std::optional<MadeOf> madeOf(const Endpoint& row) {
   if (!row.reads()) return std::nullopt;
   if (std::ranges::count(kMadeOfTheStore, std::string(row.table)) > 0) return MadeOf::kStore;
   if (std::ranges::count(kMadeOfMore, std::string(row.words)) > 0) return MadeOf::kMore;
@@ -123,7 +123,7 @@ Reply toldReply(const Request& request, const Route& route, const Printed& print
 }
 
 Reply readReply(const Request& request, const Route& route, const ctl::Session& session, const Spoken& spoken) {
-  const std::optional<MadeOf> made = keptAs(*route.endpoint);
+  const std::optional<MadeOf> made = madeOf(*route.endpoint);
   return toldReply(request, route, made ? runAndKeep(session, spoken.words, *made) : run(session, spoken.words));
 }
 
@@ -235,13 +235,13 @@ int statusOf(int exit, const Json& value, const Route& route) {
 }
 
 std::optional<Reply> knownReply(const Request& request, const Route& route) {
-  if (keptAs(*route.endpoint) != MadeOf::kStore) return std::nullopt;
+  if (madeOf(*route.endpoint) != MadeOf::kStore) return std::nullopt;
   const std::optional<KeptTable> table = keptTable(spoken(route, request).words);
   return table ? std::optional(tableReply(request, route, *table)) : std::nullopt;
 }
 
 std::optional<Reply> lastReply(const Request& request, const Route& route) {
-  if (keptAs(*route.endpoint) != MadeOf::kMore) return std::nullopt;
+  if (madeOf(*route.endpoint) != MadeOf::kMore) return std::nullopt;
   try {
     const std::optional<KeptTable> table = keptTable(spoken(route, request).words, MadeOf::kMore);
     return table ? std::optional(toldReply(request, route, {ctl::kDone, table->text})) : std::nullopt;
@@ -251,7 +251,7 @@ std::optional<Reply> lastReply(const Request& request, const Route& route) {
 }
 
 void lookAhead(const Route& route) {
-  if (keptAs(*route.endpoint) != MadeOf::kStore) return;
+  if (madeOf(*route.endpoint) != MadeOf::kStore) return;
   const std::vector<std::string> words = spoken(route, {}).words;
   if (!printedSince(words)) runAndKeep(sessionOf({}, {}), words);
 }
